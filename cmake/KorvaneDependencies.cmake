@@ -1,0 +1,19 @@
+# What the library stands on. Every package is installed by `./dev setup`.
+find_package(Threads REQUIRED)
+find_package(JPEG REQUIRED)
+find_library(KORVANE_HWY_LIBRARY NAMES hwy REQUIRED)
+find_path(KORVANE_JNI_INCLUDE_DIR jni.h
+          HINTS "$ENV{JAVA_HOME}/include" /usr/lib/jvm/default-java/include REQUIRED)
+set(KORVANE_JNI_INCLUDE_DIRS "${KORVANE_JNI_INCLUDE_DIR}")
+if(NOT ANDROID)
+    list(APPEND KORVANE_JNI_INCLUDE_DIRS "${KORVANE_JNI_INCLUDE_DIR}/linux")
+endif()
+find_library(KORVANE_EGL_LIBRARY NAMES EGL REQUIRED)
+find_library(KORVANE_GLES_LIBRARY NAMES GLESv2 REQUIRED)
+
+target_include_directories(korvane_objects SYSTEM PRIVATE ${JPEG_INCLUDE_DIRS} ${KORVANE_JNI_INCLUDE_DIRS})
+set(KORVANE_LINK_LIBRARIES Threads::Threads ${JPEG_LIBRARIES} ${KORVANE_HWY_LIBRARY} ${KORVANE_EGL_LIBRARY}
+                           ${KORVANE_GLES_LIBRARY})
+if(ANDROID)
+    list(APPEND KORVANE_LINK_LIBRARIES log jnigraphics android)
+endif()

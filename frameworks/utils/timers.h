@@ -1,0 +1,22 @@
+// Time in nanoseconds and the time-out arithmetic on it.
+#ifndef KORVANE_FRAMEWORKS_UTILS_TIMERS_H_
+#define KORVANE_FRAMEWORKS_UTILS_TIMERS_H_
+
+#include <cstdint>
+
+#include "frameworks/core/export.h"
+
+// A signed count of nanoseconds.
+using nsecs_t = int64_t;
+
+// Wall-clock time since the epoch at microsecond resolution. Every `clock` is the wall clock.
+KORVANE_API nsecs_t systemTime(int clock);
+
+// Does nothing; it stands for callers that were built against it.
+KORVANE_API void make_timeout(int ms);
+
+// Whole milliseconds from `referenceTime` to `timeoutTime`, rounded up: 0 when that time has come, -1 (wait for ever)
+// when they do not fit an int.
+KORVANE_API int toMillisecondTimeoutDelay(nsecs_t referenceTime, nsecs_t timeoutTime);
+
+#endif  // KORVANE_FRAMEWORKS_UTILS_TIMERS_H_

@@ -1,0 +1,59 @@
+#include "platform/desktop/android_log.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <string>
+
+namespace {
+
+std::mutex gMutex;
+AndroidLogSink gSink = nullptr;
+void* gSinkUser = nullptr;
+
+std::string format_text(const char* format, va_list arguments) {
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, again);
+    va_end(again);
+    if (length <= 0) {
+        return {};
+    }
+    std::string text(static_cast<size_t>(length), '\0');
+    std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+    return text;
+}
+
+char priority_letter(int priority) {
+    constexpr char kLetters[] = "??VDIWE";
+    return priority >= 0 && priority < static_cast<int>(sizeof(kLetters)) - 1 ? kLetters[priority] : '?';
+}
+
+}  // namespace
+
+int __android_log_print(int priority, const char* tag, const char* format, ...) {
+    const bool toStandardError = std::getenv("KORVANE_LOG") != nullptr;
+    const std::lock_guard<std::mutex> guard(gMutex);
+    if (gSink == nullptr && !toStandardError) {
+        return 0;
+    }
+    va_list arguments;
+    va_start(arguments, format);
+    const std::string text = format_text(format, arguments);
+    va_end(arguments);
+    if (gSink != nullptr) {
+        gSink(gSinkUser, priority, tag, text.c_str());
+    }
+    if (toStandardError) {
+        const char* end = text.empty() || text.back() != '\n' ? "\n" : "";
+        std::fprintf(stderr, "%c/%s: %s%s", priority_letter(priority), tag, text.c_str(), end);
+    }
+    return 1;
+}
+
+void set_android_log_sink(AndroidLogSink sink, void* user) {
+    const std::lock_guard<std::mutex> guard(gMutex);
+    gSink = sink;
+    gSinkUser = user;
+}

@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include "frameworks/utils/condition.h"
+#include "frameworks/utils/mutex.h"
+#include "frameworks/utils/rwlock.h"
+#include "frameworks/utils/thread.h"
+
+namespace {
+
+TEST(Mutex, ExcludesAndAnswersNegatedErrors) {
+    Mutex plain;
+    Mutex shared(Mutex::SHARED, "shared");
+    Mutex named("named");
+    for (Mutex* mutex : {&plain, &shared, &named}) {
+        int sum = 0;
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([&] {
+                for (int n = 0; n < 2'000; ++n) {
+                    EXPECT_EQ(mutex->lock(), 0);
+                    ++sum;
+                    mutex->unlock();
+                }
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        EXPECT_EQ(sum, 8'000);
+        EXPECT_EQ(mutex->tryLock(), 0);
+        std::thread([&] { EXPECT_EQ(mutex->tryLock(), -EBUSY); }).join();
+        mutex->unlock();
+    }
+}
+
+TEST(RWLock, ManyReadersOrOneWriter) {
+    RWLock plain;
+    RWLock shared(RWLock::SHARED, nullptr);
+    RWLock named("named");
+    for (RWLock* lock : {&plain, &shared, &named}) {
+        EXPECT_EQ(lock->readLock(), 0);
+        std::thread([&] {
+            EXPECT_EQ(lock->tryReadLock(), 0);
+            lock->unlock();
+            EXPECT_EQ(lock->tryWriteLock(), -EBUSY);
+        }).join();
+        lock->unlock();
+        EXPECT_EQ(lock->writeLock(), 0);
+        std::thread([&] { EXPECT_EQ(lock->tryReadLock(), -EBUSY); }).join();
+        lock->unlock();
+    }
+}
+
+TEST(Condition, RelativeWaitTimesOutAtOnce) {
+    Condition condition(Condition::SHARED);
+    Mutex mutex;
+    const auto start = std::chrono::steady_clock::now();
+    mutex.lock();
+    EXPECT_EQ(condition.waitRelative(mutex, 1'500'000'000), -ETIMEDOUT);
+    EXPECT_EQ(condition.waitRelative(mutex, 0), -ETIMEDOUT);
+    mutex.unlock();
+    Thread::sleep(3'000'000'000);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+// Waiters that count themselves awake, so that a wake-up of one can be told from a wake-up of all.
+class Waiters {
+  public:
+    explicit Waiters(int count) {
+        for (int i = 0; i < count; ++i) {
+            m_Threads.emplace_back([this] {
+                m_Mutex.lock();
+                ++m_Waiting;
+                while (m_Tickets == 0) {
+                    m_Condition.wait(m_Mutex);
+                    ++m_Wakeups;
+                }
+                --m_Tickets;
+                m_Mutex.unlock();
+            });
+        }
+        until([&] { return m_Waiting == count; });
+    }
+
+    ~Waiters() {
+        for (std::thread& thread : m_Threads) {
+            thread.join();
+        }
+    }
+
+    template <typename Wake>
+    void give(int tickets, Wake wake) {
+        m_Mutex.lock();
+        m_Tickets += tickets;
+        wake(m_Condition);
+        m_Mutex.unlock();
+        until([&] { return m_Tickets == 0; });
+    }
+
+    int wakeups() {
+        m_Mutex.lock();
+        const int wakeups = m_Wakeups;
+        m_Mutex.unlock();
+        return wakeups;
+    }
+
+  private:
+    template <typename Predicate>
+    void until(Predicate predicate) {
+        for (;;) {
+            m_Mutex.lock();
+            const bool done = predicate();
+            m_Mutex.unlock();
+            if (done) {
+                return;
+            }
+            std::this_thread::yield();
+        }
+    }
+
+    Mutex m_Mutex;
+    Condition m_Condition;
+    int m_Waiting = 0;
+    int m_Tickets = 0;
+    int m_Wakeups = 0;
+    std::vector<std::thread> m_Threads;
+};
+
+TEST(Condition, SignalWakesOneAndEveryOtherTypeWakesAll) {
+    Waiters waiters(3);
+    waiters.give(1, [](Condition& condition) { condition.signal(Condition::WAKE_UP_ONE); });
+    EXPECT_LT(waiters.wakeups(), 3);
+    waiters.give(2, [](Condition& condition) { condition.signal(static_cast<Condition::WakeUpType>(5)); });
+
+    Waiters others(2);
+    others.give(1, [](Condition& condition) { condition.signal(); });
+    others.give(1, [](Condition& condition) { condition.broadcast(); });
+}
+
+}  // namespace

@@ -1,0 +1,92 @@
+#include "frameworks/utils/thread.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <thread>
+
+#include "tests/support/log_capture.h"
+
+namespace {
+
+class CountingRunnable : public IRunnable {
+  public:
+    explicit CountingRunnable(std::atomic<int>* runs) : m_Runs(runs) {}
+    void run() override { ++*m_Runs; }
+
+  private:
+    std::atomic<int>* m_Runs;
+};
+
+class OwnRun : public Thread {
+  public:
+    using Thread::Thread;
+    void run() override { ++runs; }
+    std::atomic<int> runs{0};
+};
+
+// join() sets the stop flag, and a thread that has not begun by then runs nothing: tests wait for the run first.
+void wait_for(const std::atomic<int>& runs) {
+    while (runs == 0) {
+        std::this_thread::yield();
+    }
+}
+
+TEST(Thread, RunsItsRunnableOrElseItself) {
+    std::atomic<int> runs{0};
+    auto_ptr<IRunnable> runnable(new CountingRunnable(&runs));
+    OwnRun withRunnable(runnable);
+    EXPECT_EQ(withRunnable.start(), 0);
+    wait_for(runs);
+    EXPECT_EQ(withRunnable.join(), 0);
+    EXPECT_EQ(runs, 1);
+    EXPECT_EQ(withRunnable.runs, 0);
+
+    OwnRun alone;
+    EXPECT_EQ(alone.start(), 0);
+    wait_for(alone.runs);
+    EXPECT_EQ(alone.join(), 0);
+    EXPECT_EQ(alone.runs, 1);
+}
+
+TEST(Thread, JoinWithoutAThreadAnswersNoSuchThread) {
+    OwnRun thread;
+    EXPECT_EQ(thread.join(), ESRCH);
+    OwnRun again;
+    again.start();
+    EXPECT_EQ(again.join(), 0);
+    EXPECT_EQ(again.join(), ESRCH);
+}
+
+TEST(Thread, ProcRunsNothingForNullOrOnceStopped) {
+    EXPECT_EQ(Thread::thread_proc(nullptr), nullptr);
+    OwnRun thread;
+    EXPECT_EQ(Thread::thread_proc(&thread), nullptr);
+    EXPECT_EQ(thread.runs, 1);
+    // The run above left the stop flag set, as join() would.
+    EXPECT_EQ(Thread::thread_proc(&thread), nullptr);
+    EXPECT_EQ(thread.runs, 1);
+}
+
+#if !defined(KORVANE_SANITIZED)
+TEST(Thread, FailedStartLogsAndAnswersThePositiveError) {
+    // A stack that no address space can hold makes the creation fail; the sanitizers choose stacks of their own.
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_t original;
+    pthread_getattr_default_np(&original);
+    pthread_attr_setstacksize(&attributes, size_t{1} << 50);
+    ASSERT_EQ(pthread_setattr_default_np(&attributes), 0);
+    LogCapture log;
+    OwnRun thread;
+    EXPECT_EQ(thread.start(), EAGAIN);
+    pthread_setattr_default_np(&original);
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"thread start fail......."});
+    EXPECT_EQ(thread.join(), ESRCH);
+    pthread_attr_destroy(&attributes);
+    pthread_attr_destroy(&original);
+}
+#endif
+
+}  // namespace
