@@ -83,10 +83,11 @@ TEST(TimestampArtwork, GlyphsAreClearOfTheirNeighboursAndStandOnOneLine) {
             } else {
                 EXPECT_NEAR(box.top + box.bottom, symbol.height - 1, 1) << "marks sit in the middle of the digits";
             }
-            const auto* end = symbol.data + symbol.width * symbol.height;
-            const auto edges = std::count_if(symbol.data, end, [](unsigned char v) { return v > 0 && v < 255; });
+            const unsigned char* begin = symbol.data;
+            const unsigned char* end = begin + symbol.width * symbol.height;
+            const auto edges = std::count_if(begin, end, [](unsigned char v) { return v > 0 && v < 255; });
             EXPECT_GT(edges, symbol.height / 8) << "edges are anti-aliased";
-            EXPECT_GT(std::count(symbol.data, end, 0), symbol.height) << "stems reach full ink";
+            EXPECT_GT(std::count(begin, end, 0), symbol.height) << "stems reach full ink";
         }
     }
 }
