@@ -32,7 +32,7 @@ EGLBoolean initialize_egl_display(EGLDisplay display);
 EGLBoolean terminate_egl_display(EGLDisplay display);
 
 inline EGLNativeWindowType egl_native_window(ANativeWindow* window) {
-    return window->m_Handle;
+    return window->x11Window;
 }
 
 #endif

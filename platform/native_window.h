@@ -1,4 +1,4 @@
-// The native window seam: what the application draws into, Android's own on a device, the desktop twin elsewhere.
+// The native window seam: Android's own ANativeWindow on a device, the desktop twin elsewhere.
 #ifndef KORVANE_PLATFORM_NATIVE_WINDOW_H_
 #define KORVANE_PLATFORM_NATIVE_WINDOW_H_
 
