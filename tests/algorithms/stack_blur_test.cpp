@@ -1,12 +1,15 @@
 #include "algorithms/stack_blur.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <iterator>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "algorithms/stack_blur_scalar.h"
@@ -150,6 +153,45 @@ TEST(StackBlur, ClampsTheRadiusAndTouchesNothingWithoutPixels) {
         stack_blur_scalar(nullptr, w, h, 10);
     }
 }
+
+#if !defined(KORVANE_SANITIZED)  // instrumented frames are several times as large
+
+constexpr size_t kStackBytes = 512 * 1024;
+constexpr unsigned char kUnused = 0xA5;
+
+void* blur_a_little(void*) {
+    unsigned char image[7 * 3 * 4] = {};
+    stack_blur(image, 7, 3, 254);
+    return nullptr;
+}
+
+// Runs on a stack that was painted beforehand, so that the deepest byte written tells the use.
+size_t stack_bytes_used() {
+    std::vector<unsigned char> memory(kStackBytes + 4096, kUnused);
+    void* stack = memory.data();
+    size_t space = memory.size();
+    std::align(4096, kStackBytes, stack, space);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstack(&attributes, stack, kStackBytes);
+    pthread_t thread;
+    EXPECT_EQ(pthread_create(&thread, &attributes, blur_a_little, nullptr), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    const auto* bottom = static_cast<const unsigned char*>(stack);
+    const auto* top = bottom + kStackBytes;
+    return static_cast<size_t>(top - std::find_if(bottom, top, [](unsigned char byte) { return byte != kUnused; }));
+}
+
+TEST(StackBlur, StaysWithin160KiBOfStack) {
+    for_each_simd_target([](const std::string&) {
+        const size_t used = stack_bytes_used();
+        EXPECT_LE(used, 160U * 1024);
+        EXPECT_GT(used, 1024U) << "the stack was not used: the measurement is broken";
+    });
+}
+
+#endif
 
 TEST(StackBlurTables, AreThePublishedOnes) {
     const std::vector<int> firstMul = {512, 512, 456, 512, 328, 456, 335, 512, 405, 328,
