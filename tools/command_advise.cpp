@@ -1,6 +1,8 @@
 #include <CLI/CLI.hpp>
-#include <cstdio>
+#include <iomanip>
+#include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -25,8 +27,12 @@ class Advisor : public SuperCaptureMode {
         SuperCaptureMode::process(nullptr, nullptr, luma.data());
         return m_LastLumAvg != before;
     }
-    double aperture() const { return static_cast<double>(m_Aperture); }
-    int smoothedLuma() const { return m_LastLumAvg; }
+    std::string advice() const {
+        std::ostringstream text;
+        text << std::fixed << std::setprecision(1) << "aperture " << m_Aperture << ", gain " << m_Gain << " (mean luma "
+             << m_LastLumAvg << ')';
+        return text.str();
+    }
 };
 
 std::vector<unsigned char> luma_of(const YuyvFrame& frame) {
@@ -39,6 +45,7 @@ std::vector<unsigned char> luma_of(const YuyvFrame& frame) {
 
 void advise(const AdviseOptions& options) {
     Advisor advisor;
+    std::ostringstream report;
     int width = 0;
     int height = 0;
     for (const std::string& path : options.frames) {
@@ -52,13 +59,9 @@ void advise(const AdviseOptions& options) {
             throw CommandError(path + " is not of the size of " + options.frames.front());
         }
         std::vector<unsigned char> luma = luma_of(frame);
-        if (advisor.process(luma)) {
-            std::printf("%s: aperture %.1f, gain %d (mean luma %d)\n", path.c_str(), advisor.aperture(),
-                        advisor.getGain(), advisor.smoothedLuma());
-        } else {
-            std::printf("%s: no change\n", path.c_str());
-        }
+        report << path << ": " << (advisor.process(luma) ? advisor.advice() : "no change") << '\n';
     }
+    std::cout << report.str();
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -98,7 +100,8 @@ void sweep(const SweepOptions& options) {
     if (panorama.startup(width, height, PANORAMA_FRAME_FORMAT_NV21, nullptr) != PANORAMA_RESULT_TYPE_NO_ERROR) {
         throw CommandError("the sweep cannot be started");
     }
-    std::printf("row,result,direction,offset_x,offset_y\n");
+    std::ostringstream report;
+    report << "row,result,direction,offset_x,offset_y\n";
     for (size_t i = 0; i < track.size(); ++i) {
         if (i > 0 && i < options.frames.size()) {
             frame = read_frame(options.frames[i]);
@@ -109,9 +112,10 @@ void sweep(const SweepOptions& options) {
         int offsetX = 0;
         int offsetY = 0;
         const result_t result = panorama.addFrame(frame.bytes.data(), track[i].gyroX, track[i].gyroY, offsetX, offsetY);
-        std::printf("%zu,%s,%s,%d,%d\n", i + 1, kResultNames[result], kDirectionNames[panorama.getDirectionType()],
-                    offsetX, offsetY);
+        report << i + 1 << ',' << kResultNames[result] << ',' << kDirectionNames[panorama.getDirectionType()] << ','
+               << offsetX << ',' << offsetY << '\n';
     }
+    std::cout << report.str();
     // Not closed, which would wait for one more frame: the destructor ends the worker.
 }
 
