@@ -10,3 +10,45 @@ function(korvane_add_test name)
     add_test(NAME ${name} COMMAND ${arg_WRAPPER} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" ENVIRONMENT "${arg_ENVIRONMENT}" TIMEOUT 600)
 endfunction()
+
+# korvane_add_jvm_test(NAME SOURCES ... [LABELS ...] [ENVIRONMENT ...] [WRAPPER ...]): a test program that starts a Java
+# virtual machine in its own process (tests/support/jvm.h). The native methods come from libkorvane.so, as in an
+# application. A warning of -Xcheck:jni fails the test.
+function(korvane_add_jvm_test name)
+    if(NOT KORVANE_BUILD_JAVA)
+        return()
+    endif()
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT;WRAPPER" ${ARGN})
+    # The virtual machine uses SIGSEGV for its own ends and never frees what it holds.
+    korvane_add_test(${name} SOURCES ${arg_SOURCES} LIBRARIES korvane_jvm_support ${arg_LIBRARIES}
+                     LABELS jvm ${arg_LABELS}
+                     ENVIRONMENT "ASAN_OPTIONS=handle_segv=0:handle_sigbus=0:allow_user_segv_handler=1:detect_leaks=0"
+                                 ${arg_ENVIRONMENT}
+                     WRAPPER ${arg_WRAPPER})
+    add_dependencies(${name} korvane korvane_java korvane_test_java)
+    set_tests_properties(${name} PROPERTIES
+        FAIL_REGULAR_EXPRESSION "WARNING in native method;FATAL ERROR in native method")
+endfunction()
+
+# korvane_add_gpu_test(NAME SOURCES ... [LABELS ...] [ENVIRONMENT ...]): a test program that draws through EGL on a
+# virtual X server of its own with tests/support/gl_recorder.h in between, on Mesa's llvmpipe and once more, as NAME_softpipe, on its plain rasteriser. A program
+# without a context must fail. -noreset keeps the server from starting anew when its last client leaves, which
+# terminating an EGL display is. The reduced processor keeps llvmpipe from computing mediump in 16 bits, as it does where
+# the processor has F16C, so that exact comparisons hold everywhere.
+set(KORVANE_GPU_WRAPPER xvfb-run -a -s "-noreset -screen 0 640x480x24")
+set(KORVANE_GPU_ENVIRONMENT GALLIUM_OVERRIDE_CPU_CAPS=sse4.1
+                            "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp")
+function(korvane_add_gpu_test name)
+    if(CMAKE_CROSSCOMPILING)
+        return()
+    endif()
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT" ${ARGN})
+    korvane_add_test(${name} SOURCES ${arg_SOURCES} LIBRARIES korvane_gpu_support ${arg_LIBRARIES}
+                     LABELS gpu ${arg_LABELS}
+                     ENVIRONMENT ${KORVANE_GPU_ENVIRONMENT} GALLIUM_DRIVER=llvmpipe ${arg_ENVIRONMENT}
+                     WRAPPER ${KORVANE_GPU_WRAPPER})
+    add_test(NAME ${name}_softpipe COMMAND ${KORVANE_GPU_WRAPPER} $<TARGET_FILE:${name}>)
+    set_tests_properties(${name}_softpipe PROPERTIES
+        LABELS "gpu;${arg_LABELS}" TIMEOUT 600
+        ENVIRONMENT "${KORVANE_GPU_ENVIRONMENT};GALLIUM_DRIVER=softpipe;${arg_ENVIRONMENT}")
+endfunction()
