@@ -76,6 +76,7 @@ class LockedPixels {
 // What a setter points a filter at: at least as many readable bytes as the longest parameter takes, zeros behind the
 // value, so that a setter of the wrong type or a short array reads no foreign memory.
 constexpr size_t kParameterBytes = 64;
+static_assert(sizeof(FilterBitmap) <= kParameterBytes);
 
 void set_padded(ImageFilterBaseGL* filter, const char* key, const void* value, size_t bytes) {
     alignas(16) unsigned char padded[kParameterBytes] = {};
@@ -265,7 +266,7 @@ KORVANE_API void FILTERS_RENDER(nativeSetParametersBitmap)(JNIEnv* env, jobject 
     {
         const LockedPixels pixels(env, bitmap);
         auto* carrier = filter != nullptr && pixels.get() != nullptr
-                            ? static_cast<FilterBitmap*>(galloc_alloc(sizeof(FilterBitmap)))
+                            ? static_cast<FilterBitmap*>(galloc_alloc(kParameterBytes))
                             : nullptr;
         if (carrier != nullptr) {
             const int width = static_cast<int>(info.width);
