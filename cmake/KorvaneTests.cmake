@@ -10,3 +10,22 @@ function(korvane_add_test name)
     add_test(NAME ${name} COMMAND ${arg_WRAPPER} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" ENVIRONMENT "${arg_ENVIRONMENT}" TIMEOUT 600)
 endfunction()
+
+# korvane_add_jvm_test(NAME SOURCES ... [LABELS ...] [ENVIRONMENT ...] [WRAPPER ...]): a test program that starts a Java
+# virtual machine in its own process (tests/support/jvm.h). The native methods come from libkorvane.so, as in an
+# application. A warning of -Xcheck:jni fails the test.
+function(korvane_add_jvm_test name)
+    if(NOT KORVANE_BUILD_JAVA)
+        return()
+    endif()
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT;WRAPPER" ${ARGN})
+    # The virtual machine uses SIGSEGV for its own ends and never frees what it holds.
+    korvane_add_test(${name} SOURCES ${arg_SOURCES} LIBRARIES korvane_jvm_support ${arg_LIBRARIES}
+                     LABELS jvm ${arg_LABELS}
+                     ENVIRONMENT "ASAN_OPTIONS=handle_segv=0:handle_sigbus=0:allow_user_segv_handler=1:detect_leaks=0"
+                                 ${arg_ENVIRONMENT}
+                     WRAPPER ${arg_WRAPPER})
+    add_dependencies(${name} korvane korvane_java korvane_test_java)
+    set_tests_properties(${name} PROPERTIES
+        FAIL_REGULAR_EXPRESSION "WARNING in native method;FATAL ERROR in native method")
+endfunction()

@@ -1,0 +1,19 @@
+#include "frameworks/images/image_decoder_factory.h"
+
+#include "frameworks/images/jpeg_decoder.h"
+
+ImageDecoderFactory::ImageDecoderFactory() {
+    m_ImageDecoders.emplace_back(new JpegDecoder);
+}
+
+ImageDecoder* ImageDecoderFactory::createImageDecoder(auto_ptr<Stream>& stream) {
+    if (stream.get() == nullptr) {
+        return nullptr;
+    }
+    for (const auto_ptr<ImageDecoder>& decoder : m_ImageDecoders) {
+        if (decoder->isSupported(stream)) {
+            return decoder.get();
+        }
+    }
+    return nullptr;
+}

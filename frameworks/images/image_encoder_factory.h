@@ -1,0 +1,13 @@
+// ImageEncoderFactory: makes an encoder for a file format.
+#ifndef KORVANE_FRAMEWORKS_IMAGES_IMAGE_ENCODER_FACTORY_H_
+#define KORVANE_FRAMEWORKS_IMAGES_IMAGE_ENCODER_FACTORY_H_
+
+#include "frameworks/images/image_encoder.h"
+
+class KORVANE_API ImageEncoderFactory : public RefBase {
+  public:
+    // A new encoder that the caller adopts; null for a type that has none.
+    ImageEncoder* createImageEncoder(ImageEncoder::Type type);
+};
+
+#endif  // KORVANE_FRAMEWORKS_IMAGES_IMAGE_ENCODER_FACTORY_H_

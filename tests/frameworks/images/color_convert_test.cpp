@@ -1,0 +1,492 @@
+#include "frameworks/images/color_convert.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/support/random_bytes.h"
+#include "tests/support/simd_targets.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+// Start addresses of up to three planes.
+using Planes = std::array<unsigned char*, 3>;
+
+#if defined(KORVANE_SANITIZED) || defined(__aarch64__)
+// Instrumented or emulated, the whole domain takes long: an eighth of it still has each value of each byte.
+constexpr int kSliceStep = 8;
+#else
+constexpr int kSliceStep = 1;
+#endif
+
+// The arithmetic in its mathematical form: the library's entries are tables of exact fractions.
+struct Terms {
+    Terms(double coefficient, int offset) {
+        for (int i = 0; i < 256; ++i) {
+            values[static_cast<size_t>(i)] = static_cast<int>(coefficient * (i - offset));
+        }
+    }
+    int operator[](unsigned char i) const { return values[i]; }
+    std::array<int, 256> values;
+};
+
+struct Yuv {
+    int y, u, v;  // chroma around 0
+};
+
+Yuv encoded(const unsigned char* rgb) {
+    static const Terms yr(0.257, 0), yg(0.504, 0), yb(0.098, 0), ur(-0.148, 0), ug(-0.291, 0), b439(0.439, 0),
+        vg(-0.368, 0), vb(-0.071, 0);
+    const unsigned char r = rgb[0], g = rgb[1], b = rgb[2];
+    return {yr[r] + yg[g] + yb[b] + 16, ur[r] + ug[g] + b439[b], b439[r] + vg[g] + vb[b]};
+}
+
+void decode(unsigned char y, unsigned char u, unsigned char v, unsigned char* rgb) {
+    static const Terms light(1.164, 16), rv(1.596, 128), gv(0.813, 128), gu(0.391, 128), bu(2.018, 128);
+    const int channels[] = {light[y] + rv[v], light[y] - gv[v] - gu[u], light[y] + bu[u]};
+    std::transform(std::begin(channels), std::end(channels), rgb,
+                   [](int value) { return static_cast<unsigned char>(std::clamp(value, 0, 255)); });
+}
+
+// Where the samples of one group of consecutive pixels lie, and how the chroma of a group is weighed.
+struct Layout {
+    const char* name;
+    size_t pixels;
+    std::array<size_t, 3> planeBytes;
+    size_t yStep;
+    size_t uPlane, uAt, vPlane, vAt;
+    std::array<int, 4> vWeights;
+    std::function<int(const unsigned char* rgb, const Planes& yuv, int width, int height)> encode;
+    std::function<int(const Planes& yuv, unsigned char* rgb, int width, int height)> decode;
+
+    size_t planes() const { return 3 - static_cast<size_t>(std::count(planeBytes.begin(), planeBytes.end(), 0U)); }
+};
+
+template <auto kFunction>
+int encode_packed(const unsigned char* rgb, const Planes& yuv, int width, int height) {
+    return kFunction(rgb, yuv[0], width, height);
+}
+template <auto kFunction>
+int decode_packed(const Planes& yuv, unsigned char* rgb, int width, int height) {
+    return kFunction(yuv[0], rgb, width, height);
+}
+template <auto kFunction>
+int encode_planar(const unsigned char* rgb, const Planes& yuv, int width, int height) {
+    return kFunction(rgb, yuv[0], yuv[1], yuv[2], width, height);
+}
+template <auto kFunction>
+int decode_planar(const Planes& yuv, unsigned char* rgb, int width, int height) {
+    return kFunction(yuv[0], yuv[1], yuv[2], rgb, width, height);
+}
+template <auto kFunction>
+int decode_semi_planar(const Planes& yuv, unsigned char* rgb, int width, int height) {
+    return kFunction(yuv[0], yuv[1], rgb, width, height);
+}
+int encode_nv12(const unsigned char* rgb, const Planes& yuv, int width, int height) {
+    return color_convert_rgb2nv12(rgb, yuv[0], yuv[1], width, height);
+}
+
+const std::vector<Layout> kLayouts = {
+    {"yuv",
+     1,
+     {3, 0, 0},
+     1,
+     0,
+     1,
+     0,
+     2,
+     {1, 0, 0, 0},
+     encode_packed<color_convert_rgb2yuv>,
+     decode_packed<color_convert_yuv2rgb>},
+    {"yuyv",
+     2,
+     {4, 0, 0},
+     2,
+     0,
+     1,
+     0,
+     3,
+     {1, 1, 0, 0},
+     encode_packed<color_convert_rgb2yuyv>,
+     decode_packed<color_convert_yuyv2rgb>},
+    {"yvyu",
+     2,
+     {4, 0, 0},
+     2,
+     0,
+     3,
+     0,
+     1,
+     {1, 1, 0, 0},
+     encode_packed<color_convert_rgb2yvyu>,
+     decode_packed<color_convert_yvyu2rgb>},
+    {"yuv422p",
+     2,
+     {2, 1, 1},
+     1,
+     1,
+     0,
+     2,
+     0,
+     {1, 1, 0, 0},
+     encode_planar<color_convert_rgb2yuv422p>,
+     decode_planar<color_convert_yuv422p2rgb>},
+    {"yv12oryu12",
+     4,
+     {4, 1, 1},
+     1,
+     1,
+     0,
+     2,
+     0,
+     {1, 1, 1, 1},
+     encode_planar<color_convert_rgb2yv12oryu12>,
+     decode_planar<color_convert_yv12oryu122rgb>},
+    {"nv12", 4, {4, 2, 0}, 1, 1, 0, 1, 1, {2, 0, 1, 1}, encode_nv12, decode_semi_planar<color_convert_nv122rgb>},
+    {"nv21", 4, {4, 2, 0}, 1, 1, 1, 1, 0, {}, nullptr, decode_semi_planar<color_convert_nv212rgb>},
+};
+
+// A buffer of exactly the documented size, off alignment by `shift` bytes, between guards.
+class Guarded {
+  public:
+    Guarded(size_t size, size_t shift) : m_Bytes(kGuard + shift + size + kGuard, 0xA5), m_Start(kGuard + shift) {}
+
+    unsigned char* data() { return m_Bytes.data() + m_Start; }
+    Bytes content() const { return Bytes(m_Bytes.begin() + begin(), m_Bytes.end() - kGuard); }
+    bool guardsHold() const {
+        const auto untouched = [](unsigned char byte) { return byte == 0xA5; };
+        return std::all_of(m_Bytes.begin(), m_Bytes.begin() + begin(), untouched) &&
+               std::all_of(m_Bytes.end() - kGuard, m_Bytes.end(), untouched);
+    }
+
+  private:
+    static constexpr ptrdiff_t kGuard = 256;
+    ptrdiff_t begin() const { return static_cast<ptrdiff_t>(m_Start); }
+
+    Bytes m_Bytes;
+    size_t m_Start;
+};
+
+// Runs a conversion of `groups` groups and `spare` pixels too few for another, and expects exactly these outputs.
+void expect_outputs(const std::vector<Bytes>& expected, size_t shift,
+                    const std::function<int(const Planes& out)>& convert) {
+    std::vector<Guarded> buffers;
+    Planes out = {};
+    for (const Bytes& plane : expected) {
+        buffers.emplace_back(plane.size(), shift);
+    }
+    for (size_t i = 0; i < expected.size(); ++i) {
+        out[i] = buffers[i].data();
+    }
+    ASSERT_EQ(convert(out), expected[0].empty() ? 0 : 1);
+    for (size_t i = 0; i < expected.size(); ++i) {
+        ASSERT_TRUE(buffers[i].guardsHold()) << "plane " << i;
+        ASSERT_TRUE(buffers[i].content() == expected[i]) << "plane " << i;
+    }
+}
+
+std::vector<Bytes> reference_encode(const Layout& layout, const unsigned char* rgb, size_t groups) {
+    std::vector<Bytes> planes;
+    for (size_t p = 0; p < layout.planes(); ++p) {
+        planes.emplace_back(groups * layout.planeBytes[p]);
+    }
+    const int count = static_cast<int>(layout.pixels);
+    for (size_t i = 0; i < groups; ++i) {
+        int u = 128 * count;
+        int v = u;
+        for (size_t k = 0; k < layout.pixels; ++k, rgb += 3) {
+            const Yuv pixel = encoded(rgb);
+            planes[0][i * layout.planeBytes[0] + k * layout.yStep] = static_cast<unsigned char>(pixel.y);
+            u += pixel.u;
+            v += layout.vWeights[k] * pixel.v;
+        }
+        planes[layout.uPlane][i * layout.planeBytes[layout.uPlane] + layout.uAt] =
+            static_cast<unsigned char>(u / count);
+        planes[layout.vPlane][i * layout.planeBytes[layout.vPlane] + layout.vAt] =
+            static_cast<unsigned char>(v / count);
+    }
+    return planes;
+}
+
+Bytes reference_decode(const Layout& layout, const Planes& yuv, size_t groups) {
+    Bytes rgb(groups * layout.pixels * 3);
+    for (size_t i = 0; i < groups; ++i) {
+        const unsigned char u = yuv[layout.uPlane][i * layout.planeBytes[layout.uPlane] + layout.uAt];
+        const unsigned char v = yuv[layout.vPlane][i * layout.planeBytes[layout.vPlane] + layout.vAt];
+        for (size_t k = 0; k < layout.pixels; ++k) {
+            const unsigned char y = yuv[0][i * layout.planeBytes[0] + k * layout.yStep];
+            decode(y, u, v, &rgb[(i * layout.pixels + k) * 3]);
+        }
+    }
+    return rgb;
+}
+
+// Conversions without luma and chroma: bytes per pixel in and out, and the pixel's formula.
+struct Simple {
+    const char* name;
+    size_t in, out;
+    int (*convert)(const unsigned char*, unsigned char*, int, int);
+    void (*pixel)(const unsigned char* in, unsigned char* out);
+};
+
+unsigned char gray_of(unsigned char r, unsigned char g, unsigned char b) {
+    return static_cast<unsigned char>((19595 * r + 38470 * g + 7471 * b) / 65536);
+}
+
+using Out = unsigned char*;
+using In = const unsigned char*;
+const std::vector<Simple> kSimple = {
+    {"gray2rgb", 1, 3, color_convert_gray2rgb, [](In in, Out out) { std::fill_n(out, 3, *in); }},
+    {"gray2rgba", 1, 4, color_convert_gray2rgba,
+     [](In in, Out out) {
+         std::fill_n(out, 3, *in);
+         out[3] = 255;
+     }},
+    {"rgb2gray", 3, 1, color_convert_rgb2gray, [](In in, Out out) { *out = gray_of(in[0], in[1], in[2]); }},
+    {"rgb2rgba", 3, 4, color_convert_rgb2rgba,
+     [](In in, Out out) {
+         std::copy_n(in, 3, out);
+         out[3] = 255;
+     }},
+    {"rgba2rgb", 4, 3, color_convert_rgba2rgb, [](In in, Out out) { std::copy_n(in, 3, out); }},
+    {"yuv2gray", 1, 1, color_convert_yuv2gray, [](In in, Out out) { *out = *in; }},
+};
+
+// Every count up to a few of the widest vectors, then some that run through many blocks.
+std::vector<size_t> pixel_counts() {
+    std::vector<size_t> counts;
+    for (size_t n = 0; n <= 290; ++n) {
+        counts.push_back(n);
+    }
+    counts.insert(counts.end(), {511, 1023, 1024, 2051, 4099});
+    return counts;
+}
+
+TEST(ColorConvertFunctions, AllCountsOnAllTargets) {
+    const Bytes source = random_bytes(3 * 4100 * 4 + 8, 7);
+    for_each_simd_target([&source](const std::string&) {
+        for (const size_t pixels : pixel_counts()) {
+            const int width = static_cast<int>(pixels);
+            const size_t shift = pixels % 5;
+            for (const Simple& simple : kSimple) {
+                SCOPED_TRACE(testing::Message() << simple.name << " of " << pixels);
+                const Bytes in(source.begin(), source.begin() + static_cast<ptrdiff_t>(pixels * simple.in));
+                Bytes expected(pixels * simple.out);
+                for (size_t i = 0; i < pixels; ++i) {
+                    simple.pixel(&in[i * simple.in], &expected[i * simple.out]);
+                }
+                expect_outputs({expected}, shift, [&](const Planes& out) {
+                    return simple.convert(pixels == 0 ? source.data() : in.data(), out[0], width, 1);
+                });
+            }
+            for (const Layout& layout : kLayouts) {
+                SCOPED_TRACE(testing::Message() << layout.name << " of " << pixels);
+                const size_t groups = pixels / layout.pixels;
+                std::array<Bytes, 3> in;
+                Planes yuv = {};
+                for (size_t p = 0; p < 3; ++p) {
+                    const auto first = source.begin() + static_cast<ptrdiff_t>(p * 9000 + shift);
+                    in[p] = Bytes(first, first + static_cast<ptrdiff_t>(groups * layout.planeBytes[p]) + 1);
+                    // One byte of misalignment less than the vector has bytes, so that its end is the buffer's.
+                    yuv[p] = in[p].data() + 1 - (groups == 0 ? 1 : 0);
+                }
+                expect_outputs({reference_decode(layout, yuv, groups)}, shift,
+                               [&](const Planes& out) { return layout.decode(yuv, out[0], width, 1); });
+                if (layout.encode) {
+                    const Bytes rgb(source.end() - static_cast<ptrdiff_t>(pixels * 3 + 1), source.end());
+                    expect_outputs(reference_encode(layout, rgb.data() + 1, groups), shift,
+                                   [&](const Planes& out) { return layout.encode(rgb.data() + 1, out, width, 1); });
+                }
+            }
+        }
+    });
+}
+
+// All 2^24 values of three bytes, in slices of equal `first`.
+Bytes cube_slice(int first) {
+    Bytes slice(3 * 65536);
+    for (size_t i = 0; i < 65536; ++i) {
+        slice[3 * i] = static_cast<unsigned char>(first);
+        slice[3 * i + 1] = static_cast<unsigned char>(i >> 8);
+        slice[3 * i + 2] = static_cast<unsigned char>(i);
+    }
+    return slice;
+}
+
+TEST(ColorConvertFunctions, EveryColour) {
+    const Layout& yuv = kLayouts[0];
+    for (int r = 255; r >= 0; r -= kSliceStep) {
+        const Bytes rgb = cube_slice(r);
+        const std::vector<Bytes> expected = reference_encode(yuv, rgb.data(), 65536);
+        Bytes gray(65536);
+        for (size_t i = 0; i < gray.size(); ++i) {
+            gray[i] = gray_of(rgb[3 * i], rgb[3 * i + 1], rgb[3 * i + 2]);
+        }
+        Bytes result(3 * 65536);
+        for_each_simd_target([&](const std::string&) {
+            color_convert_rgb2yuv(rgb.data(), result.data(), 256, 256);
+            ASSERT_TRUE(result == expected[0]) << "r " << r;
+            color_convert_rgb2gray(rgb.data(), result.data(), 256, 256);
+            ASSERT_TRUE(std::equal(gray.begin(), gray.end(), result.begin())) << "r " << r;
+        });
+    }
+}
+
+TEST(ColorConvertFunctions, EveryLumaAndChromaInEveryLayout) {
+    for (const Layout& layout : kLayouts) {
+        SCOPED_TRACE(layout.name);
+        const int lumaPerPass = static_cast<int>(layout.pixels);
+        // One group for each u and v; the luma values of a pass are neighbours.
+        for (int y = 0; y < 256; y += lumaPerPass * kSliceStep) {
+            std::array<Bytes, 3> planes;
+            Planes yuv = {};
+            for (size_t p = 0; p < 3; ++p) {
+                planes[p].resize(65536 * layout.planeBytes[p]);
+                yuv[p] = planes[p].data();
+            }
+            for (size_t i = 0; i < 65536; ++i) {
+                const size_t first = static_cast<size_t>(y) + i % kSliceStep * layout.pixels;
+                for (size_t k = 0; k < layout.pixels; ++k) {
+                    const size_t at = i * layout.planeBytes[0] + k * layout.yStep;
+                    yuv[0][at] = static_cast<unsigned char>(first + k);
+                }
+                yuv[layout.uPlane][i * layout.planeBytes[layout.uPlane] + layout.uAt] =
+                    static_cast<unsigned char>(i >> 8);
+                yuv[layout.vPlane][i * layout.planeBytes[layout.vPlane] + layout.vAt] = static_cast<unsigned char>(i);
+            }
+            const Bytes expected = reference_decode(layout, yuv, 65536);
+            Bytes result(expected.size());
+            for_each_simd_target([&](const std::string&) {
+                layout.decode(yuv, result.data(), 65536, lumaPerPass);
+                ASSERT_TRUE(result == expected) << "luma from " << y;
+            });
+        }
+    }
+}
+
+TEST(ColorConvertFunctions, ExtremeChromaSumsDoNotWrap) {
+    // Corners of the colour cube in all arrangements of a quad: the sums reach their ends there.
+    Bytes rgb;
+    for (int arrangement = 0; arrangement < 4096; ++arrangement) {
+        for (int k = 0; k < 4; ++k) {
+            const int corner = arrangement >> (3 * k);
+            for (int bit = 0; bit < 3; ++bit) {
+                rgb.push_back((corner >> bit & 1) != 0 ? 255 : 0);
+            }
+        }
+    }
+    for_each_simd_target([&rgb](const std::string&) {
+        for (const Layout& layout : kLayouts) {
+            if (layout.encode) {
+                SCOPED_TRACE(layout.name);
+                expect_outputs(reference_encode(layout, rgb.data(), 16384 / layout.pixels), 0,
+                               [&](const Planes& out) { return layout.encode(rgb.data(), out, 128, 128); });
+            }
+        }
+    });
+}
+
+// 2 x 2 blocks, with the drift of odd widths: the rows of a pair begin where the whole pairs of the last one ended.
+std::vector<Bytes> reference_nv21(const Bytes& rgb, int width, int height, const Bytes& before) {
+    const size_t row = static_cast<size_t>(width);
+    const size_t pairs = row / 2;
+    std::vector<Bytes> planes = {before, Bytes(2 * pairs * static_cast<size_t>(height / 2))};
+    for (size_t k = 0; k < static_cast<size_t>(height / 2); ++k) {
+        for (size_t j = 0; j < pairs; ++j) {
+            const size_t corner = k * (row + 2 * pairs) + 2 * j;
+            const size_t block[] = {corner, corner + 1, corner + row, corner + row + 1};
+            constexpr int kUWeights[] = {2, 0, 1, 1};
+            int u = 512;
+            int v = 512;
+            for (size_t i = 0; i < 4; ++i) {
+                const Yuv pixel = encoded(&rgb[3 * block[i]]);
+                planes[0][block[i]] = static_cast<unsigned char>(pixel.y);
+                u += kUWeights[i] * pixel.u;
+                v += pixel.v;
+            }
+            planes[1][2 * (k * pairs + j)] = static_cast<unsigned char>(v / 4);
+            planes[1][2 * (k * pairs + j) + 1] = static_cast<unsigned char>(u / 4);
+        }
+    }
+    return planes;
+}
+
+TEST(ColorConvertFunctions, Nv21BlocksOfAllSmallSizes) {
+    for_each_simd_target([](const std::string&) {
+        for (int width = 2; width <= 150; ++width) {
+            for (const int height : {2, 3, 6}) {
+                SCOPED_TRACE(testing::Message() << width << " x " << height);
+                const size_t pixels = static_cast<size_t>(width * height);
+                const Bytes rgb = random_bytes(3 * pixels, static_cast<uint32_t>(width));
+                expect_outputs(reference_nv21(rgb, width, height, Bytes(pixels, 0xA5)), pixels % 3,
+                               [&](const Planes& out) {
+                                   return color_convert_rgb2nv21(rgb.data(), out[0], out[1], width, height);
+                               });
+            }
+        }
+    });
+    Bytes rgb(12, 1), y(4, 9), vu(2, 9);
+    EXPECT_EQ(color_convert_rgb2nv21(rgb.data(), y.data(), vu.data(), 1, 4), 1);
+    EXPECT_EQ(color_convert_rgb2nv21(rgb.data(), y.data(), vu.data(), 4, -1), 1);
+    EXPECT_EQ(color_convert_rgb2nv21(rgb.data(), nullptr, vu.data(), 1, 1), 0);
+    EXPECT_TRUE(y == Bytes(4, 9) && vu == Bytes(2, 9)) << "too small to hold a block: nothing is written";
+}
+
+TEST(ColorConvertFunctions, RgbaToGrayReadsGreenAndBlueAheadInTheOutput) {
+    const Bytes rgba = random_bytes(4 * 300, 11);
+    const Bytes before = random_bytes(302, 12);
+    for_each_simd_target([&](const std::string&) {
+        for (size_t pixels = 1; pixels <= 300; ++pixels) {
+            Bytes gray(before.begin(), before.begin() + static_cast<ptrdiff_t>(pixels) + 2);
+            Bytes expected = gray;
+            for (size_t i = 0; i < pixels; ++i) {
+                expected[i] = gray_of(rgba[4 * i], expected[i + 1], expected[i + 2]);
+            }
+            ASSERT_EQ(color_convert_rgba2gray(rgba.data(), gray.data(), static_cast<int>(pixels), 1), 1);
+            ASSERT_TRUE(gray == expected) << pixels;
+        }
+    });
+}
+
+TEST(ColorConvertFunctions, RefuseMissingPointersAndSizesWithoutAGroup) {
+    Bytes a(64, 3), b(64, 3), c(64, 3), d(64, 3);
+    const Planes yuv = {b.data(), c.data(), d.data()};
+    // 65536 x 65536 is 0 in 32 bits, 65536 x 32768 is negative.
+    constexpr int kSizes[][2] = {{0, 5}, {-4, 4}, {65536, 65536}, {65536, 32768}};
+    for (const auto& [width, height] : kSizes) {
+        for (const Layout& layout : kLayouts) {
+            EXPECT_EQ(layout.decode(yuv, a.data(), width, height), 0) << layout.name;
+            EXPECT_EQ(layout.encode ? layout.encode(a.data(), yuv, width, height) : 0, 0) << layout.name;
+        }
+    }
+    for (const Simple& simple : kSimple) {
+        EXPECT_EQ(simple.convert(nullptr, a.data(), 2, 2), 0) << simple.name;
+        EXPECT_EQ(simple.convert(a.data(), nullptr, 2, 2), 0) << simple.name;
+        EXPECT_EQ(simple.convert(a.data(), b.data(), 0, 2), 0) << simple.name;
+    }
+    for (const Layout& layout : kLayouts) {
+        SCOPED_TRACE(layout.name);
+        const int width = static_cast<int>(layout.pixels);
+        EXPECT_EQ(layout.decode(yuv, nullptr, width, 1), 0);
+        for (size_t missing = 0; missing < layout.planes(); ++missing) {
+            Planes some = yuv;
+            some[missing] = nullptr;
+            EXPECT_EQ(layout.decode(some, a.data(), width, 1), 0);
+            EXPECT_EQ(layout.encode ? layout.encode(a.data(), some, width, 1) : 0, 0);
+        }
+        EXPECT_EQ(layout.encode ? layout.encode(nullptr, yuv, width, 1) : 0, 0);
+    }
+    EXPECT_TRUE(a == Bytes(64, 3) && b == a && c == a && d == a);
+    // Two negative sizes make a positive product.
+    EXPECT_EQ(color_convert_gray2rgb(a.data(), b.data(), -2, -2), 1);
+    EXPECT_EQ(color_convert_yuv2gray(a.data(), c.data(), -2, -2), 0) << "this one looks at each size";
+}
+
+}  // namespace

@@ -1,0 +1,179 @@
+#include "frameworks/images/image.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "frameworks/core/auto_ptr.h"
+#include "frameworks/images/color_convert.h"
+#include "tests/support/random_bytes.h"
+
+namespace {
+
+constexpr uint32_t kAnyFormat = IMAGE_FORMAT_TYPE_MAX + 1;
+
+// One row of the layout: places behind the first plane, -1 for no plane, and what is copied whence to where.
+struct Copy {
+    size_t plane;
+    size_t at;
+    size_t count;
+};
+
+struct LayoutCase {
+    std::vector<ImageFormatType> formats;
+    size_t bytes;
+    std::array<ptrdiff_t, 4> places;
+    std::vector<Copy> copies;
+};
+
+// 5 x 3 with depth 1: N = 15, so that every half and quarter has something to round.
+const std::vector<LayoutCase> kLayoutCases = {
+    {{IMAGE_FORMAT_TYPE_GRAY}, 15, {0, -1, -1, -1}, {{0, 0, 15}}},
+    {{IMAGE_FORMAT_TYPE_RGB565, IMAGE_FORMAT_TYPE_YUYV, IMAGE_FORMAT_TYPE_YVYU}, 30, {0, -1, -1, -1}, {{0, 0, 30}}},
+    {{IMAGE_FORMAT_TYPE_RGB, IMAGE_FORMAT_TYPE_YUV}, 45, {0, -1, -1, -1}, {{0, 0, 45}}},
+    {{IMAGE_FORMAT_TYPE_RGBA}, 60, {0, -1, -1, -1}, {{0, 0, 60}}},
+    {{IMAGE_FORMAT_TYPE_YUV422P}, 30, {0, 15, 22, -1}, {{0, 0, 15}, {1, 15, 7}, {2, 16, 7}}},
+    {{IMAGE_FORMAT_TYPE_YV12, IMAGE_FORMAT_TYPE_YU12}, 30, {0, 15, -1, -1}, {{0, 0, 15}, {1, 15, 7}}},
+    {{IMAGE_FORMAT_TYPE_NV12, IMAGE_FORMAT_TYPE_NV21}, 30, {0, 15, 18, -1}, {{0, 0, 15}, {1, 15, 3}, {2, 18, 3}}},
+};
+
+void expect_no_planes(Image& image) {
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(image.getPlanes()[i], nullptr);
+    }
+}
+
+TEST(Image, LaysOutAndCopiesEveryFormat) {
+    const std::array<std::vector<unsigned char>, 3> source = {random_bytes(60, 1), random_bytes(60, 2),
+                                                              random_bytes(60, 3)};
+    for (const LayoutCase& layout : kLayoutCases) {
+        for (const ImageFormatType format : layout.formats) {
+            SCOPED_TRACE(format);
+            std::vector<unsigned char> expected(layout.bytes + 2);
+            unsigned char* planes[4] = {};
+            for (const Copy& copy : layout.copies) {
+                const auto& from = source[copy.plane];
+                std::copy_n(from.begin(), copy.count, expected.begin() + static_cast<ptrdiff_t>(copy.at));
+                planes[copy.plane] = const_cast<unsigned char*>(from.data());
+            }
+            // Set over another picture, so that pixels left from before would show.
+            Image image(7, 7, 1, IMAGE_FORMAT_TYPE_NV12, nullptr);
+            std::fill_n(image.getPlanes()[0], 98, static_cast<unsigned char>(0xEE));
+            image.set(5, 3, 1, format, planes);
+            unsigned char* base = image.getPlanes()[0];
+            ASSERT_NE(base, nullptr);
+            for (size_t i = 0; i < 4; ++i) {
+                EXPECT_EQ(image.getPlanes()[i], layout.places[i] < 0 ? nullptr : base + layout.places[i]);
+            }
+            EXPECT_EQ(static_cast<size_t>(image.getDepthType()), layout.bytes / 15);
+            EXPECT_TRUE(std::equal(expected.begin(), expected.end(), base));
+
+            // One plane short: nothing is copied.
+            planes[layout.copies.back().plane] = nullptr;
+            image.configuare(planes);
+            base = image.getPlanes()[0];
+            EXPECT_TRUE(std::all_of(base, base + expected.size(), [](unsigned char byte) { return byte == 0; }));
+        }
+    }
+}
+
+TEST(Image, DepthMultipliesEveryPlane) {
+    const auto_ptr<Image> image(Image::createImage(4, 2, 3, IMAGE_FORMAT_TYPE_YUV422P, nullptr));
+    EXPECT_EQ(image->getPlanes()[2] - image->getPlanes()[0], 36);
+    EXPECT_EQ(image->getWidth() * image->getHeight() * image->getDepth(), 24U);
+    EXPECT_FALSE(image->equals(*image));
+}
+
+TEST(Image, SizesWithoutPixelsAndUnknownFormatsHaveNoPlanes) {
+    constexpr uint32_t kSizes[][3] = {{0, 4, 1},         {4, 0, 1},         {4, 4, 0},
+                                      {65536, 65536, 1}, {65537, 65535, 1}, {1u << 16, 1u << 14, 4},
+                                      {1u << 31, 1, 1},  {~0u, ~0u, ~0u}};
+    for (const auto& size : kSizes) {
+        // The byte count of RGB leaves 32 bits for all of them, or is 0.
+        Image image(size[0], size[1], size[2], IMAGE_FORMAT_TYPE_RGB, nullptr);
+        expect_no_planes(image);
+        EXPECT_EQ(image.getDepthType(), IMAGE_DEPTH_TYPE_24U);
+    }
+    Image image(4, 4, 1, IMAGE_FORMAT_TYPE_RGBA, nullptr);
+    for (const int format : {-1, 0, 13, 255}) {
+        image.set(4, 4, 1, static_cast<ImageFormatType>(format), image.getPlanes());
+        expect_no_planes(image);
+        EXPECT_EQ(image.getFormatType(), format);
+        EXPECT_EQ(image.getDepthType(), IMAGE_DEPTH_TYPE_32U) << "kept from the last known format";
+    }
+}
+
+auto_ptr<Image> asymmetric_image(ImageFormatType format) {
+    auto_ptr<Image> image(Image::createImage(8, 6, 1, format, nullptr));
+    if (image->getPlanes()[0] != nullptr) {
+        const std::vector<unsigned char> bytes = random_bytes(48U * static_cast<size_t>(image->getDepthType()), 5);
+        std::copy(bytes.begin(), bytes.end(), image->getPlanes()[0]);
+    }
+    return image;
+}
+
+TEST(ColorConvert, ConvertsExactlyTheKnownPairsAndGivesBlankImagesOtherwise) {
+    std::set<int> known = {0x0103, 0x0104, 0x0401, 0x0403};
+    for (int yuv = IMAGE_FORMAT_TYPE_YUV; yuv <= IMAGE_FORMAT_TYPE_NV21; ++yuv) {
+        known.insert(yuv * 256 + IMAGE_FORMAT_TYPE_GRAY);
+        // YV12 and YU12 images have no third plane, so their conversions are refused.
+        if (yuv != IMAGE_FORMAT_TYPE_YV12 && yuv != IMAGE_FORMAT_TYPE_YU12) {
+            known.insert(yuv * 256 + IMAGE_FORMAT_TYPE_RGB);
+            known.insert(IMAGE_FORMAT_TYPE_RGB * 256 + yuv);
+        }
+    }
+    known.insert({0x0301, 0x0304});
+    for (int code = 0; code < static_cast<int>(kAnyFormat * 256); ++code) {
+        auto_ptr<Image> source = asymmetric_image(static_cast<ImageFormatType>(code >> 8));
+        const auto_ptr<Image> result(ColorConvert::convert(source, code));
+        ASSERT_NE(result.get(), nullptr) << code;
+        ASSERT_EQ(result->getFormatType(), code & 255);
+        ASSERT_EQ(result->getWidth(), 8U);
+        const unsigned char* pixels = result->getPlanes()[0];
+        const bool written =
+            pixels != nullptr && std::any_of(pixels, pixels + 48U * static_cast<size_t>(result->getDepthType()),
+                                             [](unsigned char byte) { return byte != 0; });
+        ASSERT_EQ(written, known.count(code) == 1) << std::hex << code;
+    }
+}
+
+TEST(ColorConvert, RefusesNullAndMismatchedSources) {
+    auto_ptr<Image> rgb = asymmetric_image(IMAGE_FORMAT_TYPE_RGB);
+    EXPECT_EQ(ColorConvert::convert(static_cast<Image*>(nullptr), 0x0301), nullptr);
+    EXPECT_EQ(ColorConvert::convert(rgb, 0x0401), nullptr);
+    EXPECT_EQ(ColorConvert::convert(rgb.get(), 0x0001), nullptr);
+    // Only bits 8 to 15 name the source; the whole code names the conversion.
+    const auto_ptr<Image> blank(ColorConvert::convert(rgb, 0x10301));
+    EXPECT_EQ(blank->getPlanes()[0][0], 0);
+}
+
+TEST(ColorConvert, PassesThePlanesThatEachFormatHas) {
+    auto_ptr<Image> rgb = asymmetric_image(IMAGE_FORMAT_TYPE_RGB);
+    const unsigned char* source = rgb->getPlanes()[0];
+    const auto matches = [&rgb](int code, const std::vector<unsigned char>& expected) {
+        const auto_ptr<Image> result(ColorConvert::convert(rgb, code));
+        return std::equal(expected.begin(), expected.end(), result->getPlanes()[0]);
+    };
+    std::vector<unsigned char> planar(96);
+    color_convert_rgb2yuv422p(source, &planar[0], &planar[48], &planar[72], 8, 6);
+    EXPECT_TRUE(matches(0x0308, planar));
+    std::vector<unsigned char> semi(96);
+    color_convert_rgb2nv12(source, &semi[0], &semi[48], 8, 6);
+    EXPECT_TRUE(matches(0x030B, semi));
+    color_convert_rgb2nv21(source, &semi[0], &semi[48], 8, 6);
+    EXPECT_TRUE(matches(0x030C, semi));
+
+    auto_ptr<Image> nv21 = asymmetric_image(IMAGE_FORMAT_TYPE_NV21);
+    const unsigned char* bytes = nv21->getPlanes()[0];
+    std::vector<unsigned char> back(144);
+    color_convert_nv212rgb(bytes, bytes + 48, back.data(), 8, 6);
+    const auto_ptr<Image> decoded(ColorConvert::convert(nv21, 0x0C03));
+    EXPECT_TRUE(std::equal(back.begin(), back.end(), decoded->getPlanes()[0]));
+}
+
+}  // namespace

@@ -1,0 +1,36 @@
+import java.io.ByteArrayOutputStream;
+import java.io.IOException;
+
+/** Keeps what is written and throws from a given write on; flush throws when told to. */
+public class ScriptedOutputStream extends ByteArrayOutputStream {
+    public final int writesBeforeThrow;
+    public int writes;
+    public int flushes;
+    public boolean throwAtFlush;
+
+    public ScriptedOutputStream(int writesBeforeThrow) {
+        this.writesBeforeThrow = writesBeforeThrow;
+    }
+
+    @Override
+    public void write(byte[] bytes) throws IOException {
+        write(bytes, 0, bytes.length);
+    }
+
+    @Override
+    public synchronized void write(byte[] bytes, int offset, int count) {
+        if (writes == writesBeforeThrow) {
+            throw new IllegalStateException("scripted");
+        }
+        ++writes;
+        super.write(bytes, offset, count);
+    }
+
+    @Override
+    public void flush() throws IOException {
+        ++flushes;
+        if (throwAtFlush) {
+            throw new IOException("scripted");
+        }
+    }
+}

@@ -1,0 +1,216 @@
+#include "tests/support/jvm.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+JavaVM* start_machine() {
+    std::string classPath = "-Djava.class.path=" KORVANE_CLASS_PATH;
+    std::string libraryPath = "-Djava.library.path=" KORVANE_LIBRARY_DIR;
+    std::string check = "-Xcheck:jni";
+    std::string headless = "-Djava.awt.headless=true";
+    std::string heap = "-Xmx512m";
+    JavaVMOption options[] = {{classPath.data(), nullptr},
+                              {libraryPath.data(), nullptr},
+                              {check.data(), nullptr},
+                              {headless.data(), nullptr},
+                              {heap.data(), nullptr}};
+    JavaVMInitArgs arguments{};
+    arguments.version = JNI_VERSION_1_6;
+    arguments.options = options;
+    arguments.nOptions = static_cast<jint>(std::size(options));
+    JavaVM* machine = nullptr;
+    JNIEnv* env = nullptr;
+    if (JNI_CreateJavaVM(&machine, reinterpret_cast<void**>(&env), &arguments) != JNI_OK) {
+        std::fprintf(stderr, "no Java virtual machine\n");
+        std::abort();
+    }
+    return machine;
+}
+
+}  // namespace
+
+JNIEnv* jvm_env() {
+    static JavaVM* const kMachine = start_machine();
+    JNIEnv* env = nullptr;
+    if (kMachine->AttachCurrentThread(reinterpret_cast<void**>(&env), nullptr) != JNI_OK) {
+        std::abort();
+    }
+    return env;
+}
+
+void JvmTest::SetUp() {
+    env = jvm_env();
+    ASSERT_EQ(env->PushLocalFrame(256), 0);
+}
+
+void JvmTest::TearDown() {
+    expect_no_exception("the test");
+    env->PopLocalFrame(nullptr);
+}
+
+void JvmTest::expect_no_exception(const char* what) {
+    if (env->ExceptionCheck()) {
+        env->ExceptionDescribe();
+        env->ExceptionClear();
+        ADD_FAILURE() << "Java exception from " << what;
+    }
+}
+
+jmethodID JvmTest::method(jobject object, const char* name, const char* signature) {
+    const jclass type = env->GetObjectClass(object);
+    const jmethodID id = env->GetMethodID(type, name, signature);
+    expect_no_exception(name);
+    return id;
+}
+
+jfieldID JvmTest::field(jobject object, const char* name, const char* signature) {
+    const jclass type = env->GetObjectClass(object);
+    const jfieldID id = env->GetFieldID(type, name, signature);
+    expect_no_exception(name);
+    return id;
+}
+
+jobject JvmTest::new_object(const char* className, const char* signature, ...) {
+    const jclass type = env->FindClass(className);
+    expect_no_exception(className);
+    if (type == nullptr) {
+        return nullptr;
+    }
+    const jmethodID constructor = env->GetMethodID(type, "<init>", signature);
+    expect_no_exception(className);
+    if (constructor == nullptr) {
+        return nullptr;
+    }
+    va_list arguments;
+    va_start(arguments, signature);
+    const jobject object = env->NewObjectV(type, constructor, arguments);
+    va_end(arguments);
+    expect_no_exception(className);
+    return object;
+}
+
+void JvmTest::call_void(jobject object, const char* name, const char* signature, ...) {
+    const jmethodID id = method(object, name, signature);
+    if (id == nullptr) {
+        return;
+    }
+    va_list arguments;
+    va_start(arguments, signature);
+    env->CallVoidMethodV(object, id, arguments);
+    va_end(arguments);
+    expect_no_exception(name);
+}
+
+jint JvmTest::call_int(jobject object, const char* name, const char* signature, ...) {
+    const jmethodID id = method(object, name, signature);
+    if (id == nullptr) {
+        return 0;
+    }
+    va_list arguments;
+    va_start(arguments, signature);
+    const jint result = env->CallIntMethodV(object, id, arguments);
+    va_end(arguments);
+    expect_no_exception(name);
+    return result;
+}
+
+jlong JvmTest::call_long(jobject object, const char* name, const char* signature, ...) {
+    const jmethodID id = method(object, name, signature);
+    if (id == nullptr) {
+        return 0;
+    }
+    va_list arguments;
+    va_start(arguments, signature);
+    const jlong result = env->CallLongMethodV(object, id, arguments);
+    va_end(arguments);
+    expect_no_exception(name);
+    return result;
+}
+
+jobject JvmTest::call_object(jobject object, const char* name, const char* signature, ...) {
+    const jmethodID id = method(object, name, signature);
+    if (id == nullptr) {
+        return nullptr;
+    }
+    va_list arguments;
+    va_start(arguments, signature);
+    const jobject result = env->CallObjectMethodV(object, id, arguments);
+    va_end(arguments);
+    expect_no_exception(name);
+    return result;
+}
+
+jobject JvmTest::call_static_object(const char* className, const char* name, const char* signature, ...) {
+    const jclass type = env->FindClass(className);
+    expect_no_exception(className);
+    if (type == nullptr) {
+        return nullptr;
+    }
+    const jmethodID id = env->GetStaticMethodID(type, name, signature);
+    expect_no_exception(name);
+    if (id == nullptr) {
+        return nullptr;
+    }
+    va_list arguments;
+    va_start(arguments, signature);
+    const jobject result = env->CallStaticObjectMethodV(type, id, arguments);
+    va_end(arguments);
+    expect_no_exception(name);
+    return result;
+}
+
+jint JvmTest::int_field(jobject object, const char* name) {
+    const jfieldID id = field(object, name, "I");
+    return id == nullptr ? 0 : env->GetIntField(object, id);
+}
+
+void JvmTest::set_field(jobject object, const char* name, jint value) {
+    env->SetIntField(object, field(object, name, "I"), value);
+}
+
+void JvmTest::set_field(jobject object, const char* name, jlong value) {
+    env->SetLongField(object, field(object, name, "J"), value);
+}
+
+void JvmTest::set_field(jobject object, const char* name, bool value) {
+    env->SetBooleanField(object, field(object, name, "Z"), value ? JNI_TRUE : JNI_FALSE);
+}
+
+void JvmTest::set_field(jobject object, const char* name, jfloat value) {
+    env->SetFloatField(object, field(object, name, "F"), value);
+}
+
+jstring JvmTest::string(const char* text) {
+    const jstring result = env->NewStringUTF(text);
+    expect_no_exception("NewStringUTF");
+    return result;
+}
+
+jobject JvmTest::new_bitmap(int width, int height, const std::vector<unsigned char>& pixels) {
+    const jobject bitmap =
+        call_static_object("android/graphics/Bitmap", "createBitmap", "(II)Landroid/graphics/Bitmap;", width, height);
+    if (bitmap == nullptr) {
+        return nullptr;
+    }
+    const jobject buffer =
+        env->NewDirectByteBuffer(const_cast<unsigned char*>(pixels.data()), static_cast<jlong>(pixels.size()));
+    expect_no_exception("NewDirectByteBuffer");
+    call_void(bitmap, "copyPixelsFromBuffer", "(Ljava/nio/ByteBuffer;)V", buffer);
+    env->DeleteLocalRef(buffer);
+    return bitmap;
+}
+
+std::vector<unsigned char> JvmTest::bitmap_pixels(jobject bitmap) {
+    const auto count = static_cast<size_t>(call_int(bitmap, "getRowBytes", "()I")) *
+                       static_cast<size_t>(call_int(bitmap, "getHeight", "()I"));
+    std::vector<unsigned char> pixels(count);
+    const jobject buffer = env->NewDirectByteBuffer(pixels.data(), static_cast<jlong>(count));
+    expect_no_exception("NewDirectByteBuffer");
+    call_void(bitmap, "copyPixelsToBuffer", "(Ljava/nio/ByteBuffer;)V", buffer);
+    env->DeleteLocalRef(buffer);
+    return pixels;
+}

@@ -1,0 +1,54 @@
+// How a subcommand joins the command line program.
+//
+// A command NAME is one file, tools/command_NAME.cpp, that defines `setup_NAME_command`, plus one row in
+// tools/commands.def and one line in tools/CMakeLists.txt. The setup function declares the command's options on its
+// own CLI::App and returns what to do once they are parsed. The work reports bad input by throwing CommandError; every
+// such text becomes one line on standard error and exit code 2. Options are held in a shared object that the returned
+// function keeps alive:
+//
+//     std::function<void()> setup_blur_command(CLI::App& app) {
+//         auto options = std::make_shared<BlurOptions>();
+//         app.add_option("input", options->input, "the photo")->required();
+//         return [options] { blur(*options); };
+//     }
+#ifndef KORVANE_TOOLS_COMMAND_H_
+#define KORVANE_TOOLS_COMMAND_H_
+
+#include <functional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace korvane {
+
+// Bad input or a failed output. The text names the cause and the file or option, without the program's name.
+class CommandError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+struct Command {
+    const char* name;
+    const char* description;
+    std::function<void()> (*setup)(CLI::App& app);
+};
+
+// Every command of the program, in the order of its help page.
+std::span<const Command> commands();
+
+// Runs the program on `arguments` (without the program's own name): 0 when all went well or help was asked for, 2 after
+// one line on standard error for any bad input or usage.
+int run_program(std::span<const Command> commands, const std::vector<std::string>& arguments);
+
+#define KORVANE_COMMAND(name, description) std::function<void()> setup_##name##_command(CLI::App& app);
+#include "tools/commands.def"
+#undef KORVANE_COMMAND
+
+}  // namespace korvane
+
+#endif  // KORVANE_TOOLS_COMMAND_H_
