@@ -22,6 +22,7 @@ struct FilterParameter {
     void (*store)(ImageFilterBaseGL& filter, const void* value);
     const char* range;    // for people: "0 ... 1", or what the value is
     const char* summary;  // for people: one line
+    int count = 1;        // how many values; more than one for the array types
 };
 
 // A float that every frame sends to the shader, with the value that it starts from.

@@ -58,7 +58,7 @@ const FilterParameter ImageFilterBaseGL::kBaseParameters[3] = {
      [](ImageFilterBaseGL& filter, const void* value) {
          std::memcpy(filter.mPosVertices, value, sizeof(filter.mPosVertices));
      },
-     "8 values", "corners of the quad: four (x, y) in strip order"},
+     "8 values", "corners of the quad: four (x, y) in strip order", 8},
     {"mTexVertices", PARAMETER_TYPE_FLOAT_ARRAY,
      [](ImageFilterBaseGL& filter, const void* value) {
          std::memcpy(filter.mTexVertices, value, sizeof(filter.mTexVertices));
@@ -68,12 +68,12 @@ const FilterParameter ImageFilterBaseGL::kBaseParameters[3] = {
                       static_cast<double>(v[4]), static_cast<double>(v[5]), static_cast<double>(v[6]),
                       static_cast<double>(v[7]));
      },
-     "8 values", "texture coordinates of the corners: four (s, t)"},
+     "8 values", "texture coordinates of the corners: four (s, t)", 8},
     {"mTextureMatrix", PARAMETER_TYPE_FLOAT_ARRAY,
      [](ImageFilterBaseGL& filter, const void* value) {
          std::memcpy(filter.mTextureMatrix, value, sizeof(filter.mTextureMatrix));
      },
-     "16 values", "kept for the renderer; not used for drawing"},
+     "16 values", "kept for the renderer; not used for drawing", 16},
 };
 
 ImageFilterBaseGL::ImageFilterBaseGL() {
@@ -144,6 +144,10 @@ int ImageFilterBaseGL::initParameters() {
         this->*uniform.field = uniform.defaultValue;
     }
     return 1;
+}
+
+std::span<const FilterParameter> ImageFilterBaseGL::base_parameters() {
+    return kBaseParameters;
 }
 
 const FilterParameter* ImageFilterBaseGL::find_parameter(const char* name) const {

@@ -71,6 +71,9 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
     // Releases the GPU objects and keeps the holders.
     virtual void release();
 
+    // What every filter knows besides its own parameters.
+    static std::span<const FilterParameter> base_parameters();
+
     virtual const char* getFilterName();
     virtual const char* getVertexShader();
 
