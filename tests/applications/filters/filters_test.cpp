@@ -50,8 +50,11 @@ const Golden kGoldens[] = {
     {"Extrusion",
      {{"mStrength", 0.0F}, {"mCenterx", 0.3F}, {"mCentery", 0.9F}},
      {.strength = 0.0, .centerx = 0.3F, .centery = 0.9F, .zoom = 1.0}},
-    // zoom 0 stands for the automatic one: the short side over the long side of the output.
-    {"Extrusion", {{"mStrength", -0.1F}}, {.strength = -0.1F, .centerx = 0.5, .centery = 0.5, .zoom = 0.0}},
+    // zoom 0 stands for the automatic one: the short side over the long side of the output. The centre lies between
+    // pixels: at the centre itself the power of 0 is infinite, and times an offset of 0 it is anything.
+    {"Extrusion",
+     {{"mStrength", -0.1F}, {"mCenterx", 0.4F}},
+     {.strength = -0.1F, .centerx = 0.4F, .centery = 0.5, .zoom = 0.0}},
     {"Mirror", {}, {.centerx = 1.0, .centery = 0.5}},
     {"Mirror", {{"mCenterx", 0.3F}}, {.centerx = 0.3F, .centery = 1.0}},
     {"Mirror", {{"mCenterx", 0.3F}, {"mCentery", 0.6F}}, {.centerx = 1.0, .centery = 0.6F}},
