@@ -56,3 +56,19 @@ function(korvane_add_gpu_test name)
         LABELS "gpu;${arg_LABELS}" TIMEOUT 600
         ENVIRONMENT "${KORVANE_GPU_ENVIRONMENT};GALLIUM_DRIVER=softpipe;${arg_ENVIRONMENT}")
 endfunction()
+
+# korvane_add_jvm_gpu_test(NAME SOURCES ...): a JVM test whose library draws, on both of Mesa's drivers as above. The
+# library's log goes to standard error, where the test reads it.
+function(korvane_add_jvm_gpu_test name)
+    korvane_add_jvm_test(${name} ${ARGN} LABELS gpu ENVIRONMENT ${KORVANE_GPU_ENVIRONMENT} KORVANE_LOG=1
+                         GALLIUM_DRIVER=llvmpipe WRAPPER ${KORVANE_GPU_WRAPPER})
+    if(NOT TARGET ${name})
+        return()
+    endif()
+    add_test(NAME ${name}_softpipe COMMAND ${KORVANE_GPU_WRAPPER} $<TARGET_FILE:${name}>)
+    foreach(property LABELS TIMEOUT ENVIRONMENT FAIL_REGULAR_EXPRESSION)
+        get_test_property(${name} ${property} value)
+        string(REPLACE GALLIUM_DRIVER=llvmpipe GALLIUM_DRIVER=softpipe value "${value}")
+        set_tests_properties(${name}_softpipe PROPERTIES ${property} "${value}")
+    endforeach()
+endfunction()

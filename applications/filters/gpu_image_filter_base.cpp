@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <new>
 
 #include "frameworks/core/memory.h"
@@ -46,6 +47,20 @@ constexpr char gFragmentShader[] =
 
 constexpr size_t kLongestHeadBytes = sizeof(fragmentShaderHeadOES) - 1;
 static_assert(kLongestHeadBytes == 137 && sizeof(fragmentShaderHead) - 1 == 81);
+
+// By FilterParameterType: bytes of one value.
+constexpr size_t kValueBytes[] = {0,
+                                  sizeof(bool),
+                                  sizeof(bool),
+                                  sizeof(int32_t),
+                                  sizeof(int32_t),
+                                  sizeof(float),
+                                  sizeof(float),
+                                  sizeof(double),
+                                  sizeof(double),
+                                  sizeof(int64_t),
+                                  sizeof(FilterBitmap)};
+static_assert(std::size(kValueBytes) == PARAMETER_TYPE_BITMAP + 1);
 
 const FilterDescription kBaseDescription = {
     "ImageFilterBase", "A copy of the input", gFragmentShader, {}, {}, nullptr,
@@ -168,6 +183,11 @@ const FilterParameter* ImageFilterBaseGL::find_parameter(const char* name) const
 int ImageFilterBaseGL::getParameterType(const char* name) {
     const FilterParameter* parameter = find_parameter(name);
     return parameter == nullptr ? PARAMETER_TYPE_INVALID : parameter->type;
+}
+
+size_t ImageFilterBaseGL::parameter_bytes(const char* name) const {
+    const FilterParameter* parameter = find_parameter(name);
+    return parameter == nullptr ? 0 : kValueBytes[parameter->type] * static_cast<size_t>(parameter->count);
 }
 
 void ImageFilterBaseGL::setParameters(const char* name, void* value) {

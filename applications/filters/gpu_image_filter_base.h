@@ -13,6 +13,8 @@
 
 #include <GLES3/gl3.h>
 
+#include <cstddef>
+
 #include "applications/filters/filter_description.h"
 #include "applications/filters/filter_parameter_type.h"
 #include "frameworks/core/auto_ptr.h"
@@ -70,6 +72,9 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
 
     // Releases the GPU objects and keeps the holders.
     virtual void release();
+
+    // How many bytes setParameters() reads for this name; 0 for an unknown name or null.
+    size_t parameter_bytes(const char* name) const;
 
     // What every filter knows besides its own parameters.
     static std::span<const FilterParameter> base_parameters();

@@ -54,8 +54,8 @@ class UtfChars {
     const char* m_Chars;
 };
 
-// A bitmap's pixels, null when they cannot be had. The lock is given back in every case, as the platform counts the
-// attempt too.
+// A bitmap's pixels, null when they cannot be had. The unlock follows in every case, also after a lock that gave none:
+// so each call of the one has its call of the other.
 class LockedPixels {
   public:
     LockedPixels(JNIEnv* env, jobject bitmap) : m_Env(env), m_Bitmap(bitmap) {
@@ -74,13 +74,21 @@ class LockedPixels {
 };
 
 // What a setter points a filter at: at least as many readable bytes as the longest parameter takes, zeros behind the
-// value, so that a setter of the wrong type or a short array reads no foreign memory.
+// value, so that a setter of the wrong type reads no foreign memory.
 constexpr size_t kParameterBytes = 64;
 static_assert(sizeof(FilterBitmap) <= kParameterBytes);
 
-void set_padded(ImageFilterBaseGL* filter, const char* key, const void* value, size_t bytes) {
+void set_padded(ImageFilterBaseGL* filter, const char* key, void* value, size_t bytes) {
+    // A bitmap's description holds an address, which numbers from elsewhere must not become.
+    if (filter->getParameterType(key) == PARAMETER_TYPE_BITMAP) {
+        return;
+    }
+    if (bytes >= kParameterBytes) {
+        filter->setParameters(key, value);
+        return;
+    }
     alignas(16) unsigned char padded[kParameterBytes] = {};
-    std::memcpy(padded, value, bytes < kParameterBytes ? bytes : kParameterBytes);
+    std::memcpy(padded, value, bytes);
     filter->setParameters(key, padded);
 }
 
@@ -106,8 +114,11 @@ void set_array(JNIEnv* env, jlong handle, jstring parametersKey, Array array, El
         return;
     }
     if (handle != 0 && key.get() != nullptr) {
+        ImageFilterBaseGL* filter = to_filter(handle);
         const size_t bytes = static_cast<size_t>(env->GetArrayLength(array)) * sizeof(Element);
-        set_padded(to_filter(handle), key.get(), elements, bytes);
+        if (bytes >= filter->parameter_bytes(key.get())) {
+            set_padded(filter, key.get(), elements, bytes);
+        }
     }
     (env->*give_back)(array, elements, 0);
 }
