@@ -35,10 +35,10 @@ function(korvane_add_jvm_test name)
 endfunction()
 
 # korvane_add_gpu_test(NAME SOURCES ... [LABELS ...] [ENVIRONMENT ...]): a test program that draws through EGL on a
-# virtual X server of its own with tests/support/gl_recorder.h in between, on Mesa's llvmpipe and once more, as NAME_softpipe, on its plain rasteriser. A program
-# without a context must fail. -noreset keeps the server from starting anew when its last client leaves, which
-# terminating an EGL display is. The reduced processor keeps llvmpipe from computing mediump in 16 bits, as it does where
-# the processor has F16C, so that exact comparisons hold everywhere.
+# virtual X server of its own, with tests/support/gl_recorder.h in between; on Mesa's llvmpipe and once more, as
+# NAME_softpipe, on its plain rasteriser. A program without a context must fail. -noreset keeps the server from starting
+# anew when its last client leaves, as happens when an EGL display is terminated. The reduced processor keeps llvmpipe
+# from computing mediump in 16 bits, as it does where the processor has F16C, so that exact comparisons hold everywhere.
 set(KORVANE_GPU_WRAPPER xvfb-run -a -s "-noreset -screen 0 640x480x24")
 set(KORVANE_GPU_ENVIRONMENT GALLIUM_OVERRIDE_CPU_CAPS=sse4.1
                             "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp")
