@@ -55,6 +55,11 @@ HWY_INLINE ByteVector Joined(LaneVector even, LaneVector odd) {
     return hn::BitCast(ByteTag(), hn::Or(even, hn::ShiftLeft<8>(odd)));
 }
 
+// Each 16-byte block by the table.
+HWY_INLINE ByteVector Shuffled(ByteVector bytes, const uint8_t* HWY_RESTRICT table) {
+    return hn::TableLookupBytes(bytes, hn::LoadDup128(ByteTag(), table));
+}
+
 HWY_INLINE void LoadWords(const uint8_t* from, LaneVector& even, LaneVector& odd) {
     // LoadInterleaved takes any alignment, whatever its pointer type says.
     hn::LoadInterleaved2(LaneTag(), reinterpret_cast<const uint16_t*>(from), even, odd);
@@ -107,10 +112,6 @@ HWY_INLINE ByteVector ByRemainder(ByteVector zero, ByteVector one, ByteVector tw
     const ByteTag d;
     return hn::IfVecThenElse(hn::LoadDup128(d, kThreeChannels.remainder[0]), zero,
                              hn::IfVecThenElse(hn::LoadDup128(d, kThreeChannels.remainder[1]), one, two));
-}
-
-HWY_INLINE ByteVector Shuffled(ByteVector bytes, const uint8_t* HWY_RESTRICT table) {
-    return hn::TableLookupBytes(bytes, hn::LoadDup128(ByteTag(), table));
 }
 
 // Blocks lie in memory as a0 b0 c0 a1 b1 c1 and so on.
@@ -470,12 +471,19 @@ HWY_INLINE SignedVector Alternating(int16_t even, int16_t odd) {
     return hn::BitCast(SignedTag(), hn::Set(QuadTag(), both));
 }
 
+// For the two lanes of each quad.
+alignas(16) constexpr uint8_t kFirstLane[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
+alignas(16) constexpr uint8_t kSecondLane[16] = {2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15};
+alignas(16) constexpr uint8_t kSwapLanes[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
+
+HWY_INLINE SignedVector InEachQuad(SignedVector lanes, const uint8_t* HWY_RESTRICT table) {
+    return hn::BitCast(SignedTag(), Shuffled(hn::BitCast(ByteTag(), lanes), table));
+}
+
 // Decodes a vector of luma with one U and V for each 32-bit lane of it, the first of them in the lower half. Red and
 // blue, and the two parts of green, share their multiplications.
 template <bool kUFirst>
 HWY_INLINE void StoreDecodedQuads(const uint8_t* yFrom, LaneVector chroma, uint8_t* rgb) {
-    const SignedTag d;
-    const QuadTag dQuad;
     const SignedVector outerMultipliers =
         kUFirst ? Alternating(kBlueFromU, kRedFromV) : Alternating(kRedFromV, kBlueFromU);
     const SignedVector greenMultipliers =
@@ -483,10 +491,9 @@ HWY_INLINE void StoreDecodedQuads(const uint8_t* yFrom, LaneVector chroma, uint8
     const SignedVector x = ChromaEighths(chroma);
     const SignedVector outer = Truncated(x, outerMultipliers);
     const SignedVector part = Truncated(x, greenMultipliers);
-    const SignedVector green = hn::Add(part, hn::BitCast(d, hn::RotateRight<16>(hn::BitCast(dQuad, part))));
-    const QuadVector outerQuads = hn::BitCast(dQuad, outer);
-    const SignedVector first = hn::OddEven(hn::BitCast(d, hn::ShiftLeft<16>(outerQuads)), outer);
-    const SignedVector second = hn::OddEven(outer, hn::BitCast(d, hn::ShiftRight<16>(outerQuads)));
+    const SignedVector green = hn::Add(part, InEachQuad(part, kSwapLanes));
+    const SignedVector first = InEachQuad(outer, kFirstLane);
+    const SignedVector second = InEachQuad(outer, kSecondLane);
     const ByteVector y = hn::LoadU(ByteTag(), yFrom);
     StoreDecodedPairs(Even(y), Odd(y), kUFirst ? second : first, green, kUFirst ? first : second, rgb);
 }
