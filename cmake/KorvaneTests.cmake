@@ -29,3 +29,26 @@ function(korvane_add_jvm_test name)
     set_tests_properties(${name} PROPERTIES
         FAIL_REGULAR_EXPRESSION "WARNING in native method;FATAL ERROR in native method")
 endfunction()
+
+# korvane_add_gpu_test(NAME SOURCES ... [LABELS ...] [ENVIRONMENT ...]): a test program that draws through EGL on a
+# virtual X server of its own with tests/support/gl_recorder.h in between, on Mesa's llvmpipe and once more, as NAME_softpipe, on its plain rasteriser. A program
+# without a context must fail. -noreset keeps the server from starting anew when its last client leaves, which
+# terminating an EGL display is. The reduced processor keeps llvmpipe from computing mediump in 16 bits, as it does where
+# the processor has F16C, so that exact comparisons hold everywhere.
+set(KORVANE_GPU_WRAPPER xvfb-run -a -s "-noreset -screen 0 640x480x24")
+set(KORVANE_GPU_ENVIRONMENT GALLIUM_OVERRIDE_CPU_CAPS=sse4.1
+                            "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp")
+function(korvane_add_gpu_test name)
+    if(CMAKE_CROSSCOMPILING)
+        return()
+    endif()
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT" ${ARGN})
+    korvane_add_test(${name} SOURCES ${arg_SOURCES} LIBRARIES korvane_gpu_support ${arg_LIBRARIES}
+                     LABELS gpu ${arg_LABELS}
+                     ENVIRONMENT ${KORVANE_GPU_ENVIRONMENT} GALLIUM_DRIVER=llvmpipe ${arg_ENVIRONMENT}
+                     WRAPPER ${KORVANE_GPU_WRAPPER})
+    add_test(NAME ${name}_softpipe COMMAND ${KORVANE_GPU_WRAPPER} $<TARGET_FILE:${name}>)
+    set_tests_properties(${name}_softpipe PROPERTIES
+        LABELS "gpu;${arg_LABELS}" TIMEOUT 600
+        ENVIRONMENT "${KORVANE_GPU_ENVIRONMENT};GALLIUM_DRIVER=softpipe;${arg_ENVIRONMENT}")
+endfunction()
