@@ -5,7 +5,7 @@
 #include <initializer_list>
 
 #include "frameworks/core/memory.h"
-#include "frameworks/images/color_kernels_scalar.h"
+#include "frameworks/images/color_kernels.h"
 
 namespace {
 
@@ -34,35 +34,35 @@ int convert_groups(int groupPixels, Kernel kernel, int width, int height, Pointe
 }  // namespace
 
 int color_convert_gray2rgb(const unsigned char* gray, unsigned char* rgb, int width, int height) {
-    return convert_groups(1, korvane::gray2rgb_scalar, width, height, gray, rgb);
+    return convert_groups(1, korvane::color_kernels().gray2rgb, width, height, gray, rgb);
 }
 
 int color_convert_gray2rgba(const unsigned char* gray, unsigned char* rgba, int width, int height) {
-    return convert_groups(1, korvane::gray2rgba_scalar, width, height, gray, rgba);
+    return convert_groups(1, korvane::color_kernels().gray2rgba, width, height, gray, rgba);
 }
 
 int color_convert_rgb2gray(const unsigned char* rgb, unsigned char* gray, int width, int height) {
-    return convert_groups(1, korvane::rgb2gray_scalar, width, height, rgb, gray);
+    return convert_groups(1, korvane::color_kernels().rgb2gray, width, height, rgb, gray);
 }
 
 int color_convert_rgba2gray(const unsigned char* rgba, unsigned char* gray, int width, int height) {
-    return convert_groups(1, korvane::rgba2gray_scalar, width, height, rgba, gray);
+    return convert_groups(1, korvane::color_kernels().rgba2gray, width, height, rgba, gray);
 }
 
 int color_convert_rgb2rgba(const unsigned char* rgb, unsigned char* rgba, int width, int height) {
-    return convert_groups(1, korvane::rgb2rgba_scalar, width, height, rgb, rgba);
+    return convert_groups(1, korvane::color_kernels().rgb2rgba, width, height, rgb, rgba);
 }
 
 int color_convert_rgba2rgb(const unsigned char* rgba, unsigned char* rgb, int width, int height) {
-    return convert_groups(1, korvane::rgba2rgb_scalar, width, height, rgba, rgb);
+    return convert_groups(1, korvane::color_kernels().rgba2rgb, width, height, rgba, rgb);
 }
 
 int color_convert_rgb2yuv(const unsigned char* rgb, unsigned char* yuv, int width, int height) {
-    return convert_groups(1, korvane::rgb2yuv_scalar, width, height, rgb, yuv);
+    return convert_groups(1, korvane::color_kernels().rgb2yuv, width, height, rgb, yuv);
 }
 
 int color_convert_yuv2rgb(const unsigned char* yuv, unsigned char* rgb, int width, int height) {
-    return convert_groups(1, korvane::yuv2rgb_scalar, width, height, yuv, rgb);
+    return convert_groups(1, korvane::color_kernels().yuv2rgb, width, height, yuv, rgb);
 }
 
 int color_convert_yuv2gray(const unsigned char* yuv, unsigned char* gray, int width, int height) {
@@ -74,51 +74,51 @@ int color_convert_yuv2gray(const unsigned char* yuv, unsigned char* gray, int wi
 }
 
 int color_convert_rgb2yuyv(const unsigned char* rgb, unsigned char* yuyv, int width, int height) {
-    return convert_groups(kPairPixels, korvane::rgb2yuyv_scalar, width, height, rgb, yuyv);
+    return convert_groups(kPairPixels, korvane::color_kernels().rgb2yuyv, width, height, rgb, yuyv);
 }
 
 int color_convert_yuyv2rgb(const unsigned char* yuyv, unsigned char* rgb, int width, int height) {
-    return convert_groups(kPairPixels, korvane::yuyv2rgb_scalar, width, height, yuyv, rgb);
+    return convert_groups(kPairPixels, korvane::color_kernels().yuyv2rgb, width, height, yuyv, rgb);
 }
 
 int color_convert_rgb2yvyu(const unsigned char* rgb, unsigned char* yvyu, int width, int height) {
-    return convert_groups(kPairPixels, korvane::rgb2yvyu_scalar, width, height, rgb, yvyu);
+    return convert_groups(kPairPixels, korvane::color_kernels().rgb2yvyu, width, height, rgb, yvyu);
 }
 
 int color_convert_yvyu2rgb(const unsigned char* yvyu, unsigned char* rgb, int width, int height) {
-    return convert_groups(kPairPixels, korvane::yvyu2rgb_scalar, width, height, yvyu, rgb);
+    return convert_groups(kPairPixels, korvane::color_kernels().yvyu2rgb, width, height, yvyu, rgb);
 }
 
 int color_convert_rgb2yuv422p(const unsigned char* rgb, unsigned char* y, unsigned char* u, unsigned char* v, int width,
                               int height) {
-    return convert_groups(kPairPixels, korvane::rgb2yuv422p_scalar, width, height, rgb, y, u, v);
+    return convert_groups(kPairPixels, korvane::color_kernels().rgb2yuv422p, width, height, rgb, y, u, v);
 }
 
 int color_convert_yuv422p2rgb(const unsigned char* y, const unsigned char* u, const unsigned char* v,
                               unsigned char* rgb, int width, int height) {
-    return convert_groups(kPairPixels, korvane::yuv422p2rgb_scalar, width, height, y, u, v, rgb);
+    return convert_groups(kPairPixels, korvane::color_kernels().yuv422p2rgb, width, height, y, u, v, rgb);
 }
 
 int color_convert_rgb2yv12oryu12(const unsigned char* rgb, unsigned char* y, unsigned char* u, unsigned char* v,
                                  int width, int height) {
-    return convert_groups(kQuadPixels, korvane::rgb2yv12oryu12_scalar, width, height, rgb, y, u, v);
+    return convert_groups(kQuadPixels, korvane::color_kernels().rgb2yv12oryu12, width, height, rgb, y, u, v);
 }
 
 int color_convert_yv12oryu122rgb(const unsigned char* y, const unsigned char* u, const unsigned char* v,
                                  unsigned char* rgb, int width, int height) {
-    return convert_groups(kQuadPixels, korvane::yv12oryu122rgb_scalar, width, height, y, u, v, rgb);
+    return convert_groups(kQuadPixels, korvane::color_kernels().yv12oryu122rgb, width, height, y, u, v, rgb);
 }
 
 int color_convert_rgb2nv12(const unsigned char* rgb, unsigned char* y, unsigned char* uv, int width, int height) {
-    return convert_groups(kQuadPixels, korvane::rgb2nv12_scalar, width, height, rgb, y, uv);
+    return convert_groups(kQuadPixels, korvane::color_kernels().rgb2nv12, width, height, rgb, y, uv);
 }
 
 int color_convert_nv122rgb(const unsigned char* y, const unsigned char* uv, unsigned char* rgb, int width, int height) {
-    return convert_groups(kQuadPixels, korvane::nv122rgb_scalar, width, height, y, uv, rgb);
+    return convert_groups(kQuadPixels, korvane::color_kernels().nv122rgb, width, height, y, uv, rgb);
 }
 
 int color_convert_nv212rgb(const unsigned char* y, const unsigned char* vu, unsigned char* rgb, int width, int height) {
-    return convert_groups(kQuadPixels, korvane::nv212rgb_scalar, width, height, y, vu, rgb);
+    return convert_groups(kQuadPixels, korvane::color_kernels().nv212rgb, width, height, y, vu, rgb);
 }
 
 int color_convert_rgb2nv21(const unsigned char* rgb, unsigned char* y, unsigned char* vu, int width, int height) {
@@ -131,7 +131,7 @@ int color_convert_rgb2nv21(const unsigned char* rgb, unsigned char* y, unsigned 
     const auto row = static_cast<size_t>(width);
     const size_t pairs = row / 2;
     for (int k = 0; k < height / 2; ++k) {
-        korvane::rgb2nv21_rows_scalar(rgb, rgb + 3 * row, y, y + row, vu, pairs);
+        korvane::color_kernels().rgb2nv21_rows(rgb, rgb + 3 * row, y, y + row, vu, pairs);
         // Not two rows when the width is odd: the second row counts as its whole pairs only.
         rgb += 3 * (row + 2 * pairs);
         y += row + 2 * pairs;

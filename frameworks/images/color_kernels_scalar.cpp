@@ -100,35 +100,33 @@ int32_t sum_of_quad(int32_t (*raw)(const uint8_t*), const uint8_t* rgb) {
     return raw(rgb) + raw(rgb + kRgb) + raw(rgb + 2 * kRgb) + raw(rgb + 3 * kRgb);
 }
 
-}  // namespace
-
-void gray2rgb_scalar(const uint8_t* gray, uint8_t* rgb, size_t pixels) {
+void gray2rgb(const uint8_t* gray, uint8_t* rgb, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgb += kRgb) {
         rgb[0] = rgb[1] = rgb[2] = gray[i];
     }
 }
 
-void gray2rgba_scalar(const uint8_t* gray, uint8_t* rgba, size_t pixels) {
+void gray2rgba(const uint8_t* gray, uint8_t* rgba, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgba += kRgba) {
         rgba[0] = rgba[1] = rgba[2] = gray[i];
         rgba[3] = 255;
     }
 }
 
-void rgb2gray_scalar(const uint8_t* rgb, uint8_t* gray, size_t pixels) {
+void rgb2gray(const uint8_t* rgb, uint8_t* gray, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgb += kRgb) {
         gray[i] = gray_of(rgb[0], rgb[1], rgb[2]);
     }
 }
 
-void rgba2gray_scalar(const uint8_t* rgba, uint8_t* gray, size_t pixels) {
+void rgba2gray(const uint8_t* rgba, uint8_t* gray, size_t pixels) {
     // Green and blue come from the output, not from rgba[4i + 1] and rgba[4i + 2]: clients were tuned on its pictures.
     for (size_t i = 0; i < pixels; ++i) {
         gray[i] = gray_of(rgba[i * kRgba], gray[i + 1], gray[i + 2]);
     }
 }
 
-void rgb2rgba_scalar(const uint8_t* rgb, uint8_t* rgba, size_t pixels) {
+void rgb2rgba(const uint8_t* rgb, uint8_t* rgba, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgb += kRgb, rgba += kRgba) {
         rgba[0] = rgb[0];
         rgba[1] = rgb[1];
@@ -137,7 +135,7 @@ void rgb2rgba_scalar(const uint8_t* rgb, uint8_t* rgba, size_t pixels) {
     }
 }
 
-void rgba2rgb_scalar(const uint8_t* rgba, uint8_t* rgb, size_t pixels) {
+void rgba2rgb(const uint8_t* rgba, uint8_t* rgb, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgba += kRgba, rgb += kRgb) {
         rgb[0] = rgba[0];
         rgb[1] = rgba[1];
@@ -145,7 +143,7 @@ void rgba2rgb_scalar(const uint8_t* rgba, uint8_t* rgb, size_t pixels) {
     }
 }
 
-void rgb2yuv_scalar(const uint8_t* rgb, uint8_t* yuv, size_t pixels) {
+void rgb2yuv(const uint8_t* rgb, uint8_t* yuv, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgb += kRgb, yuv += 3) {
         const uint8_t y = luma(rgb);
         const uint8_t u = byte(raw_u(rgb) + 128);
@@ -156,15 +154,15 @@ void rgb2yuv_scalar(const uint8_t* rgb, uint8_t* yuv, size_t pixels) {
     }
 }
 
-void rgb2yuyv_scalar(const uint8_t* rgb, uint8_t* yuyv, size_t pairs) {
+void rgb2yuyv(const uint8_t* rgb, uint8_t* yuyv, size_t pairs) {
     encode_packed_pairs<1, 3>(rgb, yuyv, pairs);
 }
 
-void rgb2yvyu_scalar(const uint8_t* rgb, uint8_t* yvyu, size_t pairs) {
+void rgb2yvyu(const uint8_t* rgb, uint8_t* yvyu, size_t pairs) {
     encode_packed_pairs<3, 1>(rgb, yvyu, pairs);
 }
 
-void rgb2yuv422p_scalar(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t pairs) {
+void rgb2yuv422p(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t pairs) {
     for (size_t i = 0; i < pairs; ++i, rgb += 2 * kRgb, y += 2) {
         y[0] = luma(rgb);
         y[1] = luma(rgb + kRgb);
@@ -173,7 +171,7 @@ void rgb2yuv422p_scalar(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, 
     }
 }
 
-void rgb2yv12oryu12_scalar(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t quads) {
+void rgb2yv12oryu12(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t quads) {
     for (size_t i = 0; i < quads; ++i, rgb += 4 * kRgb, y += 4) {
         luma_of_quad(rgb, y);
         u[i] = mean_of_quad(sum_of_quad(raw_u, rgb));
@@ -181,7 +179,7 @@ void rgb2yv12oryu12_scalar(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* 
     }
 }
 
-void rgb2nv12_scalar(const uint8_t* rgb, uint8_t* y, uint8_t* uv, size_t quads) {
+void rgb2nv12(const uint8_t* rgb, uint8_t* y, uint8_t* uv, size_t quads) {
     for (size_t i = 0; i < quads; ++i, rgb += 4 * kRgb, y += 4, uv += 2) {
         luma_of_quad(rgb, y);
         uv[0] = mean_of_quad(sum_of_quad(raw_u, rgb));
@@ -190,8 +188,8 @@ void rgb2nv12_scalar(const uint8_t* rgb, uint8_t* y, uint8_t* uv, size_t quads) 
     }
 }
 
-void rgb2nv21_rows_scalar(const uint8_t* top, const uint8_t* bottom, uint8_t* yTop, uint8_t* yBottom, uint8_t* vu,
-                          size_t pairs) {
+void rgb2nv21_rows(const uint8_t* top, const uint8_t* bottom, uint8_t* yTop, uint8_t* yBottom, uint8_t* vu,
+                   size_t pairs) {
     for (size_t i = 0; i < pairs; ++i, top += 2 * kRgb, bottom += 2 * kRgb, yTop += 2, yBottom += 2, vu += 2) {
         yTop[0] = luma(top);
         yTop[1] = luma(top + kRgb);
@@ -203,21 +201,21 @@ void rgb2nv21_rows_scalar(const uint8_t* top, const uint8_t* bottom, uint8_t* yT
     }
 }
 
-void yuv2rgb_scalar(const uint8_t* yuv, uint8_t* rgb, size_t pixels) {
+void yuv2rgb(const uint8_t* yuv, uint8_t* rgb, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, yuv += 3, rgb += kRgb) {
         ChromaTerms(yuv[1], yuv[2]).store(yuv[0], rgb);
     }
 }
 
-void yuyv2rgb_scalar(const uint8_t* yuyv, uint8_t* rgb, size_t pairs) {
+void yuyv2rgb(const uint8_t* yuyv, uint8_t* rgb, size_t pairs) {
     decode_packed_pairs<1, 3>(yuyv, rgb, pairs);
 }
 
-void yvyu2rgb_scalar(const uint8_t* yvyu, uint8_t* rgb, size_t pairs) {
+void yvyu2rgb(const uint8_t* yvyu, uint8_t* rgb, size_t pairs) {
     decode_packed_pairs<3, 1>(yvyu, rgb, pairs);
 }
 
-void yuv422p2rgb_scalar(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, size_t pairs) {
+void yuv422p2rgb(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, size_t pairs) {
     for (size_t i = 0; i < pairs; ++i, y += 2, rgb += 2 * kRgb) {
         const ChromaTerms terms(u[i], v[i]);
         terms.store(y[0], rgb);
@@ -225,16 +223,41 @@ void yuv422p2rgb_scalar(const uint8_t* y, const uint8_t* u, const uint8_t* v, ui
     }
 }
 
-void yv12oryu122rgb_scalar(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, size_t quads) {
+void yv12oryu122rgb(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, size_t quads) {
     decode_quads(y, u, v, 1, rgb, quads);
 }
 
-void nv122rgb_scalar(const uint8_t* y, const uint8_t* uv, uint8_t* rgb, size_t quads) {
+void nv122rgb(const uint8_t* y, const uint8_t* uv, uint8_t* rgb, size_t quads) {
     decode_quads(y, uv, uv + 1, 2, rgb, quads);
 }
 
-void nv212rgb_scalar(const uint8_t* y, const uint8_t* vu, uint8_t* rgb, size_t quads) {
+void nv212rgb(const uint8_t* y, const uint8_t* vu, uint8_t* rgb, size_t quads) {
     decode_quads(y, vu + 1, vu, 2, rgb, quads);
 }
+
+}  // namespace
+
+const ColorKernels kColorKernelsScalar = {
+    .gray2rgb = gray2rgb,
+    .gray2rgba = gray2rgba,
+    .rgb2gray = rgb2gray,
+    .rgba2gray = rgba2gray,
+    .rgb2rgba = rgb2rgba,
+    .rgba2rgb = rgba2rgb,
+    .rgb2yuv = rgb2yuv,
+    .yuv2rgb = yuv2rgb,
+    .rgb2yuyv = rgb2yuyv,
+    .rgb2yvyu = rgb2yvyu,
+    .rgb2yuv422p = rgb2yuv422p,
+    .yuyv2rgb = yuyv2rgb,
+    .yvyu2rgb = yvyu2rgb,
+    .yuv422p2rgb = yuv422p2rgb,
+    .rgb2yv12oryu12 = rgb2yv12oryu12,
+    .rgb2nv12 = rgb2nv12,
+    .yv12oryu122rgb = yv12oryu122rgb,
+    .nv122rgb = nv122rgb,
+    .nv212rgb = nv212rgb,
+    .rgb2nv21_rows = rgb2nv21_rows,
+};
 
 }  // namespace korvane

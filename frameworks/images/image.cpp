@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "frameworks/core/memory.h"
 
@@ -128,6 +129,15 @@ void Image::configuare(unsigned char** planes) {
     for (int i = 0; base != nullptr && i < layout.planeCount; ++i) {
         m_Planes[i] = base + pixels * layout.planes[i].start / 4;
     }
+}
+
+void Image::swap(Image& other) {
+    std::swap(m_ImageWidth, other.m_ImageWidth);
+    std::swap(m_ImageHeight, other.m_ImageHeight);
+    std::swap(m_ImageDepth, other.m_ImageDepth);
+    std::swap(m_ImageFormatType, other.m_ImageFormatType);
+    std::swap(m_ImageDepthType, other.m_ImageDepthType);
+    std::swap(m_Planes, other.m_Planes);
 }
 
 void Image::freePlanes() {

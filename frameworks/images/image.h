@@ -77,6 +77,9 @@ class KORVANE_API Image : public RefBase {
     // N + 1, on top of the second one, and not to where plane 2 points. Planes from an earlier call are replaced.
     void configuare(unsigned char** planes);
 
+    // Exchanges everything but the counts: a new picture moves in without a copy.
+    void swap(Image& other);
+
     uint32_t getWidth() const { return m_ImageWidth; }
     uint32_t getHeight() const { return m_ImageHeight; }
     uint32_t getDepth() const { return m_ImageDepth; }

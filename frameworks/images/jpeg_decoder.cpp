@@ -24,12 +24,12 @@ constexpr ImageFormatType kFormats[] = {
     IMAGE_FORMAT_TYPE_NONE, IMAGE_FORMAT_TYPE_NONE, IMAGE_FORMAT_TYPE_RGBA,
 };
 
-// It lies outside the frame that libjpeg's fatal errors jump back to, so that its buffer survives the jump.
-struct DecodedPixels {
-    unsigned char* bytes;
-    uint32_t width;
-    uint32_t height;
-    ImageFormatType format;
+// Where the lines go: straight into a picture of its own, or one after the other into a row when the file's colours
+// have no image format. Both lie outside the frame that libjpeg's fatal errors jump back to, so that they survive the
+// jump.
+struct Target {
+    Image* picture;
+    unsigned char* row;
 };
 
 ImageFormatType format_of(J_COLOR_SPACE space) {
@@ -43,25 +43,32 @@ void limit_scans(j_common_ptr cinfo) {
     }
 }
 
-// From here on no line may come out that was not decoded: a call that yields no line means that the stream ran dry.
-bool read_lines(jpeg_decompress_struct* cinfo, DecodedPixels* pixels) {
-    if (!jpeg_start_decompress(cinfo)) {
-        return false;
-    }
-    const size_t strideBytes = static_cast<size_t>(cinfo->output_width) * static_cast<size_t>(cinfo->output_components);
+bool prepare(const jpeg_decompress_struct* cinfo, size_t strideBytes, Target* target) {
     // An image counts its bytes in 32 bits.
     if (strideBytes > std::numeric_limits<uint32_t>::max() / cinfo->output_height) {
         return false;
     }
-    pixels->width = cinfo->output_width;
-    pixels->height = cinfo->output_height;
-    pixels->format = format_of(cinfo->out_color_space);
-    pixels->bytes = static_cast<unsigned char*>(galloc_malloc(strideBytes * cinfo->output_height));
-    if (pixels->bytes == nullptr) {
+    const ImageFormatType format = format_of(cinfo->out_color_space);
+    target->picture->set(cinfo->output_width, cinfo->output_height, 1, format, nullptr);
+    if (format == IMAGE_FORMAT_TYPE_NONE) {
+        target->row = static_cast<unsigned char*>(galloc_malloc(strideBytes));
+        return target->row != nullptr;
+    }
+    return target->picture->getPlanes()[0] != nullptr;
+}
+
+bool read_lines(jpeg_decompress_struct* cinfo, Target* target) {
+    if (!jpeg_start_decompress(cinfo)) {
         return false;
     }
+    const size_t strideBytes = static_cast<size_t>(cinfo->output_width) * static_cast<size_t>(cinfo->output_components);
+    if (!prepare(cinfo, strideBytes, target)) {
+        return false;
+    }
+    unsigned char* const pixels = target->picture->getPlanes()[0];
     while (cinfo->output_scanline < cinfo->output_height) {
-        JSAMPROW row = pixels->bytes + cinfo->output_scanline * strideBytes;
+        JSAMPROW row = pixels == nullptr ? target->row : pixels + cinfo->output_scanline * strideBytes;
+        // A call that yields no line means that the stream ran dry; asking again would go on for ever.
         if (jpeg_read_scanlines(cinfo, &row, 1) == 0) {
             return false;
         }
@@ -71,7 +78,7 @@ bool read_lines(jpeg_decompress_struct* cinfo, DecodedPixels* pixels) {
 }
 
 // The frame that libjpeg's fatal errors jump back to. Nothing in it is read after the jump, and it has no destructors.
-bool decompress(Stream* stream, DecodedPixels* pixels) {
+bool decompress(Stream* stream, Target* target) {
     jpeg_utils_source_mgr source(stream);
     jpeg_utils_error_mgr error;
     jpeg_progress_mgr progress = {};
@@ -85,7 +92,7 @@ bool decompress(Stream* stream, DecodedPixels* pixels) {
     progress.progress_monitor = limit_scans;
     cinfo.progress = &progress;
     cinfo.src = &source;
-    const bool done = jpeg_read_header(&cinfo, TRUE) == JPEG_HEADER_OK && read_lines(&cinfo, pixels);
+    const bool done = jpeg_read_header(&cinfo, TRUE) == JPEG_HEADER_OK && read_lines(&cinfo, target);
     jpeg_destroy_decompress(&cinfo);
     return done;
 }
@@ -98,12 +105,18 @@ bool JpegDecoder::isSupported(auto_ptr<Stream>& stream) {
 }
 
 bool JpegDecoder::onDecode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) {
-    DecodedPixels pixels = {};
-    const bool done = decompress(stream.get(), &pixels);
-    if (done) {
-        unsigned char* planes[4] = {pixels.bytes, nullptr, nullptr, nullptr};
-        image->set(pixels.width, pixels.height, 1, pixels.format, planes);
+    Image picture(0, 0, 1, IMAGE_FORMAT_TYPE_NONE, nullptr);
+    Target target = {&picture, nullptr};
+    const bool done = decompress(stream.get(), &target);
+    galloc_free(target.row);
+    if (!done) {
+        return false;
     }
-    galloc_free(pixels.bytes);
-    return done;
+    if (picture.getFormatType() == IMAGE_FORMAT_TYPE_NONE) {
+        // A format without planes leaves the image's depth type as it was.
+        image->set(picture.getWidth(), picture.getHeight(), 1, IMAGE_FORMAT_TYPE_NONE, nullptr);
+    } else {
+        image->swap(picture);
+    }
+    return true;
 }

@@ -13,7 +13,29 @@ Thread::Thread(auto_ptr<IRunnable>& runnable) : m_Runnable(runnable) {}
 Thread::~Thread() = default;
 
 status_t Thread::start() {
-    const int error = pthread_create(&m_Tid, nullptr, thread_proc, this);
+    return create(thread_proc);
+}
+
+status_t Thread::startCounted() {
+    if (m_Count == 0) {
+        return create(thread_proc);
+    }
+    incStrong();
+    const status_t error = create(counted_proc);
+    if (error != 0) {
+        decStrong();
+    }
+    return error;
+}
+
+void Thread::detach() {
+    if (m_IsJoinable.exchange(false, std::memory_order_relaxed)) {
+        pthread_detach(m_Tid);
+    }
+}
+
+status_t Thread::create(void* (*entry)(void*)) {
+    const int error = pthread_create(&m_Tid, nullptr, entry, this);
     if (error != 0) {
         KORVANE_LOGD("thread start fail.......");
         return error;
@@ -37,6 +59,12 @@ void* Thread::thread_proc(void* arg) {
     }
     self->m_IsStop.store(true, std::memory_order_relaxed);
     return nullptr;
+}
+
+void* Thread::counted_proc(void* arg) {
+    const auto_ptr<Thread> self(static_cast<Thread*>(arg));
+    self->decStrong();  // The one that startCounted() took for us: `self` counts from here.
+    return thread_proc(arg);
 }
 
 void Thread::run() {}

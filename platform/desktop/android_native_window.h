@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+// Made and owned by the caller, as is the window behind it.
 struct ANativeWindow {
     unsigned long x11Window = 0;  // the X11 window's id, which EGL draws to
     int32_t width = 0;            // last asked for; 0 keeps the window's own size

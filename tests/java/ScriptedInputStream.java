@@ -1,7 +1,10 @@
 import java.io.IOException;
 import java.io.InputStream;
 
-/** Delivers 0, 1, 2 ... in chunks of at most a given size, and throws from the call that it is told to. */
+/**
+ * Delivers 0, 1, 2 ... in chunks of at most a given size, throws from the call that it is told to, and may claim to
+ * have read more than it has.
+ */
 public class ScriptedInputStream extends InputStream {
     public final int length;
     public final int chunk;
@@ -10,6 +13,7 @@ public class ScriptedInputStream extends InputStream {
     public int throwAtCall = -1;
     public boolean throwAlways;
     public long longestSkip = Long.MAX_VALUE;
+    public int claimedExtra;
 
     public ScriptedInputStream(int length, int chunk) {
         this.length = length;
@@ -37,7 +41,7 @@ public class ScriptedInputStream extends InputStream {
         for (int i = 0; i < delivered; ++i) {
             bytes[offset + i] = (byte) position++;
         }
-        return delivered;
+        return delivered + claimedExtra;
     }
 
     @Override

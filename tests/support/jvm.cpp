@@ -131,6 +131,19 @@ jlong JvmTest::call_long(jobject object, const char* name, const char* signature
     return result;
 }
 
+jobject JvmTest::call_object(jobject object, const char* name, const char* signature, ...) {
+    const jmethodID id = method(object, name, signature);
+    if (id == nullptr) {
+        return nullptr;
+    }
+    va_list arguments;
+    va_start(arguments, signature);
+    const jobject result = env->CallObjectMethodV(object, id, arguments);
+    va_end(arguments);
+    expect_no_exception(name);
+    return result;
+}
+
 jobject JvmTest::call_static_object(const char* className, const char* name, const char* signature, ...) {
     const jclass type = env->FindClass(className);
     expect_no_exception(className);

@@ -27,6 +27,7 @@ class JvmTest : public testing::Test {
     void call_void(jobject object, const char* name, const char* signature, ...);
     jint call_int(jobject object, const char* name, const char* signature, ...);
     jlong call_long(jobject object, const char* name, const char* signature, ...);
+    jobject call_object(jobject object, const char* name, const char* signature, ...);
     jobject call_static_object(const char* className, const char* name, const char* signature, ...);
 
     jint int_field(jobject object, const char* name);

@@ -1,0 +1,87 @@
+// The native methods of com.tervo.media.effects.pano.PanoramaModule. The handle is the address of a PanoramaInterface.
+#include <jni.h>
+
+#include <new>
+
+#include "applications/pano/panorama_interface.h"
+#include "frameworks/utils/jni_byte_array.h"
+#include "platform/log.h"
+
+namespace {
+
+void PanoramaModuleOnErrorCallback(int /*error*/) {}
+
+PanoramaInterface* from_handle(jlong handle) {
+    return reinterpret_cast<PanoramaInterface*>(handle);
+}
+
+// A field that is not found is left alone.
+void set_int_field(JNIEnv* env, jobject object, jclass objectClass, const char* name, int value) {
+    const jfieldID field = env->GetFieldID(objectClass, name, "I");
+    if (field == nullptr) {
+        env->ExceptionClear();
+        return;
+    }
+    env->SetIntField(object, field, value);
+}
+
+void set_offsets(JNIEnv* env, jobject thiz, int offsetX, int offsetY) {
+    const jclass panoramaClass = env->FindClass("com/tervo/media/effects/pano/PanoramaModule");
+    if (panoramaClass == nullptr) {
+        env->ExceptionClear();
+        return;
+    }
+    set_int_field(env, thiz, panoramaClass, "mOffsetX", offsetX);
+    set_int_field(env, thiz, panoramaClass, "mOffsetY", offsetY);
+}
+
+}  // namespace
+
+extern "C" JNIEXPORT jlong JNICALL Java_com_tervo_media_effects_pano_PanoramaModule_nativeCreate(
+    JNIEnv* /*env*/, jobject /*thiz*/, jint width, jint height, jint format) {
+    auto* panorama = new (std::nothrow) PanoramaInterface;
+    KORVANE_LOGD("Java_com_tervo_media_effects_pano_PanoramaModule_nativeCreate width:%d, height:%d, format:%d\n",
+                 width, height, format);
+    if (panorama == nullptr) {
+        return 0;
+    }
+    if (panorama->startup(width, height, format, PanoramaModuleOnErrorCallback) != PANORAMA_RESULT_TYPE_NO_ERROR) {
+        panorama->close();
+        delete panorama;
+        return 0;
+    }
+    return reinterpret_cast<jlong>(panorama);
+}
+
+extern "C" JNIEXPORT jint JNICALL Java_com_tervo_media_effects_pano_PanoramaModule_nativeProcess(
+    JNIEnv* env, jobject thiz, jlong handle, jbyteArray data, jfloat gyroX, jfloat gyroY) {
+    const JniByteArray elements(env, data);
+    PanoramaInterface* panorama = from_handle(handle);
+    unsigned char* frame = elements.atLeast(panorama != nullptr ? panorama->frameBytes() : 0);
+    KORVANE_LOGD(
+        "Java_com_tervo_media_effects_pano_PanoramaModule_nativeProcess pano_handle:%p, data:%p, gyroX:%f, gyroY:%f\n",
+        static_cast<void*>(panorama), static_cast<void*>(frame), static_cast<double>(gyroX),
+        static_cast<double>(gyroY));
+    if (panorama == nullptr) {
+        return PANORAMA_RESULT_TYPE_NO_ERROR;
+    }
+    int offsetX = 0;
+    int offsetY = 0;
+    const result_t result = panorama->addFrame(frame, gyroX, gyroY, offsetX, offsetY);
+    if (result == PANORAMA_RESULT_TYPE_NO_ERROR) {
+        set_offsets(env, thiz, offsetX, offsetY);
+    }
+    return result;
+}
+
+extern "C" JNIEXPORT void JNICALL Java_com_tervo_media_effects_pano_PanoramaModule_nativeDestroy(JNIEnv* /*env*/,
+                                                                                                 jobject /*thiz*/,
+                                                                                                 jlong handle) {
+    PanoramaInterface* panorama = from_handle(handle);
+    KORVANE_LOGD("Java_com_tervo_media_effects_pano_PanoramaModule_nativeDestroy  pano_handle:%p\n",
+                 static_cast<void*>(panorama));
+    if (panorama != nullptr) {
+        panorama->close();
+        delete panorama;
+    }
+}

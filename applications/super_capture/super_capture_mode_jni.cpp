@@ -1,0 +1,34 @@
+// The native methods of com.tervo.media.supercapture.mode.SuperCaptureMode. The handle is the object's address.
+#include <jni.h>
+
+#include <new>
+
+#include "applications/super_capture/super_capture_mode.h"
+#include "frameworks/utils/jni_byte_array.h"
+#include "platform/log.h"
+
+extern "C" JNIEXPORT jlong JNICALL Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeCreate(
+    JNIEnv* /*env*/, jobject /*thiz*/, jint width, jint height, jint format) {
+    auto* mode = new (std::nothrow) SuperCaptureMode;
+    KORVANE_LOGD(
+        "Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeCreate  width:%d, height:%d, format:%d\n", width,
+        height, format);
+    if (mode != nullptr) {
+        mode->init(static_cast<uint32_t>(width), static_cast<uint32_t>(height), static_cast<uint32_t>(format));
+    }
+    return reinterpret_cast<jlong>(mode);
+}
+
+extern "C" JNIEXPORT void JNICALL Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeProcess(
+    JNIEnv* env, jobject thiz, jlong handle, jbyteArray data) {
+    const JniByteArray elements(env, data);
+    if (handle != 0) {
+        auto* mode = reinterpret_cast<SuperCaptureMode*>(handle);
+        mode->process(env, thiz, elements.atLeast(mode->frameBytes()));
+    }
+}
+
+extern "C" JNIEXPORT void JNICALL
+Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeDestroy(JNIEnv* /*env*/, jobject /*thiz*/, jlong handle) {
+    delete reinterpret_cast<SuperCaptureMode*>(handle);
+}

@@ -1,0 +1,153 @@
+#include "frameworks/gpu/gpu_pixel_buffer.h"
+
+#include "frameworks/core/memory.h"
+#include "frameworks/gpu/gpu_image_2d.h"
+#include "frameworks/gpu/gpu_image_3d.h"
+#include "frameworks/gpu/gpu_texture_layout.h"
+#include "frameworks/gpu/gpu_utils.h"
+
+namespace {
+
+// GL takes rows to begin at multiples of 4 bytes unless told otherwise; ours are packed. Where that makes a difference
+// the setting is changed for one upload and put back.
+class PackedRows {
+  public:
+    explicit PackedRows(size_t rowBytes) : m_Needed(rowBytes % 4 != 0) {
+        if (m_Needed) {
+            glGetIntegerv(GL_UNPACK_ALIGNMENT, &m_Found);
+            set(1);
+        }
+    }
+
+    ~PackedRows() {
+        if (m_Needed) {
+            set(m_Found);
+        }
+    }
+
+    PackedRows(const PackedRows&) = delete;
+    PackedRows& operator=(const PackedRows&) = delete;
+
+  private:
+    static void set(GLint alignment) {
+        glPixelStorei(GL_UNPACK_ALIGNMENT, alignment);
+        GPUUtils::checkGLError("glPixelStorei");
+    }
+
+    bool m_Needed;
+    GLint m_Found = 4;
+};
+
+void bind(GLenum target, GLuint buffer) {
+    glBindBuffer(target, buffer);
+    GPUUtils::checkGLError("glBindBuffer");
+}
+
+void renew_store(GLenum target, size_t bytes, GLenum usage) {
+    glBufferData(target, static_cast<GLsizeiptr>(bytes), nullptr, usage);
+    GPUUtils::checkGLError("glBufferData");
+}
+
+// Null when the driver refuses; copies and unmapping are harmless then, and the refusal is in the log.
+void* map(GLenum target, size_t bytes, GLbitfield access) {
+    void* mapping = glMapBufferRange(target, 0, static_cast<GLsizeiptr>(bytes), access);
+    GPUUtils::checkGLError("glMapBufferRange");
+    return mapping;
+}
+
+void unmap(GLenum target) {
+    glUnmapBuffer(target);
+    GPUUtils::checkGLError("glUnmapBuffer");
+}
+
+void fill_store(GLuint buffer, const void* pixels, size_t bytes) {
+    bind(GL_PIXEL_UNPACK_BUFFER, buffer);
+    renew_store(GL_PIXEL_UNPACK_BUFFER, bytes, GL_STREAM_DRAW);
+    galloc_memcpy(map(GL_PIXEL_UNPACK_BUFFER, bytes, GL_MAP_WRITE_BIT), pixels, bytes);
+    unmap(GL_PIXEL_UNPACK_BUFFER);
+}
+
+}  // namespace
+
+GPUPixelBuffer::GPUPixelBuffer(GPUContext* context) : m_GPUContext(context) {
+    glGenBuffers(1, &m_PixelBufferHandle);
+    GPUUtils::checkGLError("glGenBuffers");
+}
+
+GPUPixelBuffer::GPUPixelBuffer(auto_ptr<GPUContext>& context) : GPUPixelBuffer(context.get()) {}
+
+GPUPixelBuffer::~GPUPixelBuffer() {
+    release();
+}
+
+void GPUPixelBuffer::uploadImage(GPUImage2D* image, const void* pixels) {
+    if (image == nullptr) {
+        return;
+    }
+    const int32_t width = image->getWidth();
+    const int32_t height = image->getHeight();
+    const GLuint format = image->getTextureFormat();
+    fill_store(m_PixelBufferHandle, pixels, korvane::texture_bytes({width, height, image->getFormat()}));
+    {
+        const PackedRows rows(korvane::texture_bytes({width, image->getFormat()}));
+        glTexImage2D(image->getTextureTarget(), 0, static_cast<GLint>(format), width, height, 0, format,
+                     GL_UNSIGNED_BYTE, nullptr);
+        GPUUtils::checkGLError("glTexImage");
+    }
+    bind(GL_PIXEL_UNPACK_BUFFER, 0);
+}
+
+void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage2D>& image, const void* pixels) {
+    uploadImage(image.get(), pixels);
+}
+
+void GPUPixelBuffer::uploadImage(GPUImage3D* image, const void* pixels) {
+    if (image == nullptr) {
+        return;
+    }
+    const int32_t width = image->getWidth();
+    const int32_t height = image->getHeight();
+    const int32_t depth = image->getDepth();
+    const GLuint format = image->getTextureFormat();
+    fill_store(m_PixelBufferHandle, pixels, korvane::texture_bytes({width, height, depth, image->getFormat()}));
+    {
+        const PackedRows rows(korvane::texture_bytes({width, image->getFormat()}));
+        glTexImage3D(image->getTextureTarget(), 0, static_cast<GLint>(format), width, height, depth, 0, format,
+                     GL_UNSIGNED_BYTE, nullptr);
+        GPUUtils::checkGLError("glTexImage3D");
+    }
+    bind(GL_PIXEL_UNPACK_BUFFER, 0);
+}
+
+void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage3D>& image, const void* pixels) {
+    uploadImage(image.get(), pixels);
+}
+
+void GPUPixelBuffer::downloadImage(GPUImage2D* image, void* buffer) {
+    if (image == nullptr || buffer == nullptr) {
+        return;
+    }
+    const int32_t width = image->getWidth();
+    const int32_t height = image->getHeight();
+    const size_t bytes = korvane::texture_bytes({width, height, image->getFormat()});
+    bind(GL_PIXEL_PACK_BUFFER, m_PixelBufferHandle);
+    renew_store(GL_PIXEL_PACK_BUFFER, bytes, GL_STREAM_READ);
+    glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+    GPUUtils::checkGLError("glReadPixels");
+    galloc_memcpy(buffer, map(GL_PIXEL_PACK_BUFFER, bytes, GL_MAP_READ_BIT), bytes);
+    unmap(GL_PIXEL_PACK_BUFFER);
+    bind(GL_PIXEL_PACK_BUFFER, 0);
+}
+
+void GPUPixelBuffer::downloadImage(auto_ptr<GPUImage2D>& image, void* buffer) {
+    downloadImage(image.get(), buffer);
+}
+
+void GPUPixelBuffer::release() {
+    if (m_PixelBufferHandle == 0) {
+        return;
+    }
+    glDeleteBuffers(1, &m_PixelBufferHandle);
+    GPUUtils::checkGLError("glDeleteBuffers");
+    m_PixelBufferHandle = 0;
+}

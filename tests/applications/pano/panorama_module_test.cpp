@@ -1,0 +1,195 @@
+#include "applications/pano/panorama_module.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include "applications/pano/frame_convert.h"
+#include "tests/applications/pano/panorama_module_peer.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/random_bytes.h"
+
+namespace {
+
+using Frame = std::vector<unsigned char>;
+
+constexpr int kWidth = 6;
+constexpr int kHeight = 4;
+constexpr size_t kBytes = size_t{kWidth} * kHeight * 3 / 2;
+
+void ignore_error(int) {}
+
+// Without "get frame", the worker's line, which comes when it comes.
+std::vector<std::string> lines_of_caller(const LogCapture& log) {
+    std::vector<std::string> lines = log.lines();
+    std::erase(lines, "get frame .....................\n");
+    return lines;
+}
+
+std::string push_line(const unsigned char* buffer, float gyroX, float gyroY) {
+    char text[128];
+    std::snprintf(text, sizeof(text), "PanoramaModule::pushFrame pBuffer:%p, gyroX:%f, gyroY:%f\n",
+                  static_cast<const void*>(buffer), static_cast<double>(gyroX), static_cast<double>(gyroY));
+    return text;
+}
+
+constexpr char kNoError[] = "PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_NO_ERROR\n";
+constexpr char kOutOfMemory[] = "PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY   1\n";
+constexpr char kWrongDirection[] = "PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_WRONG_DIRECTION   \n";
+constexpr char kInvalidParameter[] = "PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_INVALID_PARAMETER\n";
+constexpr char kInvalidOperator[] = "PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_INVALID_OPERATOR   \n";
+
+TEST(PanoramaModule, StartupChecksItsArguments) {
+    struct Case {
+        int width, height, format, result;
+    };
+    for (const Case& c : {Case{0, 480, 1, 3}, Case{640, 0, 1, 3}, Case{-640, -480, 1, 3}, Case{640, 480, 0, 3},
+                          Case{640, 480, 4, 3}, Case{640, 480, 3, 0}, Case{1, 1, 2, 0}}) {
+        LogCapture log;
+        PanoramaModule module;
+        EXPECT_EQ(module.startup(c.width, c.height, c.format, ignore_error), c.result);
+        char expected[128];
+        std::snprintf(expected, sizeof(expected),
+                      "PanoramaModule::startup width:%d, height:%d, format:%d, onErrorCb:%p\n", c.width, c.height,
+                      c.format, reinterpret_cast<void*>(ignore_error));
+        EXPECT_EQ(lines_of_caller(log), std::vector<std::string>{expected});
+        if (c.result != 0) {
+            EXPECT_EQ(module.close(), 0);
+        }
+    }
+}
+
+TEST(PanoramaModule, OffsetsDirectionsAndResultsOfASweep) {
+    constexpr int kUnwritten = 12345;
+    constexpr int kLowest = std::numeric_limits<int>::min();
+    struct Step {
+        float gyroX, gyroY;
+        int result, offsetX, offsetY, direction;
+        const char* line;
+    };
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    const Step reference = {10.0F, 20.0F, 3, kUnwritten, kUnwritten, 0, kInvalidParameter};
+    const std::vector<std::vector<Step>> sweeps = {
+        {reference,
+         {10.4F, 17.5F, 0, 70, 0, 1, kNoError},
+         {10.0F, 20.0F, 0, 0, 0, 1, kNoError},
+         {10.0F, 23.5F, 2, -105, 0, 1, kWrongDirection},
+         {20.0F, 20.0F, 2, 0, -150, 1, kWrongDirection},
+         {10.0F, 11.0F, 0, 315, 0, 1, kNoError}},
+        {reference, {13.9F, 19.0F, 0, 35, -45, 1, kNoError}},
+        {reference, {14.0F, 19.0F, 0, 35, -60, 4, kNoError}, {13.9F, 19.0F, 2, 35, -45, 4, kWrongDirection}},
+        {reference, {7.0F, 20.5F, 0, 0, 45, 3, kNoError}},
+        {reference, {10.0F, 21.0F, 0, -35, 0, 2, kNoError}},
+        // An angle of 0 is no reference: the next frame becomes it.
+        {{10.0F, 0.0F, 3, kUnwritten, kUnwritten, 0, kInvalidParameter},
+         reference,
+         {9.0F, 20.0F, 0, 0, 15, 1, kNoError}},
+        // Angles out of any range: saturated, then wrapped in 32 bits by the factor.
+        {reference, {kInfinity, -kInfinity, 0, 2147483613, kLowest, 1, kNoError}},
+        {reference, {std::nanf(""), std::nanf(""), 0, 0, 0, 1, kNoError}},
+    };
+    for (size_t s = 0; s < sweeps.size(); ++s) {
+        PanoramaModule module;
+        Frame frame(kBytes, 1);
+        ASSERT_EQ(module.startup(kWidth, kHeight, 1, nullptr), 0);
+        for (size_t i = 0; i < sweeps[s].size(); ++i) {
+            SCOPED_TRACE(testing::Message() << "sweep " << s << ", frame " << i);
+            const Step& step = sweeps[s][i];
+            int offsetX = kUnwritten;
+            int offsetY = kUnwritten;
+            LogCapture log;
+            EXPECT_EQ(module.pushFrame(frame.data(), step.gyroX, step.gyroY, offsetX, offsetY), step.result);
+            EXPECT_EQ(offsetX, step.offsetX);
+            EXPECT_EQ(offsetY, step.offsetY);
+            EXPECT_EQ(module.getDirectionType(), step.direction);
+            EXPECT_EQ(lines_of_caller(log),
+                      (std::vector<std::string>{push_line(frame.data(), step.gyroX, step.gyroY), step.line}));
+        }
+    }
+}
+
+TEST(PanoramaModule, RefusesFramesWithoutASweepABufferOrMemory) {
+    Frame frame(kBytes, 1);
+    int x = 0;
+    int y = 0;
+    LogCapture log;
+    PanoramaModule module;
+    EXPECT_EQ(module.frameBytes(), 0U);
+    EXPECT_EQ(module.pushFrame(nullptr, 1, 1, x, y), 4);
+    EXPECT_EQ(module.popFrame(frame.data()), 0);
+    EXPECT_EQ(frame, Frame(kBytes, 1));
+    // Just more than a signed 32-bit size holds. Nothing is read of a frame that cannot be had.
+    ASSERT_EQ(module.startup(1 << 16, 21846, 3, nullptr), 0);
+    log.clear();
+    EXPECT_EQ(module.pushFrame(nullptr, 1, 1, x, y), 3);
+    EXPECT_EQ(module.pushFrame(frame.data(), 1, 1, x, y), 3);
+    EXPECT_EQ(module.pushFrame(frame.data(), 1, 1, x, y), 1);
+    EXPECT_EQ(log.lines(),
+              (std::vector<std::string>{push_line(nullptr, 1, 1), kInvalidParameter, push_line(frame.data(), 1, 1),
+                                        kInvalidParameter, push_line(frame.data(), 1, 1), kOutOfMemory}));
+}
+
+TEST(PanoramaModule, WorkerKeepsTheLatestFrameAsYv12) {
+    const Frame first = random_bytes(kBytes, 1);
+    Frame last = random_bytes(kBytes, 2);
+    for (const int format : {1, 2, 3}) {
+        LogCapture log;
+        PanoramaModule module;
+        int x = 0;
+        int y = 0;
+        const auto push = [&](Frame frame) { return module.pushFrame(frame.data(), 10, 20, x, y); };
+        ASSERT_EQ(module.startup(kWidth, kHeight, format, nullptr), 0);
+        EXPECT_EQ(push(first), 3);
+        EXPECT_EQ(push(first), 0);
+        // The first frame has been taken, so the queue is empty again when the last one comes.
+        while (!std::ranges::count(log.lines(), "get frame .....................\n")) {
+            std::this_thread::yield();
+        }
+        PanoramaModulePeer::closeWithAFrameQueued(
+            module, [&] { EXPECT_EQ(push(last), 0); }, [&] { EXPECT_EQ(module.close(), 0); });
+        const PanoramaFrame* output = PanoramaModulePeer::outputFrame(module);
+        ASSERT_NE(output, nullptr);
+        Frame expected = last;
+        if (format != PANORAMA_FRAME_FORMAT_YV12) {
+            (format == 1 ? convert_nv12_to_yv12 : convert_nv21_to_yv12)(last.data(), expected.data(), kWidth, kHeight);
+        }
+        EXPECT_EQ(Frame(output->getBuffer(), output->getBuffer() + kBytes), expected);
+        EXPECT_EQ(output->getFormat(), PANORAMA_FRAME_FORMAT_YV12);
+        EXPECT_EQ(output->getWidth(), kWidth);
+        EXPECT_EQ(output->getHeight(), kHeight);
+        EXPECT_EQ(output->getID(), 0);
+        log.clear();
+        EXPECT_EQ(push(last), 4);
+        EXPECT_EQ(log.lines().back(), kInvalidOperator);
+        // A second sweep keeps the reference: its first frame is taken.
+        ASSERT_EQ(module.startup(kWidth, kHeight, format, nullptr), 0);
+        EXPECT_EQ(module.getDirectionType(), PANORAMA_DIRECTION_TYPE_NONE);
+        EXPECT_EQ(push(last), 0);
+    }
+}
+
+TEST(PanoramaModule, GoesAtEveryStageAndTakesLongSweeps) {
+    Frame frame(kBytes, 1);
+    for (const int pushes : {0, 1, 2, 200}) {
+        for (int i = 0; i < 10; ++i) {
+            PanoramaModule module;
+            int x = 0;
+            int y = 0;
+            module.startup(kWidth, kHeight, 1, nullptr);
+            for (int n = 0; n < pushes; ++n) {
+                ASSERT_EQ(module.pushFrame(frame.data(), 10, 20, x, y), n == 0 ? 3 : 0);
+            }
+            if (i % 2 == 0) {
+                module.startup(kWidth, kHeight, 2, nullptr);
+            }
+        }
+    }
+}
+
+}  // namespace

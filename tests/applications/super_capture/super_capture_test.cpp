@@ -1,0 +1,328 @@
+#include "applications/super_capture/super_capture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <thread>
+#include <vector>
+
+#include "applications/super_capture/super_capture_module.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/random_bytes.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using Frame = std::vector<unsigned char>;
+
+constexpr uint32_t kWidth = 7;
+constexpr uint32_t kHeight = 5;
+constexpr size_t kBytes = size_t{kWidth} * kHeight * 2;
+
+// Random chroma, luma as given but for `extra`, which is added to the first luma byte.
+Frame frame_with_luma(int luma, uint32_t seed, int extra = 0) {
+    Frame frame = random_bytes(kBytes, seed);
+    for (size_t i = 0; i < kBytes; i += 2) {
+        frame[i] = static_cast<unsigned char>(luma);
+    }
+    frame[0] = static_cast<unsigned char>(luma + extra);
+    return frame;
+}
+
+class Planes {
+  public:
+    explicit Planes(Frame& frame) : m_Planes{frame.data(), nullptr, nullptr, nullptr} {}
+    operator unsigned char**() { return m_Planes; }
+
+  private:
+    unsigned char* m_Planes[kFramePlanes];
+};
+
+size_t count_of(const LogCapture& log, const std::string& text) {
+    const std::vector<std::string> lines = log.lines();
+    return static_cast<size_t>(
+        std::count_if(lines.begin(), lines.end(), [&](const std::string& line) { return line.find(text) == 0; }));
+}
+
+void wait_for(const LogCapture& log, const std::string& text, size_t count) {
+    while (count_of(log, text) < count) {
+        std::this_thread::yield();
+    }
+}
+
+// The worker's lines or the caller's: each side's order is fixed, the two interleave as they like.
+std::vector<std::string> lines_of(const LogCapture& log, bool ofWorker) {
+    std::vector<std::string> lines = log.lines();
+    std::erase_if(lines, [&](const std::string& line) {
+        const bool isWorkers = line.find("SuperCapture::run") == 0 || line.find("Scheme") != std::string::npos;
+        return isWorkers != ofWorker;
+    });
+    return lines;
+}
+
+std::string pointers(unsigned char* plane0, const char* format) {
+    char text[256];
+    void* const none = nullptr;
+    std::snprintf(text, sizeof(text), format, static_cast<void*>(plane0), none, none, none);
+    return text;
+}
+
+TEST(SuperCapture, MergesEveryFrameOnceByTheFirstFramesLight) {
+    struct Case {
+        int firstLuma;
+        int extra;
+        int meanInLog;
+        bool isLowLight;
+        size_t frames;
+    };
+    // 34 more in one of 35 pixels does not lift the truncated mean, 35 more do.
+    for (const Case& c : {Case{24, 0, 24, true, 5}, Case{24, 34, 24, true, 3}, Case{24, 35, 25, false, 3},
+                          Case{25, 0, 25, false, 1}, Case{0, 0, 0, true, 2}, Case{200, 0, 200, false, 6}}) {
+        SCOPED_TRACE(testing::Message() << c.firstLuma << " + " << c.extra << ", frames " << c.frames);
+        LogCapture log;
+        std::vector<int> model(kBytes, 0);
+        const intptr_t handle = super_capture_module_init(kWidth, kHeight, 1);
+        ASSERT_NE(handle, 0);
+        for (uint32_t i = 0; i < c.frames; ++i) {
+            Frame frame = i == 0 ? frame_with_luma(c.firstLuma, 1, c.extra) : random_bytes(kBytes, 10 + i);
+            for (size_t b = 0; b < kBytes; ++b) {
+                model[b] = c.isLowLight ? std::max<int>(model[b], frame[b]) : model[b] + frame[b];
+            }
+            ASSERT_EQ(super_capture_module_push_frame(handle, Planes(frame)), 0);
+            wait_for(log, "SuperCapture::run   getFrame\n", i + 1);
+        }
+        Frame result(kBytes + 1, 0xA5);
+        EXPECT_EQ(super_capture_module_pop_frame(handle, Planes(result)), 0);
+        for (size_t b = 0; b < kBytes; ++b) {
+            ASSERT_EQ(result[b], c.isLowLight ? model[b] : model[b] / static_cast<int>(c.frames)) << "byte " << b;
+        }
+        EXPECT_EQ(result.back(), 0xA5);
+        Frame again(kBytes, 0);
+        EXPECT_EQ(super_capture_module_pop_frame(handle, Planes(again)), 0);
+        EXPECT_TRUE(std::equal(again.begin(), again.end(), result.begin()));
+        super_capture_module_destroy(handle);
+
+        const std::string scheme = c.isLowLight ? "SuperCaptureLowLightScheme" : "SuperCaptureHighLightScheme";
+        const std::string dots = "::process ............................";
+        std::vector<std::string> worker = {"SuperCapture::run  startup...............................\n"};
+        for (size_t i = 0; i < c.frames; ++i) {
+            worker.push_back("SuperCapture::run   getFrame\n");
+            if (i == 0) {
+                worker.push_back("SuperCapture::run lum:" + std::to_string(c.meanInLog) + " select scheme");
+            }
+            worker.push_back(scheme + dots + (c.isLowLight ? "" : " ") + "m_Count:" + std::to_string(i) + "\n");
+        }
+        worker.push_back("Scheme return result\n");
+        worker.push_back(scheme + "::getResult ............................ m_Count:" + std::to_string(c.frames) +
+                         "\n");
+        EXPECT_EQ(lines_of(log, true), worker);
+    }
+}
+
+TEST(SuperCapture, CallersLinesByteForByte) {
+    LogCapture log;
+    Frame frame = frame_with_luma(90, 1);
+    const intptr_t handle = super_capture_module_init(kWidth, kHeight, 1);
+    super_capture_module_push_frame(handle, Planes(frame));
+    super_capture_module_pop_frame(handle, Planes(frame));
+    super_capture_module_destroy(handle);
+    const std::string id = "handle:" + std::to_string(handle);
+    const std::string planes = "planes[0]:%p, planes[1]:%p, planes[2]:%p, planes[3]:%p";
+    EXPECT_THAT(
+        lines_of(log, false),
+        ElementsAre(
+            "super_capture_module_init   width:7, height:5, format:1\n",
+            "SuperSensor::init ..............................................\n",
+            pointers(frame.data(), ("super_capture_module_push_frame   " + id + ", " + planes + "\n").c_str()),
+            pointers(
+                frame.data(),
+                ("SuperSensor::pushFrame .............................................." + planes + " \n").c_str()),
+            "SuperCapture::pushFrame success\n",
+            pointers(frame.data(), ("super_capture_module_pop_frame   " + id + ", " + planes + "\n").c_str()),
+            "SuperCapture::popFrame .....................0", "SuperCapture::popFrame ..................... 1",
+            "SuperCapture::popFrame ..................... 2", "SuperCapture::popFrame ..................... 3",
+            "SuperCapture::popFrame ..................... 4", "super_capture_module_destroy   " + id + "\n",
+            "SuperCapture::final .....................  1", "SuperCapture::final .....................  2",
+            "SuperCapture::final .....................  3", "SuperCapture::final .....................  4",
+            "super_capture_module_destroy   " + id + "   2\n"));
+    log.clear();
+    super_capture_module_destroy(0);
+    EXPECT_THAT(log.lines(), ElementsAre("super_capture_module_destroy   handle:0\n",
+                                         "super_capture_module_destroy   handle:0   2\n"));
+}
+
+TEST(SuperCapture, BadArgumentsAreRefused) {
+    struct Size {
+        uint32_t width, height, format;
+    };
+    for (const Size& s : {Size{0, 480, 1}, Size{640, 0, 1}, Size{640, 480, 0}, Size{640, 480, 2}}) {
+        EXPECT_EQ(super_capture_module_init(s.width, s.height, s.format), 0);
+    }
+    Frame frame = frame_with_luma(50, 1);
+    unsigned char* none[kFramePlanes] = {};
+    unsigned char* second[kFramePlanes] = {nullptr, frame.data(), nullptr, nullptr};
+    const intptr_t handle = super_capture_module_init(kWidth, kHeight, 1);
+    EXPECT_EQ(super_capture_module_push_frame(0, Planes(frame)), -1);
+    EXPECT_EQ(super_capture_module_pop_frame(0, Planes(frame)), -1);
+    for (unsigned char** planes : {none, static_cast<unsigned char**>(nullptr)}) {
+        EXPECT_EQ(super_capture_module_push_frame(handle, planes), -1);
+        EXPECT_EQ(super_capture_module_pop_frame(handle, planes), -1);
+    }
+    EXPECT_EQ(super_capture_module_push_frame(handle, second), -3);
+    EXPECT_EQ(super_capture_module_pop_frame(handle, second), 0);
+    super_capture_module_destroy(handle);
+
+    // A frame whose bytes nobody can count or have.
+    const intptr_t huge = super_capture_module_init(0xFFFFFFFFU, 0xFFFFFFFFU, 1);
+    EXPECT_EQ(super_capture_module_push_frame(huge, Planes(frame)), -3);
+    super_capture_module_destroy(huge);
+    SuperCapture unused;
+    EXPECT_EQ(unused.pushFrame(Planes(frame)), -3);
+    EXPECT_EQ(unused.popFrame(Planes(frame)), 0);
+}
+
+TEST(SuperCapture, PopWithoutAnyFrameNeverHangs) {
+    const Frame untouched(kBytes, 0xA5);
+    for (int i = 0; i < 1'000; ++i) {
+        Frame buffer = untouched;
+        const intptr_t handle = super_capture_module_init(kWidth, kHeight, 1);
+        ASSERT_EQ(super_capture_module_pop_frame(handle, Planes(buffer)), 0);
+        ASSERT_EQ(super_capture_module_pop_frame(handle, Planes(buffer)), 0);
+        ASSERT_EQ(buffer, untouched);
+        super_capture_module_destroy(handle);
+    }
+}
+
+TEST(SuperCapture, MergesWhileABurstIsPushed) {
+    LogCapture log;
+    const intptr_t handle = super_capture_module_init(kWidth, kHeight, 1);
+    Frame brightest = frame_with_luma(0, 1);
+    std::fill(brightest.begin(), brightest.end(), 20);
+    for (int i = 0; i < 200; ++i) {
+        ASSERT_EQ(super_capture_module_push_frame(handle, Planes(brightest)), 0);
+    }
+    wait_for(log, "SuperCapture::run   getFrame\n", 1);
+    Frame result(kBytes);
+    EXPECT_EQ(super_capture_module_pop_frame(handle, Planes(result)), 0);
+    EXPECT_EQ(result, brightest);
+    // Nobody is there to merge it.
+    EXPECT_EQ(super_capture_module_push_frame(handle, Planes(brightest)), 0);
+    super_capture_module_destroy(handle);
+    EXPECT_LE(count_of(log, "SuperCaptureLowLightScheme::process"), 200U);
+}
+
+TEST(SuperCapture, GoesAtEveryStage) {
+    Frame frame = frame_with_luma(90, 1);
+    const int rounds = 30;
+    for (int i = 0; i < rounds; ++i) {
+        for (const int pushes : {0, 1, 5}) {
+            for (const bool pop : {false, true}) {
+                const intptr_t handle = super_capture_module_init(kWidth, kHeight, 1);
+                for (int n = 0; n < pushes; ++n) {
+                    super_capture_module_push_frame(handle, Planes(frame));
+                }
+                if (pop) {
+                    super_capture_module_pop_frame(handle, Planes(frame));
+                }
+                super_capture_module_destroy(handle);
+            }
+        }
+        // An engine of one's own: left without final(), begun again after it, begun twice.
+        SuperCapture engine;
+        engine.init(kWidth, kHeight, 1);
+        engine.pushFrame(Planes(frame));
+        if (i % 2 == 0) {
+            engine.final();
+            EXPECT_EQ(engine.popFrame(Planes(frame)), 0);
+        }
+        engine.init(kWidth, 1, 1);
+        engine.pushFrame(Planes(frame));
+        if (i % 3 == 0) {
+            EXPECT_EQ(engine.popFrame(Planes(frame)), 0);
+        }
+    }
+}
+
+// Holds the worker back until all frames of a test are queued.
+class HeldBackCapture : public SuperCapture {
+  public:
+    void run() override {
+        while (!isReleased) {
+            std::this_thread::yield();
+        }
+        SuperCapture::run();
+    }
+    std::atomic<bool> isReleased{false};
+};
+
+TEST(SuperCapture, ServesTheNewestFrameFirst) {
+    LogCapture log;
+    HeldBackCapture engine;
+    engine.init(kWidth, kHeight, 1);
+    for (const int luma : {1, 2, 150}) {
+        Frame frame = frame_with_luma(luma, 3);
+        engine.pushFrame(Planes(frame));
+    }
+    engine.isReleased = true;
+    wait_for(log, "SuperCapture::run   getFrame\n", 3);
+    Frame result(kBytes);
+    engine.popFrame(Planes(result));
+    EXPECT_EQ(count_of(log, "SuperCapture::run lum:150 select scheme"), 1U);
+    EXPECT_EQ(result, frame_with_luma((1 + 2 + 150) / 3, 3));
+    engine.final();
+}
+
+TEST(SuperCapture, VeryBrightLargeFramesCountAsLowLight) {
+    LogCapture log;
+    constexpr uint32_t kLargeWidth = 4000;
+    constexpr uint32_t kLargeHeight = 3000;
+    Frame bright(size_t{kLargeWidth} * kLargeHeight * 2, 255);
+    const intptr_t handle = super_capture_module_init(kLargeWidth, kLargeHeight, 1);
+    ASSERT_EQ(super_capture_module_push_frame(handle, Planes(bright)), 0);
+    wait_for(log, "SuperCapture::run   getFrame\n", 1);
+    Frame result(bright.size());
+    EXPECT_EQ(super_capture_module_pop_frame(handle, Planes(result)), 0);
+    super_capture_module_destroy(handle);
+    EXPECT_TRUE(result == bright);
+    EXPECT_EQ(count_of(log, "SuperCapture::run lum:-102 select scheme"), 1U);
+    EXPECT_EQ(count_of(log, "SuperCaptureLowLightScheme::process"), 1U);
+}
+
+TEST(SuperCaptureScheme, RefusesWhatDoesNotFit) {
+    Frame pixels = frame_with_luma(7, 1);
+    const Frame before = pixels;
+    auto_ptr<SuperCaptureFrame> none;
+    auto_ptr<SuperCaptureFrame> frame(SuperCaptureFrame::createFrame(1, kWidth, kHeight, 1, Planes(pixels)));
+    SuperCaptureLowLightScheme low;
+    SuperCaptureHighLightScheme high;
+    for (SuperCaptureScheme* scheme :
+         {static_cast<SuperCaptureScheme*>(&low), static_cast<SuperCaptureScheme*>(&high)}) {
+        LogCapture log;
+        scheme->process(frame);
+        scheme->init(kWidth, 0, 1);
+        scheme->getResult(frame);
+        scheme->init(kWidth, kHeight + 1, 1);
+        scheme->process(frame);
+        scheme->process(none);
+        scheme->getResult(none);
+        EXPECT_THAT(log.lines(), ElementsAre());
+        scheme->init(kWidth, kHeight, 1);
+        scheme->process(frame);
+        scheme->getResult(frame);
+        EXPECT_TRUE(std::equal(before.begin(), before.end(), frame->getPlanes()[0]));
+        scheme->release();
+        scheme->getResult(frame);
+        EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("m_Count:0\n"), HasSubstr("m_Count:1\n")));
+    }
+    // No frame merged: the mean of nothing is black.
+    high.init(kWidth, kHeight, 1);
+    high.getResult(frame);
+    EXPECT_EQ(std::count(frame->getPlanes()[0], frame->getPlanes()[0] + kBytes, 0), static_cast<long>(kBytes));
+    EXPECT_EQ(SuperCaptureFrame::createFrame(1, kWidth, kHeight, 2, Planes(pixels)), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,449 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <random>
+#include <string>
+
+#include "frameworks/images/image_decoder_factory.h"
+#include "frameworks/images/image_encoder_factory.h"
+#include "frameworks/images/jpeg_decoder.h"
+#include "frameworks/images/jpeg_encoder.h"
+#include "frameworks/io/file_stream.h"
+#include "frameworks/io/memory_stream.h"
+#include "tests/frameworks/images/jpeg_reference.h"
+#include "tests/support/log_capture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+// A memory stream that rewinds, and whose writes fail once `capacity` bytes are in.
+class TestStream : public Stream {
+  public:
+    explicit TestStream(Bytes bytes = {}, size_t capacity = SIZE_MAX)
+        : m_Bytes(std::move(bytes)), m_Capacity(capacity) {}
+
+    size_t read(void* buffer, size_t count) override {
+        count = std::min(count, m_Bytes.size() - m_Position);
+        if (buffer != nullptr && count > 0) {
+            memcpy(buffer, m_Bytes.data() + m_Position, count);
+        }
+        m_Position += count;
+        return count;
+    }
+    size_t write(void* buffer, size_t count) override {
+        if (m_Bytes.size() >= m_Capacity) {
+            return 0;
+        }
+        const auto* bytes = static_cast<unsigned char*>(buffer);
+        m_Bytes.insert(m_Bytes.end(), bytes, bytes + count);
+        return count;
+    }
+    int64_t seek(int64_t /*offset*/, SeekOrign /*origin*/) override { return -1; }
+    bool rewind() override {
+        m_Position = 0;
+        return true;
+    }
+    size_t getLength() override { return m_Bytes.size(); }
+    void flush() override { ++m_Flushes; }
+    void close() override {}
+
+    const Bytes& bytes() const { return m_Bytes; }
+    int flushes() const { return m_Flushes; }
+
+  private:
+    Bytes m_Bytes;
+    size_t m_Capacity;
+    size_t m_Position = 0;
+    int m_Flushes = 0;
+};
+
+// Gradients with a texture and a bright corner; no turn or mirror image of it is like it.
+Bytes picture(unsigned width, unsigned height, unsigned components) {
+    Bytes pixels;
+    for (unsigned y = 0; y < height; ++y) {
+        for (unsigned x = 0; x < width; ++x) {
+            const bool corner = x * 4 < width && y * 3 < height;
+            const unsigned texture = (x * 7 + y * 13) % 23;
+            const unsigned values[] = {x * 180 / width + texture, (corner ? 200 : y * 150 / height + 20) + texture,
+                                       (x + y) * 100 / (width + height) + texture, 255};
+            for (unsigned c = 0; c < components; ++c) {
+                pixels.push_back(static_cast<unsigned char>(values[c]));
+            }
+        }
+    }
+    return pixels;
+}
+
+double psnr(const unsigned char* a, const unsigned char* b, size_t count) {
+    double sum = 0;
+    for (size_t i = 0; i < count; ++i) {
+        sum += (a[i] - b[i]) * (a[i] - b[i]);
+    }
+    return 10 * std::log10(255.0 * 255.0 * static_cast<double>(count) / std::max(sum, 1e-9));
+}
+
+auto_ptr<Image> make_image(const Bytes& pixels, unsigned width, unsigned height, ImageFormatType format) {
+    unsigned char* planes[4] = {const_cast<unsigned char*>(pixels.data())};
+    return auto_ptr<Image>(new Image(width, height, 1, format, planes));
+}
+
+// An image that a failed decode must leave as it is.
+auto_ptr<Image> witness() {
+    return make_image({1, 2, 3, 4, 5, 6}, 2, 3, IMAGE_FORMAT_TYPE_GRAY);
+}
+
+bool is_witness(Image* image) {
+    constexpr unsigned char kBytes[] = {1, 2, 3, 4, 5, 6};
+    return image->getWidth() == 2 && image->getHeight() == 3 && image->getFormatType() == IMAGE_FORMAT_TYPE_GRAY &&
+           image->getPlanes()[0] != nullptr && memcmp(image->getPlanes()[0], kBytes, sizeof(kBytes)) == 0;
+}
+
+bool decode(const Bytes& file, auto_ptr<Image>& image) {
+    auto_ptr<Stream> stream(new TestStream(file));
+    auto_ptr<ImageDecoder> decoder(new JpegDecoder);
+    return decoder->decode(stream, image);
+}
+
+Bytes pixels_of(Image* image) {
+    const unsigned char* first = image->getPlanes()[0];
+    const size_t count =
+        static_cast<size_t>(image->getWidth()) * image->getHeight() * static_cast<size_t>(image->getDepthType());
+    return first == nullptr ? Bytes() : Bytes(first, first + count);
+}
+
+// Encodes to a file on disk and gives back its bytes.
+Bytes encode_to_disk(const char* path, auto_ptr<Image>& image, int quality) {
+    auto_ptr<ImageEncoderFactory> factory(new ImageEncoderFactory);
+    auto_ptr<ImageEncoder> encoder(factory->createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG));
+    {
+        auto_ptr<Stream> out(new FileStream(path, FileStream::FILE_MODE_ONLY_WRITE));
+        EXPECT_TRUE(encoder->encode(out, image, quality));
+    }
+    FileStream in(path, FileStream::FILE_MODE_ONLY_READ);
+    Bytes file(in.getLength());
+    EXPECT_EQ(in.read(file.data(), file.size()), file.size());
+    return file;
+}
+
+struct NamedFormat {
+    ImageFormatType format;
+    unsigned components;
+};
+
+TEST(JpegCodec, RoundTripsOnDiskEqualAPlainLibjpegLoop) {
+    const std::string path = testing::TempDir() + "korvane_codec_test.jpg";
+    const NamedFormat formats[] = {{IMAGE_FORMAT_TYPE_GRAY, 1},
+                                   {IMAGE_FORMAT_TYPE_RGB, 3},
+                                   {IMAGE_FORMAT_TYPE_RGBA, 4},
+                                   {IMAGE_FORMAT_TYPE_YUV, 3}};
+    for (const NamedFormat& format : formats) {
+        for (const auto& [width, height] : {std::pair(1u, 1u), {7u, 5u}, {67u, 33u}, {331u, 200u}}) {
+            const Bytes source = picture(width, height, format.components);
+            auto_ptr<Image> image = make_image(source, width, height, format.format);
+            Bytes threeBytes;
+            for (size_t i = 0; i < source.size(); i += format.components) {
+                for (size_t c = 0; c < 3; ++c) {
+                    threeBytes.push_back(source[format.components == 1 ? i : i + c]);
+                }
+            }
+            const Bytes file = encode_to_disk(path.c_str(), image, 90);
+            EXPECT_EQ(file, reference_encode(threeBytes, width, height, {}));
+
+            auto_ptr<Stream> in(new FileStream(path.c_str(), FileStream::FILE_MODE_ONLY_READ));
+            auto_ptr<ImageDecoderFactory> factory(new ImageDecoderFactory);
+            ImageDecoder* decoder = factory->createImageDecoder(in);
+            ASSERT_NE(decoder, nullptr);
+            auto_ptr<Image> decoded = witness();
+            ASSERT_TRUE(decoder->decode(in, decoded));
+            EXPECT_EQ(decoded->getWidth(), width);
+            EXPECT_EQ(decoded->getHeight(), height);
+            EXPECT_EQ(decoded->getDepth(), 1u);
+            EXPECT_EQ(decoded->getFormatType(), IMAGE_FORMAT_TYPE_RGB);
+            EXPECT_EQ(pixels_of(decoded.get()), reference_decode(file));
+        }
+    }
+    remove(path.c_str());
+}
+
+// Each pair of bounds is close to what the quality gives, and a picture that is one pixel off falls below them.
+TEST(JpegCodec, QualityIsPassedThrough) {
+    constexpr unsigned kWidth = 331, kHeight = 200;
+    const Bytes source = picture(kWidth, kHeight, 3);
+    auto_ptr<Image> image = make_image(source, kWidth, kHeight, IMAGE_FORMAT_TYPE_RGB);
+    auto_ptr<ImageEncoder> encoder(new JpegEncoder);
+    struct {
+        int quality;
+        double least, most;
+    } const rows[] = {{-5, 22.9, 23.8}, {1, 22.9, 23.8}, {50, 30, 32}, {90, 35, 37}, {100, 41, 42.5}, {500, 41, 42.5}};
+    for (const auto& row : rows) {
+        auto* file = new TestStream;
+        auto_ptr<Stream> stream(file);
+        ASSERT_TRUE(encoder->encode(stream, image, row.quality));
+        EXPECT_EQ(file->flushes(), 1);
+        auto_ptr<Image> decoded = witness();
+        ASSERT_TRUE(decode(file->bytes(), decoded));
+        const unsigned char* pixels = decoded->getPlanes()[0];
+        const double quality = psnr(pixels, source.data(), source.size());
+        EXPECT_GT(quality, row.least) << row.quality;
+        EXPECT_LT(quality, row.most) << row.quality;
+        EXPECT_LT(psnr(pixels, source.data() + 3, source.size() - 3), row.least) << row.quality;
+    }
+}
+
+struct Variant {
+    const char* name;
+    ReferenceSettings settings;
+    ImageFormatType format;
+};
+
+const Variant kVariants[] = {
+    {"baseline", {}, IMAGE_FORMAT_TYPE_RGB},
+    {"grayscale", {.components = 1}, IMAGE_FORMAT_TYPE_GRAY},
+    {"CMYK", {.components = 4}, IMAGE_FORMAT_TYPE_NONE},
+    {"progressive", {.progressive = true}, IMAGE_FORMAT_TYPE_RGB},
+    {"arithmetic", {.arithmetic = true}, IMAGE_FORMAT_TYPE_RGB},
+    {"progressive arithmetic", {.progressive = true, .arithmetic = true}, IMAGE_FORMAT_TYPE_RGB},
+    {"not interleaved", {.oneScanPerComponent = true}, IMAGE_FORMAT_TYPE_RGB},
+    {"restart markers", {.restartRows = 1}, IMAGE_FORMAT_TYPE_RGB},
+    {"long comment", {.commentBytes = 60'000}, IMAGE_FORMAT_TYPE_RGB},
+};
+
+Bytes variant_file(const Variant& variant) {
+    constexpr unsigned kWidth = 83, kHeight = 57;
+    return reference_encode(picture(kWidth, kHeight, static_cast<unsigned>(variant.settings.components)), kWidth,
+                            kHeight, variant.settings);
+}
+
+TEST(JpegDecoder, ReadsEveryKindOfFileAsLibjpegDoes) {
+    for (const Variant& variant : kVariants) {
+        const Bytes file = variant_file(variant);
+        auto_ptr<Image> image = witness();
+        ASSERT_TRUE(decode(file, image)) << variant.name;
+        EXPECT_EQ(image->getWidth(), 83u);
+        EXPECT_EQ(image->getHeight(), 57u);
+        EXPECT_EQ(image->getFormatType(), variant.format) << variant.name;
+        EXPECT_EQ(pixels_of(image.get()), variant.format == IMAGE_FORMAT_TYPE_NONE ? Bytes() : reference_decode(file))
+            << variant.name;
+    }
+}
+
+TEST(JpegDecoder, TruncatedFilesFailAndLeaveTheImage) {
+    for (const Variant& variant : kVariants) {
+        const Bytes file = variant_file(variant);
+        for (size_t part = 0; part < 20; ++part) {
+            auto_ptr<Image> image = witness();
+            const Bytes cut(file.begin(), file.begin() + static_cast<ptrdiff_t>(file.size() * part / 20));
+            EXPECT_FALSE(decode(cut, image)) << variant.name << " " << part;
+            EXPECT_TRUE(is_witness(image.get())) << variant.name << " " << part;
+        }
+    }
+}
+
+TEST(JpegDecoder, FlippedBitsGiveAPictureOrLeaveTheImage) {
+    std::mt19937 random(20);
+    for (const Variant& variant : kVariants) {
+        const Bytes file = variant_file(variant);
+        int decoded = 0;
+        int refused = 0;
+        for (int round = 0; round < 400; ++round) {
+            Bytes damaged = file;
+            for (auto flips = 1 + random() % 6; flips > 0; --flips) {
+                // Every other round aims at the headers, where a bit does the most harm.
+                const size_t reach = round % 2 == 0 ? damaged.size() : std::min<size_t>(damaged.size(), 700);
+                damaged[random() % reach] ^= static_cast<unsigned char>(1u << random() % 8);
+            }
+            auto_ptr<Image> image = witness();
+            if (decode(damaged, image)) {
+                ++decoded;
+                EXPECT_EQ(image->getFormatType() == IMAGE_FORMAT_TYPE_NONE, image->getPlanes()[0] == nullptr);
+            } else {
+                ++refused;
+                EXPECT_TRUE(is_witness(image.get())) << variant.name << " " << round;
+            }
+        }
+        EXPECT_GT(decoded, 0) << variant.name;
+        EXPECT_GT(refused, 0) << variant.name;
+    }
+}
+
+// The four size bytes behind the start-of-frame marker's length and precision: height, then width.
+Bytes with_size(Bytes file, unsigned width, unsigned height) {
+    for (size_t i = 2; i + 9 < file.size(); ++i) {
+        if (file[i] == 0xFF && file[i + 1] >= 0xC0 && file[i + 1] <= 0xCF && file[i + 1] != 0xC4 &&
+            file[i + 1] != 0xCC) {
+            file[i + 5] = static_cast<unsigned char>(height >> 8);
+            file[i + 6] = static_cast<unsigned char>(height);
+            file[i + 7] = static_cast<unsigned char>(width >> 8);
+            file[i + 8] = static_cast<unsigned char>(width);
+            break;
+        }
+    }
+    return file;
+}
+
+// A file whose last scan is there `times` times.
+Bytes with_repeated_scan(const Bytes& file, int times) {
+    const unsigned char marker[] = {0xFF, 0xDA};
+    const auto scan = std::find_end(file.begin(), file.end(), std::begin(marker), std::end(marker));
+    Bytes repeated(file.begin(), scan);
+    for (int i = 0; i < times; ++i) {
+        repeated.insert(repeated.end(), scan, file.end() - 2);
+    }
+    repeated.insert(repeated.end(), file.end() - 2, file.end());
+    return repeated;
+}
+
+TEST(JpegDecoder, RefusesWhatIsNoWholePicture) {
+    const Bytes baseline = variant_file(kVariants[0]);
+    const Bytes progressive = variant_file(kVariants[3]);
+    Bytes noEndMarker(baseline.begin(), baseline.end() - 2);
+    struct {
+        const char* name;
+        Bytes file;
+        bool decodes;
+        const char* log;
+    } const rows[] = {
+        {"empty", {}, false, nullptr},
+        {"start marker only", {0xFF, 0xD8, 0xFF}, false, nullptr},
+        {"text", {'k', 'o', 'r', 'v', 'a', 'n', 'e'}, false, "jpeg_utils_error_exit,msgcode["},
+        {"a second start marker", {0xFF, 0xD8, 0xFF, 0xD8}, false, "jpeg_utils_error_exit,msgcode["},
+        {"no pixels", {0xFF, 0xD8, 0xFF, 0xD9}, false, "jpeg_utils_error_exit,msgcode["},
+        {"no width", with_size(baseline, 0, 57), false, "jpeg_utils_error_exit,msgcode["},
+        {"no height", with_size(baseline, 83, 0), false, "jpeg_utils_error_exit,msgcode["},
+        {"beyond libjpeg's sides", with_size(baseline, 65501, 57), false, "jpeg_utils_error_exit,msgcode["},
+        {"more than 32 bits of bytes", with_size(baseline, 65500, 65500), false, nullptr},
+        {"more lines than data, with an end marker", with_size(baseline, 83, 500), true, nullptr},
+        {"more lines than data, without", with_size(noEndMarker, 83, 500), false, nullptr},
+        {"progressive beyond 30 MiB", with_size(progressive, 8000, 8000), false, "jpeg_utils_error_exit,msgcode["},
+        {"100 scans", with_repeated_scan(progressive, 100), true, nullptr},
+        {"600 scans", with_repeated_scan(progressive, 600), false, "jpeg_utils_error_exit,msgcode["},
+    };
+    for (const auto& row : rows) {
+        LogCapture log;
+        auto_ptr<Image> image = witness();
+        EXPECT_EQ(decode(row.file, image), row.decodes) << row.name;
+        EXPECT_EQ(is_witness(image.get()), !row.decodes) << row.name;
+        if (row.log == nullptr) {
+            EXPECT_THAT(log.lines(), IsEmpty()) << row.name;
+        } else {
+            EXPECT_THAT(log.lines(), ElementsAre(StartsWith(row.log))) << row.name;
+        }
+    }
+}
+
+TEST(JpegDecoder, NeedsAStreamThatRewinds) {
+    Bytes file = variant_file(kVariants[0]);
+    auto_ptr<Stream> stream(new MemoryStream(file.data(), file.size()));
+    auto_ptr<ImageDecoder> decoder(new JpegDecoder);
+    auto_ptr<Image> image = witness();
+    LogCapture log;
+    EXPECT_FALSE(decoder->decode(stream, image));
+    EXPECT_TRUE(is_witness(image.get()));
+    EXPECT_THAT(log.lines(), ElementsAre("jpeg_utils_error_exit,msgcode[0]  msg: Bogus message code 0\n"));
+}
+
+// A stream that claims more than it was asked for must not reach libjpeg.
+TEST(JpegDecoder, DistrustsTheStreamsCounts) {
+    struct Liar : TestStream {
+        using TestStream::TestStream;
+        size_t read(void* buffer, size_t count) override {
+            return buffer == nullptr ? SIZE_MAX : TestStream::read(buffer, count);
+        }
+    };
+    struct Refuser : TestStream {
+        using TestStream::TestStream;
+        size_t read(void* /*buffer*/, size_t /*count*/) override { return SIZE_MAX; }
+    };
+    const Bytes file = variant_file(kVariants[8]);
+    LogCapture log;
+    for (Stream* raw : {static_cast<Stream*>(new Liar(file)), static_cast<Stream*>(new Refuser(file))}) {
+        auto_ptr<Stream> stream(raw);
+        auto_ptr<ImageDecoder> decoder(new JpegDecoder);
+        auto_ptr<Image> image = witness();
+        EXPECT_FALSE(decoder->decode(stream, image));
+        EXPECT_TRUE(is_witness(image.get()));
+    }
+    EXPECT_THAT(log.lines(), ElementsAre(StartsWith("jpeg_utils_error_exit,msgcode[")));
+}
+
+TEST(JpegEncoder, RefusesOtherFormatsWithoutTouchingTheStream) {
+    auto_ptr<ImageEncoder> encoder(new JpegEncoder);
+    for (int format = IMAGE_FORMAT_TYPE_NONE; format <= IMAGE_FORMAT_TYPE_MAX; ++format) {
+        const auto type = static_cast<ImageFormatType>(format);
+        auto* file = new TestStream;
+        auto_ptr<Stream> stream(file);
+        auto_ptr<Image> image(new Image(8, 8, 1, type, nullptr));
+        const bool known = type == IMAGE_FORMAT_TYPE_GRAY || type == IMAGE_FORMAT_TYPE_RGB ||
+                           type == IMAGE_FORMAT_TYPE_RGBA || type == IMAGE_FORMAT_TYPE_YUV;
+        EXPECT_EQ(encoder->encode(stream, image, 90), known) << format;
+        EXPECT_EQ(file->bytes().empty(), !known) << format;
+    }
+}
+
+TEST(JpegEncoder, ReportsWhatCannotBeWritten) {
+    constexpr char kWriteError[] =
+        "jpeg_utils_error_exit,msgcode[37]  msg: Output file write error --- out of disk space?\n";
+    auto_ptr<ImageEncoder> encoder(new JpegEncoder);
+    auto_ptr<Image> image = make_image(picture(331, 200, 3), 331, 200, IMAGE_FORMAT_TYPE_RGB);
+    auto_ptr<Image> tiny = make_image(picture(2, 2, 3), 2, 2, IMAGE_FORMAT_TYPE_RGB);
+    auto_ptr<Image> wide(new Image(65501, 1, 1, IMAGE_FORMAT_TYPE_GRAY, nullptr));
+    auto_ptr<Image> none(new Image(0, 1, 1, IMAGE_FORMAT_TYPE_GRAY, nullptr));
+    LogCapture log;
+    // A failure in the first buffer, in a later one, and in what is left at the end (a tiny file is all of that).
+    for (const auto& [picture, capacity] : {std::pair(&image, 0), {&image, 1}, {&image, 9'000}, {&tiny, 0}}) {
+        auto_ptr<Stream> stream(new TestStream({}, static_cast<size_t>(capacity)));
+        EXPECT_FALSE(encoder->encode(stream, *picture, 90));
+        EXPECT_THAT(log.lines(), ElementsAre(kWriteError));
+        log.clear();
+    }
+    auto_ptr<Stream> full(new FileStream("/dev/full", FileStream::FILE_MODE_ONLY_WRITE));
+    EXPECT_FALSE(encoder->encode(full, image, 90));
+    EXPECT_THAT(log.lines(), ElementsAre(kWriteError));
+    log.clear();
+    auto_ptr<Stream> stream(new TestStream);
+    EXPECT_FALSE(encoder->encode(stream, none, 90));
+    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_FALSE(encoder->encode(stream, wide, 90));
+    EXPECT_THAT(log.lines(), ElementsAre(StartsWith("jpeg_utils_error_exit,msgcode[")));
+}
+
+TEST(CodecFactories, KnowJpegAndNothingElse) {
+    auto_ptr<ImageEncoderFactory> encoders(new ImageEncoderFactory);
+    EXPECT_EQ(encoders->createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_NONE), nullptr);
+    EXPECT_EQ(encoders->createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_MAX), nullptr);
+    auto_ptr<ImageEncoder> encoder(encoders->createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG));
+    EXPECT_NE(dynamic_cast<JpegEncoder*>(encoder.get()), nullptr);
+
+    auto_ptr<ImageDecoderFactory> decoders(new ImageDecoderFactory);
+    auto_ptr<Stream> nothing;
+    EXPECT_EQ(decoders->createImageDecoder(nothing), nullptr);
+    for (const auto& [head, known] : {std::pair(Bytes{0xFF, 0xD8, 0xFF, 0xE0}, true),
+                                      {{0xFF, 0xD8, 0xFE}, false},
+                                      {{0xFF, 0xD8}, false},
+                                      {{}, false}}) {
+        auto* file = new TestStream(head);
+        auto_ptr<Stream> stream(file);
+        EXPECT_EQ(decoders->createImageDecoder(stream) != nullptr, known);
+        // The probe is not taken back.
+        EXPECT_EQ(file->read(nullptr, 9), head.size() - std::min<size_t>(head.size(), 3));
+    }
+
+    auto_ptr<Image> image = witness();
+    auto_ptr<Image> noImage;
+    auto_ptr<Stream> stream(new TestStream(variant_file(kVariants[0])));
+    ImageDecoder* decoder = decoders->createImageDecoder(stream);
+    ASSERT_NE(decoder, nullptr);
+    EXPECT_FALSE(decoder->decode(stream, noImage));
+    EXPECT_FALSE(decoder->decode(nothing, image));
+    EXPECT_FALSE(encoder->encode(stream, noImage, 90));
+    EXPECT_FALSE(encoder->encode(nothing, image, 90));
+}
+
+}  // namespace

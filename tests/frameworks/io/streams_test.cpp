@@ -1,0 +1,341 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "frameworks/core/auto_ptr.h"
+#include "frameworks/io/file_stream.h"
+#include "frameworks/io/memory_stream.h"
+#include "frameworks/io/stream_reader.h"
+#include "frameworks/io/stream_writer.h"
+#include "tests/support/random_bytes.h"
+
+namespace {
+
+using testing::ElementsAre;
+using Bytes = std::vector<unsigned char>;
+
+constexpr size_t kRefused = std::numeric_limits<size_t>::max();
+
+// --- MemoryStream
+
+void expect_refuses_everything(Stream& stream) {
+    char byte = 'x';
+    EXPECT_EQ(stream.read(&byte, 1), kRefused);
+    EXPECT_EQ(stream.write(&byte, 1), kRefused);
+    EXPECT_EQ(stream.skip(1), kRefused);
+    EXPECT_EQ(stream.seek(0, SEEK_ORIGIN_BEGIN), -1);
+    EXPECT_EQ(stream.getLength(), 0U);
+    EXPECT_FALSE(stream.rewind());
+    EXPECT_FALSE(stream.isAtEnd());
+    EXPECT_EQ(byte, 'x');
+    stream.flush();
+    stream.close();
+}
+
+TEST(MemoryStream, WithoutABlockRefusesEverything) {
+    MemoryStream borrowedNothing(nullptr, 16);
+    MemoryStream empty(size_t{0});
+    MemoryStream tooLarge(kRefused / 2);
+    MemoryStream closed(16);
+    closed.close();
+    for (MemoryStream* stream : {&borrowedNothing, &empty, &tooLarge, &closed}) {
+        expect_refuses_everything(*stream);
+    }
+}
+
+TEST(MemoryStream, SeeksFromThePositionAndAnswersTheUncutDistance) {
+    constexpr int64_t kMin = std::numeric_limits<int64_t>::min();
+    constexpr int64_t kMax = std::numeric_limits<int64_t>::max();
+    const struct {
+        int64_t offset;
+        int origin;
+        int64_t answer;
+        int64_t position;
+    } steps[] = {
+        {10, SEEK_ORIGIN_BEGIN, 10, 10},
+        {3, SEEK_ORIGIN_CURRENT, 3, 13},
+        {-4, SEEK_ORIGIN_END, -4, 9},
+        {100, SEEK_ORIGIN_END, 100, 16},
+        {-100, SEEK_ORIGIN_CURRENT, -100, 0},
+        {4, SEEK_ORIGIN_END, 4, 4},
+        {10, SEEK_ORIGIN_BEGIN, 6, 10},
+        {-1, SEEK_ORIGIN_BEGIN, -11, 0},
+        {kMax, SEEK_ORIGIN_BEGIN, kMax, 16},
+        {kMax, SEEK_ORIGIN_CURRENT, kMax - 16, 16},
+        {5, 77, 0, 16},
+        {kMin, SEEK_ORIGIN_BEGIN, kMin, 0},
+        {kMin, SEEK_ORIGIN_END, kMin, 0},
+        {5, -1, 0, 0},
+    };
+    MemoryStream stream(16);
+    for (const auto& step : steps) {
+        SCOPED_TRACE(testing::Message() << "offset " << step.offset << " origin " << step.origin);
+        EXPECT_EQ(stream.seek(step.offset, static_cast<SeekOrign>(step.origin)), step.answer);
+        // A seek to the beginning tells where the stream was.
+        EXPECT_EQ(stream.seek(0, SEEK_ORIGIN_BEGIN), -step.position);
+        stream.seek(step.position, SEEK_ORIGIN_BEGIN);
+    }
+}
+
+TEST(MemoryStream, TransfersLikeAPlainArray) {
+    Bytes model(100);
+    size_t position = 0;
+    const Bytes source = random_bytes(200, 3);
+    MemoryStream stream(model.size());
+    std::mt19937 generator(1);
+    for (int step = 0; step < 2000; ++step) {
+        const size_t count = 1 + generator() % 40;
+        const size_t expected = std::min(count, model.size() - position);
+        Bytes block(source.begin() + static_cast<long>(generator() % 100), source.end());
+        block.resize(count);
+        switch (generator() % 4) {
+            case 0:
+                ASSERT_EQ(stream.write(block.data(), count), expected);
+                std::copy_n(block.begin(), expected, model.begin() + static_cast<long>(position));
+                position += expected;
+                break;
+            case 1: {
+                const Bytes before = block;
+                ASSERT_EQ(stream.read(block.data(), count), expected);
+                ASSERT_EQ(std::memcmp(block.data(), model.data() + position, expected), 0);
+                ASSERT_TRUE(std::equal(block.begin() + static_cast<long>(expected), block.end(),
+                                       before.begin() + static_cast<long>(expected)));
+                position += expected;
+                break;
+            }
+            case 2:
+                position = generator() % (model.size() + 1);
+                stream.seek(static_cast<int64_t>(position), SEEK_ORIGIN_BEGIN);
+                break;
+            default:
+                ASSERT_EQ(stream.skip(count), kRefused);
+                ASSERT_EQ(stream.read(block.data(), 0), kRefused);
+                ASSERT_FALSE(stream.rewind());
+                break;
+        }
+        ASSERT_EQ(stream.getLength(), model.size());
+    }
+}
+
+TEST(MemoryStream, LeavesABorrowedBlockToItsOwner) {
+    Bytes block(4);
+    {
+        MemoryStream stream(block.data(), block.size());
+        char text[] = "abcdef";
+        EXPECT_EQ(stream.write(text, kRefused), 4U);
+    }
+    EXPECT_THAT(block, ElementsAre('a', 'b', 'c', 'd'));
+}
+
+// --- FileStream
+
+std::string temporary_path(const char* name) {
+    return testing::TempDir() + "korvane_streams_" + std::to_string(getpid()) + "_" + name;
+}
+
+class FileStreamTest : public testing::Test {
+  protected:
+    void SetUp() override { std::ofstream(path, std::ios::binary) << "0123456789"; }
+    void TearDown() override { std::remove(path.c_str()); }
+    std::string content() const {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    const std::string path = temporary_path("file");
+};
+
+TEST_F(FileStreamTest, NotOpenAnswersNothing) {
+    FileStream modeless(path.c_str(), static_cast<FileStream::FileMode>(0));
+    FileStream missing((path + ".missing").c_str(), FileStream::FILE_MODE_ONLY_READ);
+    FileStream pathless(nullptr, FileStream::FILE_MODE_ONLY_READ);
+    FileStream unwritable((path + "/below").c_str(), FileStream::FILE_MODE_ONLY_WRITE);
+    FileStream closed(path.c_str(), FileStream::FILE_MODE_ONLY_READ);
+    closed.close();
+    for (FileStream* stream : {&modeless, &missing, &pathless, &unwritable, &closed}) {
+        char byte = 'x';
+        EXPECT_EQ(stream->read(&byte, 1), 0U);
+        EXPECT_EQ(stream->write(&byte, 1), 0U);
+        EXPECT_EQ(stream->skip(1), 0U);
+        EXPECT_EQ(stream->seek(0, SEEK_ORIGIN_BEGIN), 0);
+        EXPECT_EQ(stream->getLength(), 0U);
+        EXPECT_FALSE(stream->rewind());
+        EXPECT_FALSE(stream->isAtEnd());
+        stream->flush();
+        stream->close();
+        EXPECT_EQ(byte, 'x');
+    }
+    EXPECT_EQ(content(), "0123456789");
+}
+
+TEST_F(FileStreamTest, ReadsSkipsAndSeeks) {
+    FileStream stream(path.c_str(), FileStream::FILE_MODE_ONLY_READ);
+    EXPECT_EQ(stream.getLength(), 10U);
+    char text[16] = {};
+    EXPECT_EQ(stream.read(text, 3), 3U);
+    EXPECT_EQ(stream.skip(2), 2U);
+    EXPECT_EQ(stream.read(text + 3, sizeof(text) - 3), 5U);
+    EXPECT_STREQ(text, "01256789");
+    EXPECT_FALSE(stream.isAtEnd());
+    // Skipping is not stopped by the end of the file.
+    EXPECT_EQ(stream.skip(1000), 1000U);
+    EXPECT_EQ(stream.read(text, 1), 0U);
+    EXPECT_EQ(stream.skip(kRefused), 0U);
+    EXPECT_EQ(stream.seek(-1, SEEK_ORIGIN_BEGIN), -1);
+    EXPECT_EQ(stream.seek(-2, SEEK_ORIGIN_END), 0);
+    EXPECT_EQ(stream.read(text, 1), 1U);
+    EXPECT_EQ(text[0], '8');
+    EXPECT_TRUE(stream.rewind());
+    EXPECT_EQ(stream.seek(4, SEEK_ORIGIN_CURRENT), 0);
+    EXPECT_EQ(stream.read(text, 1), 1U);
+    EXPECT_EQ(text[0], '4');
+    EXPECT_EQ(stream.write(text, 1), 0U);
+}
+
+TEST_F(FileStreamTest, WritesAndKeepsTheLengthAtOpen) {
+    char text[] = "ab\n\0c";
+    {
+        FileStream stream(path.c_str(), FileStream::FILE_MODE_ONLY_WRITE);
+        EXPECT_EQ(stream.write(text, 5), 5U);
+        EXPECT_EQ(stream.write(nullptr, 5), 0U);
+        EXPECT_EQ(stream.getLength(), 0U);
+        stream.flush();
+        EXPECT_EQ(content(), std::string(text, 5));
+        EXPECT_EQ(stream.read(text, 1), 0U);
+        EXPECT_EQ(stream.seek(1, SEEK_ORIGIN_BEGIN), 0);
+        EXPECT_EQ(stream.write(text, 1), 1U);
+    }
+    EXPECT_EQ(content(), std::string("aa\n\0c", 5));
+}
+
+TEST_F(FileStreamTest, ReadAndWriteModeOnlyReads) {
+    FileStream stream(path.c_str(), FileStream::FILE_MODE_READ_AND_WRITE);
+    char byte = 'x';
+    EXPECT_EQ(stream.getLength(), 10U);
+    EXPECT_EQ(stream.write(&byte, 1), 0U);
+    EXPECT_EQ(stream.read(&byte, 1), 1U);
+    EXPECT_EQ(byte, '0');
+    stream.close();
+    EXPECT_EQ(content(), "0123456789");
+    FileStream missing((path + ".missing").c_str(), FileStream::FILE_MODE_READ_AND_WRITE);
+    EXPECT_FALSE(missing.rewind());
+}
+
+TEST(FileStream, APipeHasNoLengthAndCannotSkip) {
+    const std::string path = temporary_path("pipe");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    // Open for both, so that neither end waits for the other.
+    FILE* const other = std::fopen(path.c_str(), "r+b");
+    {
+        FileStream stream(path.c_str(), FileStream::FILE_MODE_ONLY_WRITE);
+        EXPECT_EQ(stream.getLength(), 0U);
+        EXPECT_EQ(stream.skip(1), 0U);
+        EXPECT_EQ(stream.seek(0, SEEK_ORIGIN_BEGIN), -1);
+    }
+    std::fclose(other);
+    std::remove(path.c_str());
+}
+
+// --- StreamReader, StreamWriter
+
+// Writes down the calls that reach it, and its own end.
+class RecordingStream : public Stream {
+  public:
+    explicit RecordingStream(std::vector<std::string>* calls) : m_Calls(calls) {}
+    ~RecordingStream() override { m_Calls->push_back("gone"); }
+    size_t read(void* buffer, size_t count) override { return note(buffer == nullptr ? "skip " : "read ", count); }
+    size_t write(void* /*buffer*/, size_t count) override { return note("write ", count); }
+    int64_t seek(int64_t offset, SeekOrign origin) override {
+        m_Calls->push_back("seek " + std::to_string(offset) + " " + std::to_string(origin));
+        return 42;
+    }
+    bool rewind() override { return true; }
+    size_t getLength() override { return 77; }
+    void flush() override { m_Calls->push_back("flush"); }
+    bool isAtEnd() const override { return true; }
+    void close() override { m_Calls->push_back("close"); }
+
+  private:
+    size_t note(const std::string& name, size_t count) {
+        m_Calls->push_back(name + std::to_string(count));
+        return count + 1;
+    }
+
+    std::vector<std::string>* m_Calls;
+};
+
+template <typename T>
+class WrapperTest : public testing::Test {};
+using Wrappers = testing::Types<StreamReader, StreamWriter>;
+TYPED_TEST_SUITE(WrapperTest, Wrappers);
+
+TYPED_TEST(WrapperTest, ForwardsAndEndsWhatItWraps) {
+    std::vector<std::string> calls;
+    char byte = 0;
+    {
+        TypeParam wrapper(new RecordingStream(&calls));
+        EXPECT_EQ(wrapper.read(&byte, 3), 4U);
+        EXPECT_EQ(wrapper.write(&byte, 5), 6U);
+        EXPECT_EQ(wrapper.skip(7), 8U);
+        EXPECT_EQ(wrapper.seek(-9, SEEK_ORIGIN_END), 42);
+        EXPECT_EQ(wrapper.getLength(), 77U);
+        EXPECT_FALSE(wrapper.rewind());
+        EXPECT_FALSE(wrapper.isAtEnd());
+    }
+    EXPECT_THAT(calls, ElementsAre("read 3", "write 5", "skip 7", "seek -9 2", "flush", "close", "gone"));
+
+    calls.clear();
+    auto_ptr<Stream> shared(new RecordingStream(&calls));
+    { TypeParam wrapper(shared); }
+    EXPECT_THAT(calls, ElementsAre("flush", "close"));
+}
+
+TYPED_TEST(WrapperTest, AnswersWithoutAStream) {
+    TypeParam wrapper(static_cast<Stream*>(nullptr));
+    char byte = 0;
+    EXPECT_EQ(wrapper.read(&byte, 1), kRefused);
+    EXPECT_EQ(wrapper.write(&byte, 1), kRefused);
+    EXPECT_EQ(wrapper.skip(1), kRefused);
+    EXPECT_EQ(wrapper.seek(0, SEEK_ORIGIN_BEGIN), -1);
+    EXPECT_EQ(wrapper.getLength(), 0U);
+    wrapper.flush();
+    wrapper.close();
+}
+
+TEST(TypedStreams, ValuesKeepTheProcessorsBytes) {
+    Bytes block(8, 0xEE);
+    StreamWriter writer(new MemoryStream(block.data(), block.size()));
+    EXPECT_TRUE(writer.writeInt(0x01020304));
+    EXPECT_TRUE(writer.writeShortInt(-2));
+    EXPECT_TRUE(writer.writeByte(-128));
+    EXPECT_THAT(block, ElementsAre(4, 3, 2, 1, 0xFE, 0xFF, 0x80, 0xEE));
+    // One byte of room takes one byte of the value, and the writer says nothing.
+    EXPECT_TRUE(writer.writeInt(0x0A0B0C0D));
+    EXPECT_EQ(block[7], 0x0D);
+
+    StreamReader reader(new MemoryStream(block.data(), block.size()));
+    EXPECT_EQ(reader.readInt(), 0x01020304);
+    EXPECT_EQ(reader.readShortInt(), -2);
+    EXPECT_EQ(reader.readByte(), -128);
+    EXPECT_EQ(reader.readInt(), 0x0D);
+    EXPECT_EQ(reader.readShortInt(), 0);
+
+    StreamWriter noWriter(nullptr);
+    EXPECT_FALSE(noWriter.writeByte(1) || noWriter.writeShortInt(1) || noWriter.writeInt(1));
+    StreamReader noReader(nullptr);
+    EXPECT_EQ(noReader.readByte() | noReader.readShortInt() | noReader.readInt(), 0);
+}
+
+}  // namespace

@@ -1,0 +1,148 @@
+#include "frameworks/utils/thread_pool.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <vector>
+
+namespace {
+
+class Task : public IRunnable {
+  public:
+    explicit Task(std::function<void()> body, std::atomic<int>* deleted = nullptr)
+        : m_Body(std::move(body)), m_Deleted(deleted) {}
+    ~Task() override {
+        if (m_Deleted != nullptr) {
+            ++*m_Deleted;
+        }
+    }
+    void run() override { m_Body(); }
+
+  private:
+    std::function<void()> m_Body;
+    std::atomic<int>* m_Deleted;
+};
+
+void wait_until(const std::function<bool()>& predicate) {
+    while (!predicate()) {
+        std::this_thread::yield();
+    }
+}
+
+TEST(ThreadPool, StartsTasksInOrderAlsoThoseFromBeforeTheStart) {
+    constexpr int kTasks = 50;
+    std::vector<int> order;
+    std::atomic<int> done{0};
+    ThreadPool pool(1);
+    for (int i = 0; i < kTasks; ++i) {
+        if (i == kTasks / 2) {
+            EXPECT_EQ(done, 0);
+            pool.start();
+        }
+        pool.submit(new Task([&, i] {
+            order.push_back(i);
+            ++done;
+        }));
+    }
+    wait_until([&] { return done == kTasks; });
+    for (int i = 0; i < kTasks; ++i) {
+        EXPECT_EQ(order[static_cast<size_t>(i)], i);
+    }
+}
+
+TEST(ThreadPool, DropsTasksOnceRunUnlessTheCallerHoldsThem) {
+    std::atomic<int> runs{0};
+    std::atomic<int> deleted{0};
+    auto_ptr<IRunnable> held(new Task([&] { ++runs; }, &deleted));
+    {
+        ThreadPool pool(3);
+        pool.submit(static_cast<IRunnable*>(nullptr));
+        pool.start();
+        for (int i = 0; i < 20; ++i) {
+            pool.submit(new Task([&] { ++runs; }, &deleted));
+            pool.submit(held);
+        }
+        wait_until([&] { return deleted == 20 && runs == 40; });
+    }
+    EXPECT_EQ(deleted, 20);
+    held.clear();
+    // A worker may be about to drop its own reference to the task that ran last.
+    wait_until([&] { return deleted == 21; });
+}
+
+TEST(ThreadPool, ServesManySubmitters) {
+    constexpr int kSubmitters = 4;
+    constexpr int kTasksEach = 500;
+    std::atomic<int> runs{0};
+    std::atomic<int> deleted{0};
+    ThreadPool pool(4);
+    pool.start();
+    std::vector<std::thread> submitters;
+    for (int i = 0; i < kSubmitters; ++i) {
+        submitters.emplace_back([&] {
+            for (int n = 0; n < kTasksEach; ++n) {
+                pool.submit(new Task([&] { ++runs; }, &deleted));
+            }
+        });
+    }
+    for (std::thread& submitter : submitters) {
+        submitter.join();
+    }
+    pool.shutdown();
+    wait_until([&] { return deleted == kSubmitters * kTasksEach; });
+    EXPECT_EQ(runs, kSubmitters * kTasksEach);
+}
+
+TEST(ThreadPool, GoesAtOnceWhileWorkersWaitOrHaveNotBegun) {
+    for (const int workers : {-3, 0, 1, 4}) {
+        for (int i = 0; i < 25; ++i) {
+            std::atomic<int> runs{0};
+            ThreadPool pool(workers);
+            pool.start();
+            if (workers > 0 && i % 2 == 0) {
+                pool.submit(new Task([&] { ++runs; }));
+                wait_until([&] { return runs == 1; });
+            }
+            if (i % 3 == 0) {
+                pool.shutdown();
+                pool.shutdown();
+            }
+        }
+    }
+}
+
+TEST(ThreadPool, ATaskOutlivesThePoolThatStartedIt) {
+    std::atomic<bool> begun{false};
+    std::atomic<bool> poolIsGone{false};
+    std::atomic<int> deleted{0};
+    {
+        ThreadPool pool(2);
+        pool.start();
+        pool.submit(new Task(
+            [&] {
+                begun = true;
+                wait_until([&] { return poolIsGone.load(); });
+            },
+            &deleted));
+        wait_until([&] { return begun.load(); });
+    }
+    EXPECT_EQ(deleted, 0);
+    poolIsGone = true;
+    wait_until([&] { return deleted == 1; });
+}
+
+TEST(ThreadWorker, WithoutAPoolOrCountStillEndsAndJoins) {
+    ThreadWorker worker(nullptr);
+    worker.startWork();
+    EXPECT_EQ(worker.join(), 0);
+    ThreadPool pool(0);
+    pool.submit(new Task([] {}));
+    auto_ptr<ThreadWorker> counted(new ThreadWorker(&pool));
+    counted->startWork();
+    pool.shutdown();
+    counted->stopWork();
+}
+
+}  // namespace
