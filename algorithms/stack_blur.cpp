@@ -147,30 +147,30 @@ struct Band {
     unsigned char* rows[kLanes];
 };
 
-// A vector of kSize bytes from blocks of 16 that lie kLanes columns' fourth part, four columns, apart.
+// After the transposition within blocks, the blocks of one vector belong to every fourth column.
 constexpr size_t kBlockStride = kBlockLanes * kLanes;
 
-template <size_t kSize>
-HWY_INLINE hn::Vec<hn::CappedTag<uint32_t, kSize> > LoadBlocks(const uint32_t* columns) {
-    const hn::CappedTag<uint32_t, kSize> d;
+template <class D>
+HWY_INLINE hn::Vec<D> LoadBlocks(D d, const uint32_t* columns) {
+    constexpr size_t kSize = hn::MaxLanes(D());
     if constexpr (kSize == kBlockLanes) {
         return hn::Load(d, columns);
     } else {
-        constexpr size_t kHalf = kSize / 2;
-        const uint32_t* upper = columns + kHalf / kBlockLanes * kBlockStride;
-        return hn::Combine(d, LoadBlocks<kHalf>(upper), LoadBlocks<kHalf>(columns));
+        const hn::Half<D> dHalf;
+        const uint32_t* upper = columns + kSize / 2 / kBlockLanes * kBlockStride;
+        return hn::Combine(d, LoadBlocks(dHalf, upper), LoadBlocks(dHalf, columns));
     }
 }
 
-template <size_t kSize>
-HWY_INLINE void StoreBlocks(hn::Vec<hn::CappedTag<uint32_t, kSize> > pixels, uint32_t* columns) {
+template <class D>
+HWY_INLINE void StoreBlocks(D d, hn::Vec<D> pixels, uint32_t* columns) {
+    constexpr size_t kSize = hn::MaxLanes(D());
     if constexpr (kSize == kBlockLanes) {
-        hn::Store(pixels, hn::CappedTag<uint32_t, kSize>(), columns);
+        hn::Store(pixels, d, columns);
     } else {
-        constexpr size_t kHalf = kSize / 2;
-        StoreBlocks<kHalf>(hn::LowerHalf(pixels), columns);
-        StoreBlocks<kHalf>(hn::UpperHalf(hn::CappedTag<uint32_t, kHalf>(), pixels),
-                           columns + kHalf / kBlockLanes * kBlockStride);
+        const hn::Half<D> dHalf;
+        StoreBlocks(dHalf, hn::LowerHalf(pixels), columns);
+        StoreBlocks(dHalf, hn::UpperHalf(dHalf, pixels), columns + kSize / 2 / kBlockLanes * kBlockStride);
     }
 }
 
@@ -190,25 +190,27 @@ HWY_INLINE void TransposeInBlocks(Pixels& a, Pixels& b, Pixels& c, Pixels& e) {
 // kLanes columns from pixel `x` on, as one vector a column. Each row is touched once and as a whole: where rows lie a
 // power of two apart, their cache lines drive each other out at once.
 HWY_INLINE void LoadColumns(const Band& band, size_t x, uint32_t* columns) {
+    const PixelTag d;
     for (size_t i = 0; i < kLanes; i += kBlockLanes) {
         Pixels a = LoadBytes(band.rows[i] + x * 4);
         Pixels b = LoadBytes(band.rows[i + 1] + x * 4);
         Pixels c = LoadBytes(band.rows[i + 2] + x * 4);
         Pixels e = LoadBytes(band.rows[i + 3] + x * 4);
         TransposeInBlocks(a, b, c, e);
-        StoreBlocks<kLanes>(a, columns + i);
-        StoreBlocks<kLanes>(b, columns + i + kLanes);
-        StoreBlocks<kLanes>(c, columns + i + 2 * kLanes);
-        StoreBlocks<kLanes>(e, columns + i + 3 * kLanes);
+        StoreBlocks(d, a, columns + i);
+        StoreBlocks(d, b, columns + i + kLanes);
+        StoreBlocks(d, c, columns + i + 2 * kLanes);
+        StoreBlocks(d, e, columns + i + 3 * kLanes);
     }
 }
 
 HWY_INLINE void StoreColumns(const uint32_t* columns, const Band& band, size_t x) {
+    const PixelTag d;
     for (size_t i = 0; i < kLanes; i += kBlockLanes) {
-        Pixels a = LoadBlocks<kLanes>(columns + i);
-        Pixels b = LoadBlocks<kLanes>(columns + i + kLanes);
-        Pixels c = LoadBlocks<kLanes>(columns + i + 2 * kLanes);
-        Pixels e = LoadBlocks<kLanes>(columns + i + 3 * kLanes);
+        Pixels a = LoadBlocks(d, columns + i);
+        Pixels b = LoadBlocks(d, columns + i + kLanes);
+        Pixels c = LoadBlocks(d, columns + i + 2 * kLanes);
+        Pixels e = LoadBlocks(d, columns + i + 3 * kLanes);
         TransposeInBlocks(a, b, c, e);
         StoreBytes(a, band.rows[i] + x * 4);
         StoreBytes(b, band.rows[i + 1] + x * 4);
@@ -235,8 +237,10 @@ class ColumnRing {
         uint32_t* columns = at(m_NextSlot);
         if (m_Loaded >= m_Lead && m_Loaded + kLanes <= m_Lead + m_Width) {
             LoadColumns(band, m_Loaded - m_Lead, columns);
-        } else {
+        } else if (m_Loaded < m_Lead + m_Width) {
             load_edge(band, columns);
+        } else {
+            repeat_last(columns);
         }
         m_Loaded += kLanes;
         m_NextSlot = m_NextSlot + kLanes == m_Slots ? 0 : m_NextSlot + kLanes;
@@ -251,6 +255,14 @@ class ColumnRing {
     }
 
   private:
+    void repeat_last(uint32_t* columns) {
+        const PixelTag d;
+        const Pixels last = hn::Load(d, at((m_NextSlot == 0 ? m_Slots : m_NextSlot) - 1));
+        for (size_t i = 0; i < kLanes; ++i) {
+            hn::Store(last, d, columns + i * kLanes);
+        }
+    }
+
     void load_edge(const Band& band, uint32_t* columns) {
         for (size_t i = 0; i < kLanes; ++i) {
             const size_t x = std::clamp(m_Loaded + i, m_Lead, m_Lead + m_Width - 1) - m_Lead;
@@ -336,10 +348,11 @@ HWY_NOINLINE void BlurRows(unsigned char* image, size_t w, size_t h, const Kerne
 
 // ---- Vertical pass ----
 
-// A block of columns is walked together: wide enough that a row of it spans whole pages' worth of cache lines, narrow
-// enough that its part of the ring and of the rows in the window stay in the caches.
+// A block of columns is walked together: wide enough to use many cache lines of each page that it enters, narrow enough
+// that its ring and its rows in the window stay in the second-level cache.
 constexpr size_t kMaxBlockBytes = 1024;
 constexpr size_t kMaxRingBytes = 128 * 1024;
+static_assert(kMaxBlockBytes / 2 * (kStackBlurMaxRadius + 1) <= kMaxRingBytes);
 constexpr size_t kRowsAtOnce = 4;
 constexpr size_t kRowsAhead = 4;
 
@@ -347,6 +360,8 @@ struct Column {
     HWY_ALIGN uint32_t state[7][kLanes];
 };
 
+// The working memory of a block. The ring keeps the rows behind the centre, which the image no longer has; the others
+// are read where they are.
 struct Columns {
     Column column[kMaxBlockBytes / kVectorBytes];
     HWY_ALIGN unsigned char ring[kMaxRingBytes];
@@ -357,7 +372,7 @@ struct WholeVector {
     HWY_INLINE void store(Pixels pixels, unsigned char* to) const { StoreBytes(pixels, to); }
 };
 
-// The last columns of an image whose width is no multiple of the vector's.
+// The columns on either side of an image that do not fill a vector: nothing beside them may be touched.
 struct PartOfVector {
     size_t bytes;
 
@@ -484,6 +499,7 @@ HWY_NOINLINE void BlurColumns(unsigned char* image, size_t w, size_t h, const Ke
     const size_t rowBytes = w * 4;
     const bool fits = kMaxBlockBytes * (kernel.radius + 1) <= kMaxRingBytes;
     const size_t blockBytes = fits ? kMaxBlockBytes : kMaxBlockBytes / 2;
+    // The first block ends at the boundary of a vector, so that all others are aligned.
     const size_t behind = BytesBehindBoundary(image);
     size_t bytes = behind == 0 ? blockBytes : kVectorBytes - behind;
     for (size_t x = 0; x < rowBytes; x += bytes, bytes = blockBytes) {
