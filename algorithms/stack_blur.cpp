@@ -147,33 +147,7 @@ struct Band {
     unsigned char* rows[kLanes];
 };
 
-// After the transposition within blocks, the blocks of one vector belong to every fourth column.
-constexpr size_t kBlockStride = kBlockLanes * kLanes;
-
-template <class D>
-HWY_INLINE hn::Vec<D> LoadBlocks(D d, const uint32_t* columns) {
-    constexpr size_t kSize = hn::MaxLanes(D());
-    if constexpr (kSize == kBlockLanes) {
-        return hn::Load(d, columns);
-    } else {
-        const hn::Half<D> dHalf;
-        const uint32_t* upper = columns + kSize / 2 / kBlockLanes * kBlockStride;
-        return hn::Combine(d, LoadBlocks(dHalf, upper), LoadBlocks(dHalf, columns));
-    }
-}
-
-template <class D>
-HWY_INLINE void StoreBlocks(D d, hn::Vec<D> pixels, uint32_t* columns) {
-    constexpr size_t kSize = hn::MaxLanes(D());
-    if constexpr (kSize == kBlockLanes) {
-        hn::Store(pixels, d, columns);
-    } else {
-        const hn::Half<D> dHalf;
-        StoreBlocks(dHalf, hn::LowerHalf(pixels), columns);
-        StoreBlocks(dHalf, hn::UpperHalf(dHalf, pixels), columns + kSize / 2 / kBlockLanes * kBlockStride);
-    }
-}
-
+// Transposes four pixels by four in each block of 128 bits.
 HWY_INLINE void TransposeInBlocks(Pixels& a, Pixels& b, Pixels& c, Pixels& e) {
     const PixelTag d;
     const hn::Repartition<uint64_t, PixelTag> dWide;
@@ -187,30 +161,62 @@ HWY_INLINE void TransposeInBlocks(Pixels& a, Pixels& b, Pixels& c, Pixels& e) {
     e = hn::BitCast(d, hn::InterleaveUpper(dWide, abHigh, ceHigh));
 }
 
+// Transposes the 128-bit blocks of a tile of kLanes vectors, of which every fourth one belongs together.
+HWY_INLINE void TransposeBlocks(const uint32_t* from, uint32_t* to) {
+    const PixelTag d;
+    constexpr size_t kStride = kBlockLanes * kLanes;
+    for (size_t i = 0; i < kBlockLanes; ++i, from += kLanes, to += kLanes) {
+        const Pixels a = hn::Load(d, from);
+        if constexpr (kLanes == kBlockLanes) {
+            hn::Store(a, d, to);
+        } else if constexpr (kLanes == 2 * kBlockLanes) {
+            const Pixels b = hn::Load(d, from + kStride);
+            hn::Store(hn::ConcatLowerLower(d, b, a), d, to);
+            hn::Store(hn::ConcatUpperUpper(d, b, a), d, to + kStride);
+        } else {
+            const Pixels b = hn::Load(d, from + kStride);
+            const Pixels c = hn::Load(d, from + 2 * kStride);
+            const Pixels e = hn::Load(d, from + 3 * kStride);
+            const Pixels acLow = hn::ConcatLowerLower(d, c, a);
+            const Pixels acHigh = hn::ConcatUpperUpper(d, c, a);
+            const Pixels beLow = hn::ConcatLowerLower(d, e, b);
+            const Pixels beHigh = hn::ConcatUpperUpper(d, e, b);
+            hn::Store(hn::OddEvenBlocks(hn::SwapAdjacentBlocks(beLow), acLow), d, to);
+            hn::Store(hn::OddEvenBlocks(beLow, hn::SwapAdjacentBlocks(acLow)), d, to + kStride);
+            hn::Store(hn::OddEvenBlocks(hn::SwapAdjacentBlocks(beHigh), acHigh), d, to + 2 * kStride);
+            hn::Store(hn::OddEvenBlocks(beHigh, hn::SwapAdjacentBlocks(acHigh)), d, to + 3 * kStride);
+        }
+    }
+}
+
 // kLanes columns from pixel `x` on, as one vector a column. Each row is touched once and as a whole: where rows lie a
 // power of two apart, their cache lines drive each other out at once.
 HWY_INLINE void LoadColumns(const Band& band, size_t x, uint32_t* columns) {
     const PixelTag d;
+    HWY_ALIGN uint32_t tile[kLanes * kLanes];
     for (size_t i = 0; i < kLanes; i += kBlockLanes) {
         Pixels a = LoadBytes(band.rows[i] + x * 4);
         Pixels b = LoadBytes(band.rows[i + 1] + x * 4);
         Pixels c = LoadBytes(band.rows[i + 2] + x * 4);
         Pixels e = LoadBytes(band.rows[i + 3] + x * 4);
         TransposeInBlocks(a, b, c, e);
-        StoreBlocks(d, a, columns + i);
-        StoreBlocks(d, b, columns + i + kLanes);
-        StoreBlocks(d, c, columns + i + 2 * kLanes);
-        StoreBlocks(d, e, columns + i + 3 * kLanes);
+        hn::Store(a, d, tile + i * kLanes);
+        hn::Store(b, d, tile + (i + 1) * kLanes);
+        hn::Store(c, d, tile + (i + 2) * kLanes);
+        hn::Store(e, d, tile + (i + 3) * kLanes);
     }
+    TransposeBlocks(tile, columns);
 }
 
 HWY_INLINE void StoreColumns(const uint32_t* columns, const Band& band, size_t x) {
     const PixelTag d;
+    HWY_ALIGN uint32_t tile[kLanes * kLanes];
+    TransposeBlocks(columns, tile);
     for (size_t i = 0; i < kLanes; i += kBlockLanes) {
-        Pixels a = LoadBlocks(d, columns + i);
-        Pixels b = LoadBlocks(d, columns + i + kLanes);
-        Pixels c = LoadBlocks(d, columns + i + 2 * kLanes);
-        Pixels e = LoadBlocks(d, columns + i + 3 * kLanes);
+        Pixels a = hn::Load(d, tile + i * kLanes);
+        Pixels b = hn::Load(d, tile + (i + 1) * kLanes);
+        Pixels c = hn::Load(d, tile + (i + 2) * kLanes);
+        Pixels e = hn::Load(d, tile + (i + 3) * kLanes);
         TransposeInBlocks(a, b, c, e);
         StoreBytes(a, band.rows[i] + x * 4);
         StoreBytes(b, band.rows[i + 1] + x * 4);
