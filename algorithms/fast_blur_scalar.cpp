@@ -27,11 +27,9 @@ class FastBlur {
           m_Red(height + 1, width),
           m_Green(height + 1, width),
           m_Blue(height + 1, width),
-          m_Minimum(std::max(width, height), 1),
-          m_Maximum(std::max(width, height), 1),
           m_Quotient(256, 2 * radius + 1) {}
 
-    bool hasMemory() const { return m_Red && m_Green && m_Blue && m_Minimum && m_Maximum && m_Quotient; }
+    bool hasMemory() const { return m_Red && m_Green && m_Blue && m_Quotient; }
 
     void run(const unsigned int* src, unsigned char* dst) {
         const size_t divisor = 2 * m_Radius + 1;
@@ -48,10 +46,6 @@ class FastBlur {
   private:
     void blur_rows(const unsigned int* src) {
         const size_t last = m_Width - 1;
-        for (size_t x = 0; x < m_Width; ++x) {
-            m_Minimum[x] = std::min(x + m_Radius + 1, last);
-            m_Maximum[x] = x - std::min(x, m_Radius);
-        }
         for (size_t y = 0; y < m_Height; ++y, src += m_Width) {
             Sums sums;
             add(sums, src[0], m_Radius + 1);
@@ -63,8 +57,8 @@ class FastBlur {
                 m_Red[at] = m_Quotient[sums.red];
                 m_Green[at] = m_Quotient[sums.green];
                 m_Blue[at] = m_Quotient[sums.blue];
-                add(sums, src[m_Minimum[x]], 1);
-                add(sums, src[m_Maximum[x]], ~size_t{0});
+                add(sums, src[std::min(x + m_Radius + 1, last)], 1);
+                add(sums, src[x - std::min(x, m_Radius)], ~size_t{0});
             }
         }
     }
@@ -78,28 +72,24 @@ class FastBlur {
 
     void blur_columns(unsigned char* dst) {
         const size_t last = m_Height - 1;
-        for (size_t y = 0; y < m_Height; ++y) {
-            m_Minimum[y] = std::min(y + m_Radius + 1, last) * m_Width;
-            m_Maximum[y] = (y - std::min(y, m_Radius)) * m_Width;
-        }
         for (size_t x = 0; x < m_Width; ++x) {
             Sums sums;
-            addPlanes(sums, x, m_Radius + 1);
+            add_planes(sums, x, m_Radius + 1);
             for (size_t i = 1; i <= m_Radius; ++i) {
-                addPlanes(sums, x + i * m_Width, 1);
+                add_planes(sums, x + i * m_Width, 1);
             }
             for (size_t y = 0; y < m_Height; ++y) {
                 const auto pixel = static_cast<uint32_t>(m_Quotient[sums.red] << 16 | m_Quotient[sums.green] << 8 |
                                                          m_Quotient[sums.blue]) |
                                    0xFF000000U;
                 std::memcpy(dst + (y * m_Width + x) * sizeof(pixel), &pixel, sizeof(pixel));
-                addPlanes(sums, x + m_Minimum[y], 1);
-                addPlanes(sums, x + m_Maximum[y], ~size_t{0});
+                add_planes(sums, x + std::min(y + m_Radius + 1, last) * m_Width, 1);
+                add_planes(sums, x + (y - std::min(y, m_Radius)) * m_Width, ~size_t{0});
             }
         }
     }
 
-    void addPlanes(Sums& sums, size_t at, size_t factor) const {
+    void add_planes(Sums& sums, size_t at, size_t factor) const {
         sums.red += factor * static_cast<size_t>(m_Red[at]);
         sums.green += factor * static_cast<size_t>(m_Green[at]);
         sums.blue += factor * static_cast<size_t>(m_Blue[at]);
@@ -111,8 +101,6 @@ class FastBlur {
     WorkBuffer<int> m_Red;
     WorkBuffer<int> m_Green;
     WorkBuffer<int> m_Blue;
-    WorkBuffer<size_t> m_Minimum;
-    WorkBuffer<size_t> m_Maximum;
     WorkBuffer<int> m_Quotient;
 };
 

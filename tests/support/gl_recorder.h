@@ -9,7 +9,6 @@
 #include <GLES3/gl31.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <map>
 #include <string>
 #include <type_traits>
@@ -26,26 +25,25 @@ inline std::string attributes_text(const EGLint* list) {
     return text + "]";
 }
 
+// The name of an enumerator, or the number.
+std::string number_text(long long value);
+
 template <typename T>
 std::string argument_text(T value) {
-    char text[32];
     if constexpr (std::is_null_pointer_v<T>) {
         return "null";
     } else if constexpr (std::is_same_v<T, const EGLint*>) {
         return attributes_text(value);
     } else if constexpr (std::is_pointer_v<T>) {
         return value == nullptr ? "null" : "ptr";
-    } else if constexpr (std::is_floating_point_v<T>) {
-        return argument_text(static_cast<long long>(value));
     } else {
-        std::snprintf(text, sizeof text, "%lld", static_cast<long long>(value));
-        return text;
+        return number_text(static_cast<long long>(value));
     }
 }
 
 }  // namespace gl_recorder_detail
 
-// A call as the recorder writes it: "glBindTexture(3553, 1)". Pointers are "null" or "ptr",
+// A call as the recorder writes it: "glBindTexture(GL_TEXTURE_2D, 1)". Pointers are "null" or "ptr",
 // attribute lists "[12375 7 ]".
 template <typename... Arguments>
 std::string call(const char* name, Arguments... arguments) {
@@ -67,6 +65,10 @@ class GlRecorder {
     std::vector<std::string> take();
     std::vector<std::string> take_calls();
     std::vector<std::string> take_log();
+
+    // The calls since the last taking, one a line, while fail_every_call() is on: "!" after a call that a check of its
+    // own name follows, "!text" where the check has another text.
+    std::string take_checks();
 
     // From now on the function does not reach the driver, answers `result` and leaves the error `code` each time.
     void answer(const std::string& function, uint64_t result, GLenum code = 0) { m_Answers[function] = {result, code}; }

@@ -63,7 +63,10 @@ limited() (
     refuses "$@"
     exit $failures
 )
-limited 'cannot write target.jpg: ' scene target.jpg || failures=$((failures + 1))
+# A large file fails while it is written, a small one only in the last flush.
+for size in 320x180 80x45; do
+    limited 'cannot write target.jpg: ' scene target.jpg --size $size || failures=$((failures + 1))
+done
 
 # In place, over an existing file, through a link, and with odd names.
 accepts blur scene.jpg -o target.jpg --radius 254 --color 10aBfF --alpha 256
