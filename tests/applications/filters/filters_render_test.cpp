@@ -470,8 +470,8 @@ TEST_F(FiltersRender, ProcessesNothingWithoutPixels) {
     destroy(handle);
 }
 
-// Off screen a filter that kept its context would add gigabytes; on a surface, whose context lives on, a filter that
-// kept its input texture 60 MiB.
+// A filter that kept its context would add gigabytes here. On a surface the context lives on, and textures that were
+// kept would add 60 MiB.
 TEST_F(FiltersRender, ManyLivesTakeNoMoreMemoryThanAFew) {
     constexpr size_t kBound = 12 * 1024 * 1024;
     const ReferenceImage input = smooth_picture(512, 384);
