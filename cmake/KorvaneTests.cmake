@@ -31,7 +31,7 @@ function(korvane_add_jvm_test name)
 endfunction()
 
 # korvane_add_gpu_test(NAME SOURCES ... [LABELS ...] [ENVIRONMENT ...]): a test program that draws through EGL on a
-# virtual X server of its own, on Mesa's llvmpipe and once more, as NAME_softpipe, on its plain rasteriser. A program
+# virtual X server of its own with tests/support/gl_recorder.h in between, on Mesa's llvmpipe and once more, as NAME_softpipe, on its plain rasteriser. A program
 # without a context must fail. -noreset keeps the server from starting anew when its last client leaves, which
 # terminating an EGL display is. The reduced processor keeps llvmpipe from computing mediump in 16 bits, as it does where
 # the processor has F16C, so that exact comparisons hold everywhere.
@@ -43,7 +43,7 @@ function(korvane_add_gpu_test name)
         return()
     endif()
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT" ${ARGN})
-    korvane_add_test(${name} SOURCES ${arg_SOURCES} LIBRARIES ${arg_LIBRARIES}
+    korvane_add_test(${name} SOURCES ${arg_SOURCES} LIBRARIES korvane_gpu_support ${arg_LIBRARIES}
                      LABELS gpu ${arg_LABELS}
                      ENVIRONMENT ${KORVANE_GPU_ENVIRONMENT} GALLIUM_DRIVER=llvmpipe ${arg_ENVIRONMENT}
                      WRAPPER ${KORVANE_GPU_WRAPPER})

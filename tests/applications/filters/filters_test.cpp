@@ -15,6 +15,8 @@
 #include "tests/applications/filters/reference_filters.h"
 #include "tests/support/log_capture.h"
 
+extern const FilterDescription kImageFilterSepia;
+
 namespace {
 
 struct Setting {
@@ -115,8 +117,19 @@ void apply(const Golden& golden, ImageFilterBaseGL& filter) {
     }
 }
 
-auto_ptr<ImageFilterBaseGL> create(const char* shortName) {
-    return ImageFilterFactory::createFilter((std::string("ImageFilter") + shortName).c_str());
+// A filter that is released before it is deleted, without which the Table filter keeps its table's memory for good.
+class OwnedFilter : public auto_ptr<ImageFilterBaseGL> {
+  public:
+    using auto_ptr<ImageFilterBaseGL>::auto_ptr;
+    ~OwnedFilter() override {
+        if (get() != nullptr) {
+            get()->release();
+        }
+    }
+};
+
+OwnedFilter create(const char* shortName) {
+    return {ImageFilterFactory::createFilter((std::string("ImageFilter") + shortName).c_str())};
 }
 
 class Filters : public testing::Test {
@@ -127,7 +140,7 @@ class Filters : public testing::Test {
 TEST_F(Filters, ProcessMatchesTheReferenceAtDefaultsAndCorners) {
     const int sizes[][2] = {{64, 48}, {61, 97}};
     for (const Golden& golden : kGoldens) {
-        auto_ptr<ImageFilterBaseGL> filter = create(golden.filter);
+        const OwnedFilter filter = create(golden.filter);
         ASSERT_NE(filter.get(), nullptr);
         filter->initEngine();
         ASSERT_NE(filter->setupGraphics(1), 0);
@@ -161,7 +174,7 @@ TEST_F(Filters, TurnsCameraFramesAndKeepsWhatIsUpright) {
     picture[7 * 4] = 20;
     picture[5 * 8 * 4] = 30;
     picture[(6 * 8 - 1) * 4] = 40;
-    auto_ptr<ImageFilterBaseGL> filter = create("None");
+    const OwnedFilter filter = create("None");
     filter->initEngine();
     ASSERT_NE(filter->setupGraphics(1), 0);
 
@@ -272,7 +285,7 @@ TEST_F(Filters, RenderDrawsTexturesAndCameraTexturesToTheSurface) {
                 const ReferenceImage expected = expected_picture(golden, input, size[0], size[1], kCameraCorners);
                 for (const bool external : {false, true}) {
                     SCOPED_TRACE(trace(golden, size[0], size[1]) + (external ? " external" : " 2D"));
-                    auto_ptr<ImageFilterBaseGL> filter = create(golden.filter);
+                    const OwnedFilter filter = create(golden.filter);
                     ASSERT_NE(filter->setupGraphics(external ? 0 : GL_TEXTURE_2D), 0);
                     apply(golden, *filter);
                     const GLint name = external ? camera.name() : static_cast<GLint>(plain);
@@ -294,7 +307,7 @@ TEST_F(Filters, RenderDrawsTexturesAndCameraTexturesToTheSurface) {
 TEST_F(Filters, SetBitmapFeedsRender) {
     Surface surface(40, 30);
     const ReferenceImage input = smooth_picture(40, 30);
-    auto_ptr<ImageFilterBaseGL> filter = create("Xray");
+    const OwnedFilter filter = create("Xray");
     ASSERT_NE(filter->setupGraphics(1), 0);
     for (int i = 0; i < 2; ++i) {
         std::vector<unsigned char> pixels = input.pixels;
@@ -311,7 +324,7 @@ TEST_F(Filters, SeveralThreadsFilterAtOnce) {
     for (const char* name : {"Mirror", "Xray", "Distorted"}) {
         threads.emplace_back([name, &input] {
             for (int i = 0; i < 5; ++i) {
-                auto_ptr<ImageFilterBaseGL> filter = create(name);
+                const OwnedFilter filter = create(name);
                 filter->initEngine();
                 ASSERT_NE(filter->setupGraphics(1), 0);
                 std::vector<unsigned char> pixels = input.pixels;
@@ -331,7 +344,7 @@ TEST_F(Filters, SeveralThreadsFilterAtOnce) {
 }
 
 TEST_F(Filters, TakesALookupTableOfTheRightSizeOnly) {
-    auto_ptr<ImageFilterBaseGL> filter = create("Table");
+    const OwnedFilter filter = create("Table");
     std::vector<unsigned char> rgba(4096 * 64 * 4);
     for (size_t i = 0; i < rgba.size(); i += 4) {
         rgba[i] = static_cast<unsigned char>(255 - 4 * (i / 4 / 4096));
@@ -375,6 +388,21 @@ TEST_F(Filters, TakesALookupTableOfTheRightSizeOnly) {
     filter->release();
 }
 
+TEST_F(Filters, TheGuidesExampleRuns) {
+    const OwnedFilter filter(kImageFilterSepia.create());
+    filter->initEngine();
+    ASSERT_NE(filter->setupGraphics(1), 0);
+    float strength = 3;
+    filter->setParameters("mStrength", &strength);
+    std::vector<unsigned char> pixel = {200, 100, 50, 77};
+    filter->process(pixel.data(), 1, 1);
+    // Luma 124; strength is clamped to 1.
+    const std::vector<unsigned char> expected = {124, 99, 74, 77};
+    for (size_t k = 0; k < 4; ++k) {
+        EXPECT_NEAR(pixel[k], expected[k], 1);
+    }
+}
+
 TEST_F(Filters, ParametersAreKnownByTheirExactNames) {
     EXPECT_EQ(ImageFilterFactory::filters().size(), 8U);
     for (const FilterDescription* description : ImageFilterFactory::filters()) {
@@ -402,7 +430,7 @@ TEST_F(Filters, ParametersAreKnownByTheirExactNames) {
 TEST_F(Filters, SetupSaysWhichPathItTakes) {
     Surface surface(8, 8);
     for (const bool external : {false, true}) {
-        auto_ptr<ImageFilterBaseGL> filter = create("None");
+        const OwnedFilter filter = create("None");
         m_Log.clear();
         ASSERT_NE(filter->setupGraphics(external ? 0 : 1), 0);
         char address[32];
@@ -418,7 +446,7 @@ TEST_F(Filters, SetupSaysWhichPathItTakes) {
 
 TEST_F(Filters, WorksWithoutWhatItNeedsByDoingNothing) {
     std::vector<unsigned char> pixels(16, 9);
-    auto_ptr<ImageFilterBaseGL> filter = create("None");
+    const OwnedFilter filter = create("None");
     filter->render();
     filter->process(pixels.data(), 2, 2);
     EXPECT_EQ(pixels, std::vector<unsigned char>(16, 9));

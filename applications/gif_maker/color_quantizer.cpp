@@ -1,0 +1,421 @@
+#include "applications/gif_maker/color_quantizer.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "applications/gif_maker/nearest_color.h"
+#include "frameworks/core/memory.h"
+
+namespace {
+
+constexpr size_t kSide = 33;
+constexpr size_t kPlane = kSide * kSide;
+constexpr size_t kCells = kSide * kPlane;
+constexpr int32_t kLastCell = 32;
+constexpr size_t kChannelValues = 256;
+
+static_assert(ColorQuantizer::kMaxColors == korvane::kMaxPaletteColors);
+
+// kSide^3 zeroed cells behind the pointers that let them be written a[red][green][blue]; one block for galloc_free.
+template <typename T>
+T*** new_cube() {
+    void* block = galloc_alloc(kSide * sizeof(T**) + kPlane * sizeof(T*) + kCells * sizeof(T));
+    if (block == nullptr) {
+        return nullptr;
+    }
+    T*** cube = static_cast<T***>(block);
+    T** rows = reinterpret_cast<T**>(cube + kSide);
+    T* cells = reinterpret_cast<T*>(rows + kPlane);
+    for (size_t i = 0; i < kPlane; ++i) {
+        rows[i] = cells + i * kSide;
+    }
+    for (size_t i = 0; i < kSide; ++i) {
+        cube[i] = rows + i * kSide;
+    }
+    return cube;
+}
+
+template <typename T>
+T* new_array(size_t count) {
+    return static_cast<T*>(galloc_malloc(count * sizeof(T)));
+}
+
+template <typename T>
+void free_and_clear(T*& block) {
+    galloc_free(block);
+    block = nullptr;
+}
+
+template <typename T>
+T* cells_of(T*** cube) {
+    return cube[0][0];
+}
+
+// Turns the cells into sums over all cells with no coordinate greater.
+template <typename T>
+void accumulate(T*** cube) {
+    for (size_t r = 1; r < kSide; ++r) {
+        T area[kSide] = {};
+        for (size_t g = 1; g < kSide; ++g) {
+            T line = 0;
+            for (size_t b = 1; b < kSide; ++b) {
+                line += cube[r][g][b];
+                area[b] += line;
+                cube[r][g][b] = cube[r - 1][g][b] + area[b];
+            }
+        }
+    }
+}
+
+// The sum over a box, by inclusion and exclusion; Sum is what the terms are added in.
+template <typename Sum, typename T>
+Sum sum_over(const ColorCube& cube, T*** moment) {
+    const auto at = [moment](int32_t r, int32_t g, int32_t b) { return static_cast<Sum>(moment[r][g][b]); };
+    return at(cube.RedMaximum, cube.GreenMaximum, cube.BlueMaximum) -
+           at(cube.RedMaximum, cube.GreenMaximum, cube.BlueMinimum) -
+           at(cube.RedMaximum, cube.GreenMinimum, cube.BlueMaximum) +
+           at(cube.RedMaximum, cube.GreenMinimum, cube.BlueMinimum) -
+           at(cube.RedMinimum, cube.GreenMaximum, cube.BlueMaximum) +
+           at(cube.RedMinimum, cube.GreenMaximum, cube.BlueMinimum) +
+           at(cube.RedMinimum, cube.GreenMinimum, cube.BlueMaximum) -
+           at(cube.RedMinimum, cube.GreenMinimum, cube.BlueMinimum);
+}
+
+int64_t volume(const ColorCube& cube, int64_t*** moment) {
+    return sum_over<int64_t>(cube, moment);
+}
+
+double volumeFloat(const ColorCube& cube, float*** moment) {
+    return sum_over<double>(cube, moment);
+}
+
+enum class Axis { kRed, kGreen, kBlue };
+
+struct AxisBounds {
+    int32_t ColorCube::*minimum;
+    int32_t ColorCube::*maximum;
+};
+
+constexpr AxisBounds kAxisBounds[] = {{&ColorCube::RedMinimum, &ColorCube::RedMaximum},
+                                      {&ColorCube::GreenMinimum, &ColorCube::GreenMaximum},
+                                      {&ColorCube::BlueMinimum, &ColorCube::BlueMaximum}};
+
+// The part of the box's sum up to `position` on an axis that depends on `position`.
+int64_t top(const ColorCube& cube, Axis axis, int32_t position, int64_t*** moment) {
+    switch (axis) {
+        case Axis::kRed:
+            return moment[position][cube.GreenMaximum][cube.BlueMaximum] -
+                   moment[position][cube.GreenMaximum][cube.BlueMinimum] -
+                   moment[position][cube.GreenMinimum][cube.BlueMaximum] +
+                   moment[position][cube.GreenMinimum][cube.BlueMinimum];
+        case Axis::kGreen:
+            return moment[cube.RedMaximum][position][cube.BlueMaximum] -
+                   moment[cube.RedMaximum][position][cube.BlueMinimum] -
+                   moment[cube.RedMinimum][position][cube.BlueMaximum] +
+                   moment[cube.RedMinimum][position][cube.BlueMinimum];
+        default:
+            return moment[cube.RedMaximum][cube.GreenMaximum][position] -
+                   moment[cube.RedMaximum][cube.GreenMinimum][position] -
+                   moment[cube.RedMinimum][cube.GreenMaximum][position] +
+                   moment[cube.RedMinimum][cube.GreenMinimum][position];
+    }
+}
+
+// The part that does not.
+int64_t bottom(const ColorCube& cube, Axis axis, int64_t*** moment) {
+    return -top(cube, axis, cube.*kAxisBounds[static_cast<size_t>(axis)].minimum, moment);
+}
+
+struct Sums {
+    int64_t red;
+    int64_t green;
+    int64_t blue;
+    int64_t weight;
+};
+
+// In double, since the square of a channel sum passes 64 bits from about 6.9 million bright pixels.
+double squared_length(const Sums& sums) {
+    const double red = static_cast<double>(sums.red);
+    const double green = static_cast<double>(sums.green);
+    const double blue = static_cast<double>(sums.blue);
+    return red * red + green * green + blue * blue;
+}
+
+struct BestCut {
+    double score;
+    int32_t position;  // -1: none
+};
+
+template <typename SumsUpTo>
+BestCut maximize(const ColorCube& cube, Axis axis, const Sums& whole, const SumsUpTo& sums_up_to) {
+    BestCut best = {0.0, -1};
+    const AxisBounds& bounds = kAxisBounds[static_cast<size_t>(axis)];
+    for (int32_t position = cube.*bounds.minimum + 1; position < cube.*bounds.maximum; ++position) {
+        const Sums lower = sums_up_to(position);
+        const Sums upper = {whole.red - lower.red, whole.green - lower.green, whole.blue - lower.blue,
+                            whole.weight - lower.weight};
+        if (lower.weight == 0 || upper.weight == 0) {
+            continue;
+        }
+        const double score = squared_length(lower) / static_cast<double>(lower.weight) +
+                             squared_length(upper) / static_cast<double>(upper.weight);
+        if (score > best.score) {
+            best = {score, position};
+        }
+    }
+    return best;
+}
+
+int32_t cells_in(const ColorCube& cube) {
+    return (cube.RedMaximum - cube.RedMinimum) * (cube.GreenMaximum - cube.GreenMinimum) *
+           (cube.BlueMaximum - cube.BlueMinimum);
+}
+
+}  // namespace
+
+ColorQuantizer::ColorQuantizer() = default;
+
+ColorQuantizer::~ColorQuantizer() {
+    // Not a virtual call: a subclass's part is gone by now.
+    ColorQuantizer::release();
+}
+
+void ColorQuantizer::prepare(int32_t width, int height) {
+    release();
+    const int64_t size = static_cast<int64_t>(width) * height;
+    if (width < 0 || height < 0 || size > std::numeric_limits<int32_t>::max()) {
+        return;
+    }
+    imageWidth = width;
+    imageSize = static_cast<int32_t>(size);
+    if (!allocate()) {
+        release();
+        return;
+    }
+    cubes[0] = {0, kLastCell, 0, kLastCell, 0, kLastCell, kLastCell * kLastCell * kLastCell};
+    for (size_t i = 0; i < kChannelValues; ++i) {
+        table[i] = static_cast<int32_t>(i * i);
+    }
+    m_IsPrepared = true;
+}
+
+bool ColorQuantizer::allocate() {
+    const size_t pixels = static_cast<size_t>(imageSize);
+    cubes = new_array<ColorCube>(kMaxColors);
+    weights = new_cube<int64_t>();
+    momentsRed = new_cube<int64_t>();
+    momentsGreen = new_cube<int64_t>();
+    momentsBlue = new_cube<int64_t>();
+    moments = new_cube<float>();
+    table = new_array<int32_t>(kChannelValues);
+    quantizedPixels = new_array<int32_t>(pixels);
+    pixelsR = new_array<uint8_t>(pixels);
+    pixelsG = new_array<uint8_t>(pixels);
+    pixelsB = new_array<uint8_t>(pixels);
+    const bool havePixels =
+        quantizedPixels != nullptr && pixelsR != nullptr && pixelsG != nullptr && pixelsB != nullptr;
+    return cubes != nullptr && weights != nullptr && momentsRed != nullptr && momentsGreen != nullptr &&
+           momentsBlue != nullptr && moments != nullptr && table != nullptr && (havePixels || pixels == 0);
+}
+
+void ColorQuantizer::addColor(int32_t r, int32_t g, int32_t b) {
+    if (!m_IsPrepared || pixelIndex >= imageSize) {
+        return;
+    }
+    r = std::clamp(r, 0, 255);
+    g = std::clamp(g, 0, 255);
+    b = std::clamp(b, 0, 255);
+    // Cell 0 of each axis stays empty: it is the zero that cumulative sums begin with.
+    const int32_t cell =
+        ((r >> 3) + 1) * static_cast<int32_t>(kPlane) + ((g >> 3) + 1) * static_cast<int32_t>(kSide) + (b >> 3) + 1;
+    cells_of(weights)[cell] += 1;
+    cells_of(momentsRed)[cell] += r;
+    cells_of(momentsGreen)[cell] += g;
+    cells_of(momentsBlue)[cell] += b;
+    cells_of(moments)[cell] += static_cast<float>(table[r] + table[g] + table[b]);
+    quantizedPixels[pixelIndex] = cell;
+    pixelsR[pixelIndex] = static_cast<uint8_t>(r);
+    pixelsG[pixelIndex] = static_cast<uint8_t>(g);
+    pixelsB[pixelIndex] = static_cast<uint8_t>(b);
+    ++pixelIndex;
+}
+
+std::vector<Color>& ColorQuantizer::getPalette(int32_t colorCount) {
+    colors.clear();
+    if (!m_IsPrepared || colorCount < 1) {
+        return colors;
+    }
+    m_IsPrepared = false;
+    calculateMoments();
+    const int32_t boxCount = splitBoxes(std::min(colorCount, kMaxColors));
+    if (refine(boxCount)) {
+        appendMeans(boxCount);
+    }
+    pixelIndex = 0;
+    freeTemporaries();
+    return colors;
+}
+
+void ColorQuantizer::calculateMoments() {
+    accumulate(weights);
+    accumulate(momentsRed);
+    accumulate(momentsGreen);
+    accumulate(momentsBlue);
+    accumulate(moments);
+}
+
+// Returns the number of boxes made.
+int32_t ColorQuantizer::splitBoxes(int32_t colorCount) {
+    double variances[kMaxColors] = {};
+    const auto variance_of = [this](const ColorCube& cube) { return cube.Volume > 1 ? calculateVariance(cube) : 0.0; };
+    int32_t boxCount = 1;
+    int32_t next = 0;
+    while (boxCount < colorCount) {
+        if (cut(cubes[next], cubes[boxCount])) {
+            variances[next] = variance_of(cubes[next]);
+            variances[boxCount] = variance_of(cubes[boxCount]);
+            ++boxCount;
+        } else {
+            // It will not be chosen again.
+            variances[next] = 0.0;
+        }
+        const double* largest = std::max_element(variances, variances + boxCount);
+        if (*largest <= 0.0) {
+            break;
+        }
+        next = static_cast<int32_t>(largest - variances);
+    }
+    return boxCount;
+}
+
+bool ColorQuantizer::cut(ColorCube& first, ColorCube& second) const {
+    const Sums whole = {volume(first, momentsRed), volume(first, momentsGreen), volume(first, momentsBlue),
+                        volume(first, weights)};
+    constexpr Axis kAxes[] = {Axis::kRed, Axis::kGreen, Axis::kBlue};
+    BestCut best = {-1.0, -1};
+    Axis bestAxis = Axis::kRed;
+    for (const Axis axis : kAxes) {
+        const Sums base = {bottom(first, axis, momentsRed), bottom(first, axis, momentsGreen),
+                           bottom(first, axis, momentsBlue), bottom(first, axis, weights)};
+        const BestCut candidate = maximize(first, axis, whole, [&](int32_t position) {
+            return Sums{base.red + top(first, axis, position, momentsRed),
+                        base.green + top(first, axis, position, momentsGreen),
+                        base.blue + top(first, axis, position, momentsBlue),
+                        base.weight + top(first, axis, position, weights)};
+        });
+        if (candidate.score > best.score) {
+            best = candidate;
+            bestAxis = axis;
+        }
+    }
+    if (best.position < 0) {
+        return false;
+    }
+    const AxisBounds& bounds = kAxisBounds[static_cast<size_t>(bestAxis)];
+    second = first;
+    first.*bounds.maximum = best.position;
+    second.*bounds.minimum = best.position;
+    first.Volume = cells_in(first);
+    second.Volume = cells_in(second);
+    return true;
+}
+
+double ColorQuantizer::calculateVariance(const ColorCube& cube) const {
+    const Sums sums = {volume(cube, momentsRed), volume(cube, momentsGreen), volume(cube, momentsBlue),
+                       volume(cube, weights)};
+    return volumeFloat(cube, moments) - squared_length(sums) / static_cast<double>(sums.weight);
+}
+
+void ColorQuantizer::mark(const ColorCube& cube, int32_t label) {
+    for (int32_t r = cube.RedMinimum + 1; r <= cube.RedMaximum; ++r) {
+        for (int32_t g = cube.GreenMinimum + 1; g <= cube.GreenMaximum; ++g) {
+            int32_t* line = tag + r * static_cast<int32_t>(kPlane) + g * static_cast<int32_t>(kSide);
+            std::fill(line + cube.BlueMinimum + 1, line + cube.BlueMaximum + 1, label);
+        }
+    }
+}
+
+// False when memory is short.
+bool ColorQuantizer::refine(int32_t boxCount) {
+    const size_t entries = static_cast<size_t>(boxCount) + 1;
+    const size_t pixels = static_cast<size_t>(pixelIndex);
+    tag = static_cast<int32_t*>(galloc_alloc(kCells * sizeof(int32_t)));
+    reds = static_cast<int64_t*>(galloc_alloc(entries * sizeof(int64_t)));
+    greens = static_cast<int64_t*>(galloc_alloc(entries * sizeof(int64_t)));
+    blues = static_cast<int64_t*>(galloc_alloc(entries * sizeof(int64_t)));
+    sums = static_cast<int64_t*>(galloc_alloc(entries * sizeof(int64_t)));
+    indices = new_array<int32_t>(pixels);
+    if (tag == nullptr || reds == nullptr || greens == nullptr || blues == nullptr || sums == nullptr ||
+        (indices == nullptr && pixels != 0)) {
+        return false;
+    }
+
+    korvane::PaletteColors palette = {};
+    palette.count = static_cast<size_t>(boxCount);
+    for (int32_t k = 0; k < boxCount; ++k) {
+        mark(cubes[k], k);
+        const int64_t weight = volume(cubes[k], weights);
+        if (weight > 0) {
+            palette.red[k] = static_cast<int32_t>(volume(cubes[k], momentsRed) / weight);
+            palette.green[k] = static_cast<int32_t>(volume(cubes[k], momentsGreen) / weight);
+            palette.blue[k] = static_cast<int32_t>(volume(cubes[k], momentsBlue) / weight);
+        }
+    }
+    for (size_t i = 0; i < pixels; ++i) {
+        indices[i] = tag[quantizedPixels[i]];
+    }
+    korvane::nearest_colors({pixelsR, pixelsG, pixelsB, pixels}, palette, indices);
+    for (size_t i = 0; i < pixels; ++i) {
+        const int32_t entry = indices[i];
+        reds[entry] += pixelsR[i];
+        greens[entry] += pixelsG[i];
+        blues[entry] += pixelsB[i];
+        sums[entry] += 1;
+    }
+    return true;
+}
+
+void ColorQuantizer::appendMeans(int32_t boxCount) {
+    try {
+        colors.reserve(static_cast<size_t>(boxCount));
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+    for (int32_t k = 0; k < boxCount; ++k) {
+        const int64_t divisor = std::max<int64_t>(sums[k], 1);
+        colors.push_back({static_cast<int32_t>(reds[k] / divisor), static_cast<int32_t>(greens[k] / divisor),
+                          static_cast<int32_t>(blues[k] / divisor), 255});
+    }
+}
+
+void ColorQuantizer::freeTemporaries() {
+    free_and_clear(reds);
+    free_and_clear(greens);
+    free_and_clear(blues);
+    free_and_clear(sums);
+    free_and_clear(indices);
+    free_and_clear(tag);
+}
+
+void ColorQuantizer::release() {
+    m_IsPrepared = false;
+    freeTemporaries();
+    free_and_clear(weights);
+    free_and_clear(momentsRed);
+    free_and_clear(momentsGreen);
+    free_and_clear(momentsBlue);
+    free_and_clear(moments);
+    free_and_clear(table);
+    free_and_clear(quantizedPixels);
+    free_and_clear(pixelsR);
+    free_and_clear(pixelsG);
+    free_and_clear(pixelsB);
+    free_and_clear(cubes);
+    imageWidth = 0;
+    imageSize = 0;
+    pixelIndex = 0;
+}
