@@ -36,5 +36,7 @@ configure_package_config_file(cmake/korvaneConfig.cmake.in korvaneConfig.cmake
 write_basic_package_version_file(korvaneConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/korvaneConfig.cmake" "${CMAKE_CURRENT_BINARY_DIR}/korvaneConfigVersion.cmake"
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/korvane)
+# The file finds its folder's siblings by itself, so that `cmake --install --prefix` may put the copy anywhere.
+file(RELATIVE_PATH KORVANE_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 configure_file(cmake/korvane.pc.in korvane.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/korvane.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -2,6 +2,7 @@
 # with its own line in ctest. It links the static library, so it sees private parts. Labels: "gpu" needs a display with
 # EGL (the wrapper brings one), "jvm" needs a Java virtual machine; both stay on the desktop's own processor. "threads"
 # is what the thread sanitizer runs.
+add_custom_target(korvane_thread_tests)
 function(korvane_add_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT;WRAPPER" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
@@ -9,6 +10,9 @@ function(korvane_add_test name)
     target_link_libraries(${name} PRIVATE korvane_test_support GTest::gtest_main ${arg_LIBRARIES})
     add_test(NAME ${name} COMMAND ${arg_WRAPPER} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" ENVIRONMENT "${arg_ENVIRONMENT}" TIMEOUT 600)
+    if("threads" IN_LIST arg_LABELS)
+        add_dependencies(korvane_thread_tests ${name})
+    endif()
 endfunction()
 
 # korvane_add_jvm_test(NAME SOURCES ... [LABELS ...] [ENVIRONMENT ...] [WRAPPER ...]): a test program that starts a Java
@@ -28,4 +32,43 @@ function(korvane_add_jvm_test name)
     add_dependencies(${name} korvane korvane_java korvane_test_java)
     set_tests_properties(${name} PROPERTIES
         FAIL_REGULAR_EXPRESSION "WARNING in native method;FATAL ERROR in native method")
+endfunction()
+
+# korvane_add_gpu_test(NAME SOURCES ... [LABELS ...] [ENVIRONMENT ...]): a test program that draws through EGL on a
+# virtual X server of its own, with tests/support/gl_recorder.h in between; on Mesa's llvmpipe and once more, as
+# NAME_softpipe, on its plain rasteriser. A program without a context must fail. -noreset keeps the server from starting
+# anew when its last client leaves, as happens when an EGL display is terminated. The reduced processor keeps llvmpipe
+# from computing mediump in 16 bits, as it does where the processor has F16C, so that exact comparisons hold everywhere.
+set(KORVANE_GPU_WRAPPER xvfb-run -a -s "-noreset -screen 0 640x480x24")
+set(KORVANE_GPU_ENVIRONMENT GALLIUM_OVERRIDE_CPU_CAPS=sse4.1
+                            "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp")
+function(korvane_add_gpu_test name)
+    if(CMAKE_CROSSCOMPILING)
+        return()
+    endif()
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT" ${ARGN})
+    korvane_add_test(${name} SOURCES ${arg_SOURCES} LIBRARIES korvane_gpu_support ${arg_LIBRARIES}
+                     LABELS gpu ${arg_LABELS}
+                     ENVIRONMENT ${KORVANE_GPU_ENVIRONMENT} GALLIUM_DRIVER=llvmpipe ${arg_ENVIRONMENT}
+                     WRAPPER ${KORVANE_GPU_WRAPPER})
+    add_test(NAME ${name}_softpipe COMMAND ${KORVANE_GPU_WRAPPER} $<TARGET_FILE:${name}>)
+    set_tests_properties(${name}_softpipe PROPERTIES
+        LABELS "gpu;${arg_LABELS}" TIMEOUT 600
+        ENVIRONMENT "${KORVANE_GPU_ENVIRONMENT};GALLIUM_DRIVER=softpipe;${arg_ENVIRONMENT}")
+endfunction()
+
+# korvane_add_jvm_gpu_test(NAME SOURCES ...): a JVM test whose library draws, on both of Mesa's drivers as above. The
+# library's log goes to standard error, where the test reads it.
+function(korvane_add_jvm_gpu_test name)
+    korvane_add_jvm_test(${name} ${ARGN} LABELS gpu ENVIRONMENT ${KORVANE_GPU_ENVIRONMENT} KORVANE_LOG=1
+                         GALLIUM_DRIVER=llvmpipe WRAPPER ${KORVANE_GPU_WRAPPER})
+    if(NOT TARGET ${name})
+        return()
+    endif()
+    add_test(NAME ${name}_softpipe COMMAND ${KORVANE_GPU_WRAPPER} $<TARGET_FILE:${name}>)
+    foreach(property LABELS TIMEOUT ENVIRONMENT FAIL_REGULAR_EXPRESSION)
+        get_test_property(${name} ${property} value)
+        string(REPLACE GALLIUM_DRIVER=llvmpipe GALLIUM_DRIVER=softpipe value "${value}")
+        set_tests_properties(${name}_softpipe PROPERTIES ${property} "${value}")
+    endforeach()
 endfunction()

@@ -22,43 +22,48 @@ namespace fs = std::filesystem;
 // The codec says only that it failed; what libjpeg had to say about it goes to the log, and is picked up there.
 class CodecMessage {
   public:
-    CodecMessage() { set_android_log_sink(sink, this); }
-    ~CodecMessage() { set_android_log_sink(nullptr, nullptr); }
+    CodecMessage() { swap_android_log_listener(m_Others); }
+    ~CodecMessage() { swap_android_log_listener(m_Others); }
     CodecMessage(const CodecMessage&) = delete;
     CodecMessage& operator=(const CodecMessage&) = delete;
 
     const std::string& text() const { return m_Text; }
 
   private:
-    static void sink(void* user, int /*priority*/, const char* /*tag*/, const char* text) {
+    static void sink(void* user, int priority, const char* tag, const char* text) {
+        auto* self = static_cast<CodecMessage*>(user);
         constexpr char kBeforeMessage[] = "  msg: ";
         if (const char* found = strstr(text, kBeforeMessage)) {
-            std::string& message = static_cast<CodecMessage*>(user)->m_Text;
+            std::string& message = self->m_Text;
             message = found + strlen(kBeforeMessage);
             message.erase(message.find_last_not_of('\n') + 1);
+        }
+        // Another thread may be at work while a photo is read, and somebody may be following it.
+        if (self->m_Others.sink != nullptr) {
+            self->m_Others.sink(self->m_Others.user, priority, tag, text);
         }
     }
 
     std::string m_Text;
+    // Ours, until the constructor swaps it for the one that was there.
+    AndroidLogListener m_Others{sink, this};
 };
 
-// Knows whether the decoder asked for more than the file holds.
+// Knows whether the decoder, at the last, asked for more than the file holds.
 class PhotoSource : public FileStream {
   public:
     explicit PhotoSource(const std::string& path) : FileStream(path.c_str(), FILE_MODE_ONLY_READ) {}
 
     size_t read(void* buffer, size_t count) override {
         const size_t got = FileStream::read(buffer, count);
-        m_RanDry = m_RanDry || got < count;
-        m_Empty = got == 0;
+        m_RanOut = got == 0;
         return got;
     }
 
-    bool ranOut() const { return m_RanDry && m_Empty; }
+    bool ranOut() const { return m_RanOut; }
 
   private:
-    bool m_RanDry = false;
-    bool m_Empty = false;
+    bool m_RanOut = false;
 };
 
 // Counts what it was asked to write: a full disk may show as late as in the last flush, which has no answer.
@@ -132,7 +137,6 @@ fs::path resolve_target(const std::string& path) {
     return error ? fs::path(path) : resolved;
 }
 
-// What takes a decoded image to RGB or RGBA; 0 where nothing is to be done.
 auto_ptr<Image> convert_photo(auto_ptr<Image>& image, ImageFormatType format, const std::string& path) {
     if (image->getFormatType() == format) {
         return image;

@@ -18,17 +18,44 @@ namespace HWY_NAMESPACE {
 
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
+void CopyBytes(const uint8_t* src, uint8_t* dst, size_t count) {
+    std::memcpy(dst, src, count);
+}
+
 void SplitPairs(const uint8_t* pairs, uint8_t* evens, uint8_t* odds, size_t count) {
     split_pairs_scalar(pairs, evens, odds, count);
 }
 
 #else
 
-void SplitPairs(const uint8_t* pairs, uint8_t* evens, uint8_t* odds, size_t count) {
-    namespace hn = hwy::HWY_NAMESPACE;
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Where `dst` reaches a vector boundary; stores from there on do not straddle two cache lines.
+HWY_INLINE size_t BytesAhead(const uint8_t* dst, size_t lanes, size_t count) {
+    const size_t ahead = (lanes - reinterpret_cast<uintptr_t>(dst) % lanes) % lanes;
+    return ahead < count ? ahead : count;
+}
+
+// Not memcpy: above some size that one writes past the caches, but a preview frame is looked at again at once.
+void CopyBytes(const uint8_t* src, uint8_t* dst, size_t count) {
     const hn::ScalableTag<uint8_t> d;
     const size_t lanes = hn::Lanes(d);
-    size_t i = 0;
+    size_t i = BytesAhead(dst, lanes, count);
+    std::memcpy(dst, src, i);
+    for (; i + 2 * lanes <= count; i += 2 * lanes) {
+        const auto first = hn::LoadU(d, src + i);
+        const auto second = hn::LoadU(d, src + i + lanes);
+        hn::StoreU(first, d, dst + i);
+        hn::StoreU(second, d, dst + i + lanes);
+    }
+    std::memcpy(dst + i, src + i, count - i);
+}
+
+void SplitPairs(const uint8_t* pairs, uint8_t* evens, uint8_t* odds, size_t count) {
+    const hn::ScalableTag<uint8_t> d;
+    const size_t lanes = hn::Lanes(d);
+    size_t i = BytesAhead(odds, lanes, count);
+    split_pairs_scalar(pairs, evens, odds, i);
     for (; i + lanes <= count; i += lanes) {
         hn::Vec<decltype(d)> even;
         hn::Vec<decltype(d)> odd;
@@ -47,6 +74,7 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace korvane {
+HWY_EXPORT(CopyBytes);
 HWY_EXPORT(SplitPairs);
 }  // namespace korvane
 
@@ -61,7 +89,7 @@ void convert_to_yv12(const unsigned char* src, unsigned char* dst, int width, in
     const size_t luma = static_cast<size_t>(width) * static_cast<size_t>(height);
     unsigned char* v = dst + luma;
     unsigned char* u = dst + luma * 5 / 4;
-    std::memcpy(dst, src, luma);
+    HWY_DYNAMIC_DISPATCH(korvane::CopyBytes)(src, dst, luma);
     HWY_DYNAMIC_DISPATCH(korvane::SplitPairs)
     (src + luma, order == ChromaOrder::kUV ? u : v, order == ChromaOrder::kUV ? v : u, luma / 4);
 }

@@ -47,14 +47,21 @@ uint32_t LumaSumYuyv(const uint8_t* yuyv, size_t pixels) {
 namespace hn = hwy::HWY_NAMESPACE;
 
 using SumTag = hn::ScalableTag<int32_t>;
-using SumVector = hn::Vec<SumTag>;
 
-HWY_INLINE SumVector LoadBytesAsSums(SumTag d, const uint8_t* bytes) {
-    return hn::PromoteTo(d, hn::LoadU(hn::Rebind<uint8_t, SumTag>(), bytes));
+// For loops that do next to nothing with a stream far larger than the caches. On x86-64 the prefetchers follow it best
+// in steps of 16 bytes: wider vectors were measured 10 to 20 % slower at 12 megapixels and no faster at 2.
+#if HWY_ARCH_X86
+using StreamTag = hn::CappedTag<int32_t, 4>;
+#else
+using StreamTag = SumTag;
+#endif
+
+HWY_INLINE hn::Vec<StreamTag> LoadBytesAsSums(StreamTag d, const uint8_t* bytes) {
+    return hn::PromoteTo(d, hn::LoadU(hn::Rebind<uint8_t, StreamTag>(), bytes));
 }
 
 void MergeMax(const uint8_t* frame, int* sums, size_t count) {
-    const SumTag d;
+    const StreamTag d;
     const size_t lanes = hn::Lanes(d);
     size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
@@ -64,7 +71,7 @@ void MergeMax(const uint8_t* frame, int* sums, size_t count) {
 }
 
 void MergeFirst(const uint8_t* frame, int* sums, size_t count) {
-    const SumTag d;
+    const StreamTag d;
     const size_t lanes = hn::Lanes(d);
     size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
@@ -74,7 +81,7 @@ void MergeFirst(const uint8_t* frame, int* sums, size_t count) {
 }
 
 void MergeAdd(const uint8_t* frame, int* sums, size_t count) {
-    const SumTag d;
+    const StreamTag d;
     const size_t lanes = hn::Lanes(d);
     size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
@@ -84,10 +91,10 @@ void MergeAdd(const uint8_t* frame, int* sums, size_t count) {
 }
 
 void MergedLowBytes(const int* sums, uint8_t* frame, size_t count) {
-    const SumTag d;
-    const hn::Rebind<uint8_t, SumTag> dBytes;
+    const StreamTag d;
+    const hn::Rebind<uint8_t, StreamTag> dBytes;
     const size_t lanes = hn::Lanes(d);
-    const SumVector mask = hn::Set(d, 0xFF);
+    const auto mask = hn::Set(d, 0xFF);
     size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
         hn::StoreU(hn::DemoteTo(dBytes, hn::And(hn::LoadU(d, sums + i), mask)), dBytes, frame + i);

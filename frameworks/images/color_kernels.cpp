@@ -1,8 +1,10 @@
 // Bytes are worked on as 16-bit lanes of even and of odd pixels: a pair is then one lane of each, a quad two
 // neighbouring lanes of each, and sums over them are vertical. The table entries are computed: for a byte i, the
-// truncated product with a coefficient of Y, U or V is the high half of i x m, and for a signed x = i - offset it is k
-// x plus the signed high half of x x m, plus 1 below 0. The multipliers m give the entry of every i.
+// truncated product with a coefficient of Y, U or V is the high half of i * m; for a signed x = i - offset it is the
+// signed high half of 4x * m or 8x * m, plus 1 below 0. The multipliers m were chosen to give the entry of every i.
 #include "frameworks/images/color_kernels.h"
+
+#include <hwy/cache_control.h>
 
 #include "frameworks/images/color_kernels_scalar.h"
 
@@ -53,6 +55,11 @@ HWY_INLINE ByteVector Joined(LaneVector even, LaneVector odd) {
     return hn::BitCast(ByteTag(), hn::Or(even, hn::ShiftLeft<8>(odd)));
 }
 
+// Each 16-byte block by the table.
+HWY_INLINE ByteVector Shuffled(ByteVector bytes, const uint8_t* HWY_RESTRICT table) {
+    return hn::TableLookupBytes(bytes, hn::LoadDup128(ByteTag(), table));
+}
+
 HWY_INLINE void LoadWords(const uint8_t* from, LaneVector& even, LaneVector& odd) {
     // LoadInterleaved takes any alignment, whatever its pointer type says.
     hn::LoadInterleaved2(LaneTag(), reinterpret_cast<const uint16_t*>(from), even, odd);
@@ -67,6 +74,130 @@ HWY_INLINE void StoreLowBytes(LaneVector lanes, uint8_t* to) {
     const HalfByteTag d;
     hn::StoreU(hn::DemoteTo(d, hn::BitCast(SignedTag(), lanes)), d, to);
 }
+
+// ---- Three interleaved channels
+
+#if HWY_ARCH_X86
+
+// Without instructions that interleave by three, the 48 bytes of 16 pixels are three blocks in which byte j of block k
+// belongs to channel (k + j) mod 3. For each j, each channel has one block: blending by j mod 3 parts the blocks into
+// channels or joins channels to blocks, and one shuffle a channel orders its bytes. Packing leaves the even pixels of a
+// block in front of the odd ones, which the shuffle undoes in passing.
+struct ThreeChannelTables {
+    uint8_t remainder[2][16];  // 255 where j mod 3 is 0, and where it is 1
+    uint8_t toPixels[3][16];
+    uint8_t fromPacked[3][16];
+};
+
+constexpr ThreeChannelTables make_three_channel_tables() {
+    ThreeChannelTables tables{};
+    for (size_t j = 0; j < 16; ++j) {
+        for (size_t remainder = 0; remainder < 2; ++remainder) {
+            tables.remainder[remainder][j] = j % 3 == remainder ? 255 : 0;
+        }
+        for (size_t channel = 0; channel < 3; ++channel) {
+            const size_t block = (channel + 15 - j) % 3;
+            const size_t pixel = (16 * block + j) / 3;
+            tables.toPixels[channel][pixel] = static_cast<uint8_t>(j);
+            tables.fromPacked[channel][j] = static_cast<uint8_t>(pixel % 2 * 8 + pixel / 2);
+        }
+    }
+    return tables;
+}
+
+HWY_ALIGN constexpr ThreeChannelTables kThreeChannels = make_three_channel_tables();
+
+// The bytes of `zero` where j mod 3 is 0, of `one` where it is 1 and of `two` where it is 2.
+HWY_INLINE ByteVector ByRemainder(ByteVector zero, ByteVector one, ByteVector two) {
+    const ByteTag d;
+    return hn::IfVecThenElse(hn::LoadDup128(d, kThreeChannels.remainder[0]), zero,
+                             hn::IfVecThenElse(hn::LoadDup128(d, kThreeChannels.remainder[1]), one, two));
+}
+
+// Blocks lie in memory as a0 b0 c0 a1 b1 c1 and so on.
+template <class D, class V>
+HWY_INLINE void LoadBlocksInTurn(D d, const uint8_t* from, V& a, V& b, V& c) {
+    constexpr size_t kBytes = hn::MaxLanes(D());
+    if constexpr (kBytes == 16) {
+        a = hn::LoadU(d, from);
+        b = hn::LoadU(d, from + 16);
+        c = hn::LoadU(d, from + 32);
+    } else {
+        const hn::Half<D> dHalf;
+        hn::Vec<hn::Half<D> > a0, b0, c0, a1, b1, c1;
+        LoadBlocksInTurn(dHalf, from, a0, b0, c0);
+        LoadBlocksInTurn(dHalf, from + 3 * kBytes / 2, a1, b1, c1);
+        a = hn::Combine(d, a1, a0);
+        b = hn::Combine(d, b1, b0);
+        c = hn::Combine(d, c1, c0);
+    }
+}
+
+// Even and odd pixels, clamped to bytes, for StoreClamped.
+HWY_INLINE ByteVector Clamped(SignedVector even, SignedVector odd) {
+#if HWY_MAX_BYTES == 64
+    return ByteVector{_mm512_packus_epi16(even.raw, odd.raw)};
+#elif HWY_MAX_BYTES == 32
+    return ByteVector{_mm256_packus_epi16(even.raw, odd.raw)};
+#else
+    return ByteVector{_mm_packus_epi16(even.raw, odd.raw)};
+#endif
+}
+
+template <class D, class V>
+HWY_INLINE void StoreBlocksInTurn(D d, V a, V b, V c, uint8_t* to) {
+    constexpr size_t kBytes = hn::MaxLanes(D());
+    if constexpr (kBytes == 16) {
+        hn::StoreU(a, d, to);
+        hn::StoreU(b, d, to + 16);
+        hn::StoreU(c, d, to + 32);
+    } else if constexpr (kBytes == 32) {
+        hn::StoreU(hn::ConcatLowerLower(d, b, a), d, to);
+        hn::StoreU(hn::ConcatUpperLower(d, a, c), d, to + 32);
+        hn::StoreU(hn::ConcatUpperUpper(d, c, b), d, to + 64);
+    } else {
+        const hn::Half<D> dHalf;
+        StoreBlocksInTurn(dHalf, hn::LowerHalf(dHalf, a), hn::LowerHalf(dHalf, b), hn::LowerHalf(dHalf, c), to);
+        StoreBlocksInTurn(dHalf, hn::UpperHalf(dHalf, a), hn::UpperHalf(dHalf, b), hn::UpperHalf(dHalf, c),
+                          to + 3 * kBytes / 2);
+    }
+}
+
+HWY_INLINE void LoadPixels(const uint8_t* rgb, ByteVector& r, ByteVector& g, ByteVector& b) {
+    ByteVector block0, block1, block2;
+    LoadBlocksInTurn(ByteTag(), rgb, block0, block1, block2);
+    r = Shuffled(ByRemainder(block0, block2, block1), kThreeChannels.toPixels[0]);
+    g = Shuffled(ByRemainder(block1, block0, block2), kThreeChannels.toPixels[1]);
+    b = Shuffled(ByRemainder(block2, block1, block0), kThreeChannels.toPixels[2]);
+}
+
+HWY_INLINE void StoreClamped(ByteVector r, ByteVector g, ByteVector b, uint8_t* rgb) {
+    r = Shuffled(r, kThreeChannels.fromPacked[0]);
+    g = Shuffled(g, kThreeChannels.fromPacked[1]);
+    b = Shuffled(b, kThreeChannels.fromPacked[2]);
+    StoreBlocksInTurn(ByteTag(), ByRemainder(r, g, b), ByRemainder(g, b, r), ByRemainder(b, r, g), rgb);
+}
+
+#else
+
+HWY_INLINE ByteVector Clamped(SignedVector even, SignedVector odd) {
+    const SignedTag d;
+    const LaneTag dLanes;
+    const SignedVector most = hn::Set(d, 255);
+    even = hn::Min(hn::Max(even, hn::Zero(d)), most);
+    odd = hn::Min(hn::Max(odd, hn::Zero(d)), most);
+    return Joined(hn::BitCast(dLanes, even), hn::BitCast(dLanes, odd));
+}
+
+HWY_INLINE void LoadPixels(const uint8_t* rgb, ByteVector& r, ByteVector& g, ByteVector& b) {
+    hn::LoadInterleaved3(ByteTag(), rgb, r, g, b);
+}
+
+HWY_INLINE void StoreClamped(ByteVector r, ByteVector g, ByteVector b, uint8_t* rgb) {
+    hn::StoreInterleaved3(r, g, b, ByteTag(), rgb);
+}
+
+#endif
 
 // ---- RGB to luma and chroma
 
@@ -93,7 +224,7 @@ HWY_INLINE LaneVector RawV(LaneVector r, LaneVector g, LaneVector b) {
 HWY_INLINE void LoadEncoded(const uint8_t* rgb, LaneVector& yEven, LaneVector& yOdd, LaneVector& uEven,
                             LaneVector& uOdd, LaneVector& vEven, LaneVector& vOdd) {
     ByteVector r, g, b;
-    hn::LoadInterleaved3(ByteTag(), rgb, r, g, b);
+    LoadPixels(rgb, r, g, b);
     yEven = Luma(Even(r), Even(g), Even(b));
     uEven = RawU(Even(r), Even(g), Even(b));
     vEven = RawV(Even(r), Even(g), Even(b));
@@ -114,6 +245,20 @@ HWY_INLINE QuadVector QuadMean(LaneVector pairSums) {
     const QuadVector sum = hn::Add(hn::And(biased, hn::Set(d, 0xFFFF)), hn::ShiftRight<16>(biased));
     return hn::ShiftRight<2>(sum);
 }
+
+constexpr size_t kCacheLineBytes = 64;
+
+// A vector of pixels `distance` bytes further on, which may be past the end of the picture.
+HWY_INLINE void PrefetchPixels(const uint8_t* rgb, size_t distance) {
+    const uintptr_t from = reinterpret_cast<uintptr_t>(rgb) + distance;
+    for (size_t line = 0; line < 3 * hn::Lanes(ByteTag()); line += kCacheLineBytes) {
+        hwy::Prefetch(reinterpret_cast<const uint8_t*>(from + line));
+    }
+}
+
+// The encoders that write several planes ask for pixels this far ahead, as the processor does not do so well by itself
+// with more streams than one or two: a fifth off the time.
+constexpr size_t kAheadBytes = 2048;
 
 template <bool kUFirst>
 HWY_INLINE void EncodePackedPairs(const uint8_t* rgb, uint8_t* packed, size_t pairs, ColorKernels::Packed tail) {
@@ -143,6 +288,7 @@ void Rgb2Yuv422p(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t 
     size_t i = 0;
     for (; i + step <= pairs; i += step) {
         LaneVector yEven, yOdd, uEven, uOdd, vEven, vOdd;
+        PrefetchPixels(rgb + 6 * i, kAheadBytes);
         LoadEncoded(rgb + 6 * i, yEven, yOdd, uEven, uOdd, vEven, vOdd);
         hn::StoreU(Joined(yEven, yOdd), d, y + 2 * i);
         StoreLowBytes(PairMean(uEven, uOdd), u + i);
@@ -159,6 +305,7 @@ void Rgb2Yv12OrYu12(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size
     size_t i = 0;
     for (; i + step <= quads; i += step) {
         LaneVector yEven, yOdd, uEven, uOdd, vEven, vOdd;
+        PrefetchPixels(rgb + 12 * i, kAheadBytes);
         LoadEncoded(rgb + 12 * i, yEven, yOdd, uEven, uOdd, vEven, vOdd);
         hn::StoreU(Joined(yEven, yOdd), d, y + 4 * i);
         hn::StoreU(hn::DemoteTo(dQuarter, hn::BitCast(dSigned, QuadMean(hn::Add(uEven, uOdd)))), dQuarter, u + i);
@@ -175,6 +322,7 @@ void Rgb2Nv12(const uint8_t* rgb, uint8_t* y, uint8_t* uv, size_t quads) {
     size_t i = 0;
     for (; i + step <= quads; i += step) {
         LaneVector yEven, yOdd, uEven, uOdd, vEven, vOdd;
+        PrefetchPixels(rgb + 12 * i, kAheadBytes);
         LoadEncoded(rgb + 12 * i, yEven, yOdd, uEven, uOdd, vEven, vOdd);
         hn::StoreU(Joined(yEven, yOdd), d, y + 4 * i);
         // V counts the first pixel in place of the second one: in even lanes, V0 + V0; in odd ones, V2 + V3.
@@ -186,14 +334,19 @@ void Rgb2Nv12(const uint8_t* rgb, uint8_t* y, uint8_t* uv, size_t quads) {
     kColorKernelsScalar.rgb2nv12(rgb + 12 * i, y + 4 * i, uv + 2 * i, quads - i);
 }
 
+// Two rows at a time are two streams that begin anew with each pair, so that the processor does not foresee the next
+// pair: fetching it ahead takes a quarter off the time.
 void Rgb2Nv21Rows(const uint8_t* top, const uint8_t* bottom, uint8_t* yTop, uint8_t* yBottom, uint8_t* vu,
                   size_t pairs) {
     const ByteTag d;
     const LaneVector rounding = hn::Set(LaneTag(), 512);
+    const size_t toNextPair = 2 * static_cast<size_t>(bottom - top);
     const size_t step = hn::Lanes(LaneTag());
     size_t i = 0;
     for (; i + step <= pairs; i += step) {
         LaneVector yEven, yOdd, uEven, uOdd, vEven, vOdd;
+        PrefetchPixels(top + 6 * i, toNextPair);
+        PrefetchPixels(bottom + 6 * i, toNextPair);
         LoadEncoded(top + 6 * i, yEven, yOdd, uEven, uOdd, vEven, vOdd);
         hn::StoreU(Joined(yEven, yOdd), d, yTop + 2 * i);
         // U counts the top left pixel in place of the top right one.
@@ -226,68 +379,59 @@ void Rgb2Yuv(const uint8_t* rgb, uint8_t* yuv, size_t pixels) {
 
 // ---- Luma and chroma to RGB
 
-// A channel is a luma term plus a chroma term, clamped to a byte. The terms carry biases that make 0 of the sum lie at
-// 0x7F00: a saturating signed addition then cuts off what is above 255, and taking the bias away again in saturating
-// unsigned arithmetic what is below 0.
-constexpr int16_t kLumaBias = 0x7E00;
-constexpr int16_t kChromaBias = 0x0100;
-constexpr uint16_t kSumBias = 0x7F00;
-
-// The signed high half of x x m, plus 1 below 0.
-HWY_INLINE SignedVector ScaledTowardZero(SignedVector x, SignedVector multipliers) {
+// x * multiplier / 65536, truncated toward zero.
+HWY_INLINE SignedVector Truncated(SignedVector x, SignedVector multipliers) {
     return hn::Sub(hn::MulHigh(x, multipliers), hn::ShiftRight<15>(x));
 }
 
-HWY_INLINE SignedVector Centred(LaneVector bytes, int16_t offset) {
+HWY_INLINE SignedVector Truncated(SignedVector x, int16_t multiplier) {
+    return Truncated(x, hn::Set(SignedTag(), multiplier));
+}
+
+// For quarters of the luma and eighths of the chroma. Each gives all 256 entries of its table.
+constexpr int16_t kLumaFromY = 19071;
+constexpr int16_t kRedFromV = 13075;
+constexpr int16_t kGreenFromU = 3204;
+constexpr int16_t kGreenFromV = 6658;
+constexpr int16_t kBlueFromU = 16531;
+
+// (byte - offset) * 2^shift
+template <int kOffset, int kShift>
+HWY_INLINE SignedVector Centred(LaneVector bytes) {
     const SignedTag d;
-    return hn::Sub(hn::BitCast(d, bytes), hn::Set(d, offset));
+    return hn::Sub(hn::BitCast(d, hn::ShiftLeft<kShift>(bytes)), hn::Set(d, kOffset << kShift));
 }
 
 HWY_INLINE SignedVector LumaTerm(LaneVector y) {
-    const SignedTag d;
-    const SignedVector x = Centred(y, 16);
-    return hn::Add(hn::Add(x, hn::Set(d, kLumaBias)), ScaledTowardZero(x, hn::Set(d, 10746)));
+    return Truncated(Centred<16, 2>(y), kLumaFromY);
 }
 
-// Red from V or blue from U. Twice the raw byte is 2 x and the bias.
-template <int16_t kMultiplier>
-HWY_INLINE SignedVector OuterTerm(LaneVector chroma) {
-    const SignedTag d;
-    static_assert(kChromaBias == 2 * 128);
-    return hn::Add(hn::BitCast(d, hn::Add(chroma, chroma)),
-                   ScaledTowardZero(Centred(chroma, 128), hn::Set(d, kMultiplier)));
+HWY_INLINE SignedVector ChromaEighths(LaneVector chroma) {
+    return Centred<128, 3>(chroma);
 }
 
-HWY_INLINE SignedVector RedTerm(LaneVector v) {
-    return OuterTerm<-26473>(v);
-}
-
-HWY_INLINE SignedVector BlueTerm(LaneVector u) {
-    return OuterTerm<1175>(u);
-}
-
-HWY_INLINE SignedVector GreenTerm(LaneVector u, LaneVector v) {
-    const SignedTag d;
-    const SignedVector fromU = ScaledTowardZero(Centred(u, 128), hn::Set(d, 25631));
-    const SignedVector xV = Centred(v, 128);
-    const SignedVector fromV = hn::Add(xV, ScaledTowardZero(xV, hn::Set(d, -12271)));
-    return hn::Sub(hn::Set(d, kChromaBias), hn::Add(fromU, fromV));
-}
-
-HWY_INLINE LaneVector Clamped(SignedVector luma, SignedVector chroma) {
-    const LaneTag d;
-    return hn::SaturatedSub(hn::BitCast(d, hn::SaturatedAdd(luma, chroma)), hn::Set(d, kSumBias));
-}
-
-// Stores a vector of pixels whose even and odd neighbours share their chroma.
-HWY_INLINE void StoreDecoded(LaneVector yEven, LaneVector yOdd, SignedVector red, SignedVector green, SignedVector blue,
+// Stores the pixels with these luma and chroma terms; the green term is taken off.
+HWY_INLINE void StoreDecoded(SignedVector evenLuma, SignedVector evenRed, SignedVector evenGreen, SignedVector evenBlue,
+                             SignedVector oddLuma, SignedVector oddRed, SignedVector oddGreen, SignedVector oddBlue,
                              uint8_t* rgb) {
-    const SignedVector even = LumaTerm(yEven);
-    const SignedVector odd = LumaTerm(yOdd);
-    const ByteVector r = Joined(Clamped(even, red), Clamped(odd, red));
-    const ByteVector g = Joined(Clamped(even, green), Clamped(odd, green));
-    const ByteVector b = Joined(Clamped(even, blue), Clamped(odd, blue));
-    hn::StoreInterleaved3(r, g, b, ByteTag(), rgb);
+    const auto r = Clamped(hn::Add(evenLuma, evenRed), hn::Add(oddLuma, oddRed));
+    const auto g = Clamped(hn::Sub(evenLuma, evenGreen), hn::Sub(oddLuma, oddGreen));
+    const auto b = Clamped(hn::Add(evenLuma, evenBlue), hn::Add(oddLuma, oddBlue));
+    StoreClamped(r, g, b, rgb);
+}
+
+// The same where even and odd neighbours share their chroma.
+HWY_INLINE void StoreDecodedPairs(LaneVector yEven, LaneVector yOdd, SignedVector red, SignedVector green,
+                                  SignedVector blue, uint8_t* rgb) {
+    StoreDecoded(LumaTerm(yEven), red, green, blue, LumaTerm(yOdd), red, green, blue, rgb);
+}
+
+HWY_INLINE void StoreDecodedPairs(LaneVector yEven, LaneVector yOdd, LaneVector uBytes, LaneVector vBytes,
+                                  uint8_t* rgb) {
+    const SignedVector u = ChromaEighths(uBytes);
+    const SignedVector v = ChromaEighths(vBytes);
+    const SignedVector green = hn::Add(Truncated(u, kGreenFromU), Truncated(v, kGreenFromV));
+    StoreDecodedPairs(yEven, yOdd, Truncated(v, kRedFromV), green, Truncated(u, kBlueFromU), rgb);
 }
 
 template <bool kUFirst>
@@ -301,7 +445,7 @@ HWY_INLINE void DecodePackedPairs(const uint8_t* packed, uint8_t* rgb, size_t pa
         LoadWords(packed + 4 * i, even, odd);
         const LaneVector u = hn::ShiftRight<8>(kUFirst ? even : odd);
         const LaneVector v = hn::ShiftRight<8>(kUFirst ? odd : even);
-        StoreDecoded(hn::And(even, low), hn::And(odd, low), RedTerm(v), GreenTerm(u, v), BlueTerm(u), rgb + 6 * i);
+        StoreDecodedPairs(hn::And(even, low), hn::And(odd, low), u, v, rgb + 6 * i);
     }
     tail(packed + 4 * i, rgb + 6 * i, pairs - i);
 }
@@ -323,7 +467,7 @@ void Yuv422p2Rgb(const uint8_t* yPlane, const uint8_t* uPlane, const uint8_t* vP
         const ByteVector y = hn::LoadU(ByteTag(), yPlane + 2 * i);
         const LaneVector u = hn::PromoteTo(d, hn::LoadU(dHalf, uPlane + i));
         const LaneVector v = hn::PromoteTo(d, hn::LoadU(dHalf, vPlane + i));
-        StoreDecoded(Even(y), Odd(y), RedTerm(v), GreenTerm(u, v), BlueTerm(u), rgb + 6 * i);
+        StoreDecodedPairs(Even(y), Odd(y), u, v, rgb + 6 * i);
     }
     kColorKernelsScalar.yuv422p2rgb(yPlane + 2 * i, uPlane + i, vPlane + i, rgb + 6 * i, pairs - i);
 }
@@ -334,25 +478,31 @@ HWY_INLINE SignedVector Alternating(int16_t even, int16_t odd) {
     return hn::BitCast(SignedTag(), hn::Set(QuadTag(), both));
 }
 
+// For the two lanes of each quad.
+alignas(16) constexpr uint8_t kFirstLane[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
+alignas(16) constexpr uint8_t kSecondLane[16] = {2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15};
+alignas(16) constexpr uint8_t kSwapLanes[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
+
+HWY_INLINE SignedVector InEachQuad(SignedVector lanes, const uint8_t* HWY_RESTRICT table) {
+    return hn::BitCast(SignedTag(), Shuffled(hn::BitCast(ByteTag(), lanes), table));
+}
+
 // Decodes a vector of luma with one U and V for each 32-bit lane of it, the first of them in the lower half. Red and
 // blue, and the two parts of green, share their multiplications.
 template <bool kUFirst>
 HWY_INLINE void StoreDecodedQuads(const uint8_t* yFrom, LaneVector chroma, uint8_t* rgb) {
-    const SignedTag d;
-    const QuadTag dQuad;
-    const SignedVector outerMultipliers = kUFirst ? Alternating(1175, -26473) : Alternating(-26473, 1175);
-    const SignedVector greenMultipliers = kUFirst ? Alternating(25631, -12271) : Alternating(-12271, 25631);
-    const SignedVector onlyV = kUFirst ? Alternating(0, -1) : Alternating(-1, 0);
-    const SignedVector x = Centred(chroma, 128);
-    const SignedVector outer = hn::Add(hn::BitCast(d, hn::Add(chroma, chroma)), ScaledTowardZero(x, outerMultipliers));
-    const SignedVector part = hn::Add(hn::And(x, onlyV), ScaledTowardZero(x, greenMultipliers));
-    const SignedVector otherPart = hn::BitCast(d, hn::RotateRight<16>(hn::BitCast(dQuad, part)));
-    const SignedVector green = hn::Sub(hn::Set(d, kChromaBias), hn::Add(part, otherPart));
-    const QuadVector outerQuads = hn::BitCast(dQuad, outer);
-    const SignedVector first = hn::OddEven(hn::BitCast(d, hn::ShiftLeft<16>(outerQuads)), outer);
-    const SignedVector second = hn::OddEven(outer, hn::BitCast(d, hn::ShiftRight<16>(outerQuads)));
+    const SignedVector outerMultipliers =
+        kUFirst ? Alternating(kBlueFromU, kRedFromV) : Alternating(kRedFromV, kBlueFromU);
+    const SignedVector greenMultipliers =
+        kUFirst ? Alternating(kGreenFromU, kGreenFromV) : Alternating(kGreenFromV, kGreenFromU);
+    const SignedVector x = ChromaEighths(chroma);
+    const SignedVector outer = Truncated(x, outerMultipliers);
+    const SignedVector part = Truncated(x, greenMultipliers);
+    const SignedVector green = hn::Add(part, InEachQuad(part, kSwapLanes));
+    const SignedVector first = InEachQuad(outer, kFirstLane);
+    const SignedVector second = InEachQuad(outer, kSecondLane);
     const ByteVector y = hn::LoadU(ByteTag(), yFrom);
-    StoreDecoded(Even(y), Odd(y), kUFirst ? second : first, green, kUFirst ? first : second, rgb);
+    StoreDecodedPairs(Even(y), Odd(y), kUFirst ? second : first, green, kUFirst ? first : second, rgb);
 }
 
 void Yv12OrYu122Rgb(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, size_t quads) {
@@ -395,14 +545,16 @@ void Yuv2Rgb(const uint8_t* yuv, uint8_t* rgb, size_t pixels) {
     size_t i = 0;
     for (; i + step <= pixels; i += step) {
         ByteVector y, u, v;
-        hn::LoadInterleaved3(d, yuv + 3 * i, y, u, v);
-        const SignedVector even = LumaTerm(Even(y));
-        const SignedVector odd = LumaTerm(Odd(y));
-        const ByteVector r = Joined(Clamped(even, RedTerm(Even(v))), Clamped(odd, RedTerm(Odd(v))));
-        const ByteVector g =
-            Joined(Clamped(even, GreenTerm(Even(u), Even(v))), Clamped(odd, GreenTerm(Odd(u), Odd(v))));
-        const ByteVector b = Joined(Clamped(even, BlueTerm(Even(u))), Clamped(odd, BlueTerm(Odd(u))));
-        hn::StoreInterleaved3(r, g, b, d, rgb + 3 * i);
+        LoadPixels(yuv + 3 * i, y, u, v);
+        const SignedVector uEven = ChromaEighths(Even(u));
+        const SignedVector uOdd = ChromaEighths(Odd(u));
+        const SignedVector vEven = ChromaEighths(Even(v));
+        const SignedVector vOdd = ChromaEighths(Odd(v));
+        StoreDecoded(LumaTerm(Even(y)), Truncated(vEven, kRedFromV),
+                     hn::Add(Truncated(uEven, kGreenFromU), Truncated(vEven, kGreenFromV)),
+                     Truncated(uEven, kBlueFromU), LumaTerm(Odd(y)), Truncated(vOdd, kRedFromV),
+                     hn::Add(Truncated(uOdd, kGreenFromU), Truncated(vOdd, kGreenFromV)), Truncated(uOdd, kBlueFromU),
+                     rgb + 3 * i);
     }
     kColorKernelsScalar.yuv2rgb(yuv + 3 * i, rgb + 3 * i, pixels - i);
 }
@@ -432,7 +584,7 @@ void Rgb2Gray(const uint8_t* rgb, uint8_t* gray, size_t pixels) {
     size_t i = 0;
     for (; i + step <= pixels; i += step) {
         ByteVector r, g, b;
-        hn::LoadInterleaved3(d, rgb + 3 * i, r, g, b);
+        LoadPixels(rgb + 3 * i, r, g, b);
         hn::StoreU(Gray(r, g, b), d, gray + i);
     }
     kColorKernelsScalar.rgb2gray(rgb + 3 * i, gray + i, pixels - i);
@@ -474,6 +626,48 @@ void Gray2Rgba(const uint8_t* gray, uint8_t* rgba, size_t pixels) {
     kColorKernelsScalar.gray2rgba(gray + i, rgba + 4 * i, pixels - i);
 }
 
+#if HWY_ARCH_X86
+
+// Three of four 32-bit lanes hold the four pixels of a block when they are packed.
+alignas(64) constexpr uint32_t kSpreadLanes[16] = {0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0};
+alignas(64) constexpr uint32_t kPackedLanes[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0};
+alignas(16) constexpr uint8_t kSpreadBytes[16] = {0, 1, 2, 0x80, 3, 4, 5, 0x80, 6, 7, 8, 0x80, 9, 10, 11, 0x80};
+alignas(16) constexpr uint8_t kPackedBytes[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0};
+
+void Rgb2Rgba(const uint8_t* rgb, uint8_t* rgba, size_t pixels) {
+    const ByteTag d;
+    const QuadTag dQuad;
+    const auto lanes = hn::SetTableIndices(dQuad, kSpreadLanes);
+    const ByteVector opaque = hn::BitCast(d, hn::Set(dQuad, 0xFF000000));
+    const size_t step = hn::Lanes(dQuad);
+    size_t i = 0;
+    // A step reads a whole vector, of which it needs three quarters.
+    for (; 3 * (pixels - i) >= 4 * step; i += step) {
+        const auto spread = hn::TableLookupLanes(hn::BitCast(dQuad, hn::LoadU(d, rgb + 3 * i)), lanes);
+        const ByteVector colors = hn::TableLookupBytesOr0(hn::BitCast(d, spread), hn::LoadDup128(d, kSpreadBytes));
+        hn::StoreU(hn::Or(colors, opaque), d, rgba + 4 * i);
+    }
+    kColorKernelsScalar.rgb2rgba(rgb + 3 * i, rgba + 4 * i, pixels - i);
+}
+
+void Rgba2Rgb(const uint8_t* rgba, uint8_t* rgb, size_t pixels) {
+    const ByteTag d;
+    const QuadTag dQuad;
+    const size_t step = hn::Lanes(dQuad);
+    // In shorter vectors the table's later lanes are among those that do not count, but must be lanes all the same.
+    const QuadVector inVector = hn::Set(dQuad, static_cast<uint32_t>(step - 1));
+    const auto lanes = hn::IndicesFromVec(dQuad, hn::And(hn::LoadU(dQuad, kPackedLanes), inVector));
+    size_t i = 0;
+    // A step writes a whole vector, of which the next one overwrites the last quarter.
+    for (; 3 * (pixels - i) >= 4 * step; i += step) {
+        const ByteVector packed = Shuffled(hn::LoadU(d, rgba + 4 * i), kPackedBytes);
+        hn::StoreU(hn::BitCast(d, hn::TableLookupLanes(hn::BitCast(dQuad, packed), lanes)), d, rgb + 3 * i);
+    }
+    kColorKernelsScalar.rgba2rgb(rgba + 4 * i, rgb + 3 * i, pixels - i);
+}
+
+#else
+
 void Rgb2Rgba(const uint8_t* rgb, uint8_t* rgba, size_t pixels) {
     const ByteTag d;
     const ByteVector opaque = hn::Set(d, 255);
@@ -498,6 +692,8 @@ void Rgba2Rgb(const uint8_t* rgba, uint8_t* rgb, size_t pixels) {
     }
     kColorKernelsScalar.rgba2rgb(rgba + 4 * i, rgb + 3 * i, pixels - i);
 }
+
+#endif
 
 const ColorKernels* Kernels() {
     static constexpr ColorKernels kKernels = {

@@ -5,12 +5,12 @@
 #include <cstdlib>
 #include <mutex>
 #include <string>
+#include <utility>
 
 namespace {
 
 std::mutex gMutex;
-AndroidLogSink gSink = nullptr;
-void* gSinkUser = nullptr;
+AndroidLogListener gListener;
 
 std::string format_text(const char* format, va_list arguments) {
     va_list again;
@@ -35,15 +35,15 @@ char priority_letter(int priority) {
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
     const bool toStandardError = std::getenv("KORVANE_LOG") != nullptr;
     const std::lock_guard<std::mutex> guard(gMutex);
-    if (gSink == nullptr && !toStandardError) {
+    if (gListener.sink == nullptr && !toStandardError) {
         return 0;
     }
     va_list arguments;
     va_start(arguments, format);
     const std::string text = format_text(format, arguments);
     va_end(arguments);
-    if (gSink != nullptr) {
-        gSink(gSinkUser, priority, tag, text.c_str());
+    if (gListener.sink != nullptr) {
+        gListener.sink(gListener.user, priority, tag, text.c_str());
     }
     if (toStandardError) {
         const char* end = text.empty() || text.back() != '\n' ? "\n" : "";
@@ -53,7 +53,11 @@ int __android_log_print(int priority, const char* tag, const char* format, ...) 
 }
 
 void set_android_log_sink(AndroidLogSink sink, void* user) {
+    AndroidLogListener listener{sink, user};
+    swap_android_log_listener(listener);
+}
+
+void swap_android_log_listener(AndroidLogListener& listener) {
     const std::lock_guard<std::mutex> guard(gMutex);
-    gSink = sink;
-    gSinkUser = user;
+    std::swap(gListener, listener);
 }

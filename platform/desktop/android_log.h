@@ -22,4 +22,13 @@ using AndroidLogSink = void (*)(void* user, int priority, const char* tag, const
 // not log.
 void set_android_log_sink(AndroidLogSink sink, void* user);
 
+struct AndroidLogListener {
+    AndroidLogSink sink = nullptr;
+    void* user = nullptr;
+};
+
+// Exchanges the sink for `listener`, which holds the old one before the new one gets its first line: a sink can pass
+// lines on, and its owner puts the old one back with a second call.
+void swap_android_log_listener(AndroidLogListener& listener);
+
 #endif  // KORVANE_PLATFORM_DESKTOP_ANDROID_LOG_H_

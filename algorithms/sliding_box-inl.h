@@ -1,0 +1,403 @@
+// Sliding box sums along rows and down columns, the common part of the box blurs. For kernel files only: included once
+// for each instruction set.
+//
+// Both directions are one loop over lines of bytes, in which a vector holds neighbouring bytes of a line and the line
+// that enters the window and the one that leaves it are two addresses. Down the columns the lines are the image's rows.
+// Along the rows they are slots: 64 bytes with the pixels of one column from a band of rows, transposed into a ring
+// that holds the window and out of it again.
+#if defined(KORVANE_ALGORITHMS_SLIDING_BOX_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KORVANE_ALGORITHMS_SLIDING_BOX_INL_H_
+#undef KORVANE_ALGORITHMS_SLIDING_BOX_INL_H_
+#else
+#define KORVANE_ALGORITHMS_SLIDING_BOX_INL_H_
+#endif
+
+#include <hwy/cache_control.h>
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "algorithms/box_window.h"
+#include "algorithms/transpose-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace korvane {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+
+constexpr size_t kSlotBytes = 64;
+constexpr size_t kPrefetchBytes = 256;
+
+// The lines that one run of steps reads and writes.
+template <size_t kSteps>
+struct BoxSteps {
+    const uint8_t* entering[kSteps];
+    const uint8_t* leaving[kSteps];
+    uint8_t* out[kSteps];
+};
+
+// Sums of one vector of bytes: 16 bits wide, even bytes then odd ones, or 32 bits wide, every fourth byte in turn. In
+// memory they take one element for each byte.
+template <Division kDivision>
+struct BoxSums;
+
+template <>
+struct BoxSums<Division::kNarrow> {
+    using Element = uint16_t;
+
+    template <class D>
+    static HWY_INLINE void Start(D /*dByte*/, const BoxWindow& window, Element* sums) {
+        const hn::Repartition<uint16_t, D> d;
+        hn::StoreU(hn::Set(d, window.start), d, sums);
+        hn::StoreU(hn::Set(d, window.start), d, sums + hn::Lanes(d));
+    }
+
+    template <class D>
+    static HWY_INLINE void Add(D dByte, const uint8_t* line, size_t weight, Element* sums) {
+        const hn::Repartition<uint16_t, D> d;
+        const auto bytes = hn::BitCast(d, hn::LoadU(dByte, line));
+        const auto factor = hn::Set(d, static_cast<uint16_t>(weight));
+        const auto even = hn::Mul(hn::And(bytes, hn::Set(d, 0x00FF)), factor);
+        const auto odd = hn::Mul(hn::ShiftRight<8>(bytes), factor);
+        hn::StoreU(hn::Add(hn::LoadU(d, sums), even), d, sums);
+        hn::StoreU(hn::Add(hn::LoadU(d, sums + hn::Lanes(d)), odd), d, sums + hn::Lanes(d));
+    }
+
+    template <class D, size_t kSteps>
+    static HWY_INLINE void Run(D dByte, const BoxWindow& window, uint32_t always, const BoxSteps<kSteps>& lines,
+                               size_t steps, size_t offset, Element* sums) {
+        const hn::Repartition<uint16_t, D> d;
+        const hn::Repartition<uint32_t, D> dPixel;
+        const auto lowByte = hn::Set(d, 0x00FF);
+        const auto multiplier = hn::Set(d, window.multiplier);
+        const auto alwaysSet = hn::BitCast(d, hn::Set(dPixel, always));
+        auto even = hn::LoadU(d, sums);
+        auto odd = hn::LoadU(d, sums + hn::Lanes(d));
+        for (size_t k = 0; k < steps; ++k) {
+            const auto evenMean = hn::ShiftRightSame(hn::MulHigh(even, multiplier), window.shift);
+            const auto oddMean = hn::ShiftLeftSame(hn::MulHigh(odd, multiplier), 8 - window.shift);
+            const auto mean = hn::Or(evenMean, hn::AndNot(lowByte, oddMean));
+            const auto entering = hn::BitCast(d, hn::LoadU(dByte, lines.entering[k] + offset));
+            const auto leaving = hn::BitCast(d, hn::LoadU(dByte, lines.leaving[k] + offset));
+            even = hn::Add(even, hn::Sub(hn::And(entering, lowByte), hn::And(leaving, lowByte)));
+            odd = hn::Add(odd, hn::Sub(hn::ShiftRight<8>(entering), hn::ShiftRight<8>(leaving)));
+            hn::StoreU(hn::BitCast(dByte, hn::Or(mean, alwaysSet)), dByte, lines.out[k] + offset);
+        }
+        hn::StoreU(even, d, sums);
+        hn::StoreU(odd, d, sums + hn::Lanes(d));
+    }
+};
+
+template <Division kDivision>
+struct BoxSums {
+    using Element = int32_t;
+
+    template <class D>
+    static HWY_INLINE void Start(D /*dByte*/, const BoxWindow& /*window*/, Element* sums) {
+        const hn::Repartition<int32_t, D> d;
+        for (size_t i = 0; i < 4; ++i) {
+            hn::StoreU(hn::Zero(d), d, sums + i * hn::Lanes(d));
+        }
+    }
+
+    template <class D>
+    static HWY_INLINE void Add(D dByte, const uint8_t* line, size_t weight, Element* sums) {
+        const hn::Repartition<uint32_t, D> dPixel;
+        const auto pixels = hn::BitCast(dPixel, hn::LoadU(dByte, line));
+        AddByte<0>(dPixel, pixels, weight, sums);
+        AddByte<1>(dPixel, pixels, weight, sums);
+        AddByte<2>(dPixel, pixels, weight, sums);
+        AddByte<3>(dPixel, pixels, weight, sums);
+    }
+
+    template <class D, size_t kSteps>
+    static HWY_INLINE void Run(D dByte, const BoxWindow& window, uint32_t always, const BoxSteps<kSteps>& lines,
+                               size_t steps, size_t offset, Element* sums) {
+        const hn::Repartition<uint32_t, D> dPixel;
+        const hn::Repartition<int32_t, D> d;
+        const size_t lanes = hn::Lanes(d);
+        auto sum0 = hn::LoadU(d, sums);
+        auto sum1 = hn::LoadU(d, sums + lanes);
+        auto sum2 = hn::LoadU(d, sums + 2 * lanes);
+        auto sum3 = hn::LoadU(d, sums + 3 * lanes);
+        for (size_t k = 0; k < steps; ++k) {
+            const auto lower = hn::Or(Mean(d, window, sum0), hn::ShiftLeft<8>(Mean(d, window, sum1)));
+            const auto upper = hn::Or(Mean(d, window, sum2), hn::ShiftLeft<8>(Mean(d, window, sum3)));
+            const auto means = hn::BitCast(dPixel, hn::Or(lower, hn::ShiftLeft<16>(upper)));
+            const auto entering = hn::BitCast(dPixel, hn::LoadU(dByte, lines.entering[k] + offset));
+            const auto leaving = hn::BitCast(dPixel, hn::LoadU(dByte, lines.leaving[k] + offset));
+            sum0 = hn::Add(sum0, hn::Sub(Byte<0>(dPixel, entering), Byte<0>(dPixel, leaving)));
+            sum1 = hn::Add(sum1, hn::Sub(Byte<1>(dPixel, entering), Byte<1>(dPixel, leaving)));
+            sum2 = hn::Add(sum2, hn::Sub(Byte<2>(dPixel, entering), Byte<2>(dPixel, leaving)));
+            sum3 = hn::Add(sum3, hn::Sub(Byte<3>(dPixel, entering), Byte<3>(dPixel, leaving)));
+            hn::StoreU(hn::BitCast(dByte, hn::Or(means, hn::Set(dPixel, always))), dByte, lines.out[k] + offset);
+        }
+        hn::StoreU(sum0, d, sums);
+        hn::StoreU(sum1, d, sums + lanes);
+        hn::StoreU(sum2, d, sums + 2 * lanes);
+        hn::StoreU(sum3, d, sums + 3 * lanes);
+    }
+
+  private:
+    template <int kByte, class D, class V>
+    static HWY_INLINE hn::Vec<hn::RebindToSigned<D>> Byte(D dPixel, V pixels) {
+        const hn::RebindToSigned<D> d;
+        return hn::BitCast(d, hn::And(hn::ShiftRight<kByte * 8>(pixels), hn::Set(dPixel, 0xFF)));
+    }
+
+    template <int kByte, class D, class V>
+    static HWY_INLINE void AddByte(D dPixel, V pixels, size_t weight, Element* sums) {
+        const hn::RebindToSigned<D> d;
+        Element* here = sums + kByte * hn::Lanes(d);
+        const auto product = hn::Mul(Byte<kByte>(dPixel, pixels), hn::Set(d, static_cast<int32_t>(weight)));
+        hn::StoreU(hn::Add(hn::LoadU(d, here), product), d, here);
+    }
+
+    // The float quotient is off by one at most, and the remainder tells; or, rounded to nearest, it is the definition.
+    template <class D, class V>
+    static HWY_INLINE V Mean(D d, const BoxWindow& window, V sum) {
+        const hn::Rebind<float, D> dFloat;
+        const auto quotient = hn::Mul(hn::ConvertTo(dFloat, sum), hn::Set(dFloat, window.reciprocal));
+        const V whole = hn::ConvertTo(d, quotient);
+        if constexpr (kDivision == Division::kWideNearest) {
+            const auto rest = hn::Sub(quotient, hn::ConvertTo(dFloat, whole));
+            const auto isUp = hn::RebindMask(d, hn::Ge(rest, hn::Set(dFloat, 0.5F)));
+            return hn::Sub(whole, hn::VecFromMask(d, isUp));
+        } else {
+            const V divisor = hn::Set(d, window.divisor);
+            const V rest = hn::Sub(sum, hn::Mul(whole, divisor));
+            const V tooLarge = hn::VecFromMask(d, hn::Lt(rest, hn::Zero(d)));
+            const V tooSmall = hn::VecFromMask(d, hn::Gt(rest, hn::Set(d, window.divisor - 1)));
+            return hn::Sub(hn::Add(whole, tooLarge), tooSmall);
+        }
+    }
+};
+
+// How many slots a ring must have for the window of a radius: a power of two, so that a mask finds a column's slot.
+HWY_INLINE size_t RingSlots(size_t radius) {
+    size_t slots = 256;
+    while (slots < 2 * radius + 3 * kSlotBytes) {
+        slots *= 2;
+    }
+    return slots;
+}
+
+// Blurs a band of kSlotBytes / kPixelBytes rows along the rows. `out` may be `in`. `ring` has RingSlots() slots.
+template <Division kDivision, size_t kPixelBytes>
+class RowBand {
+  public:
+    static constexpr size_t kRows = kSlotBytes / kPixelBytes;
+    static constexpr size_t kTileColumns = kSlotBytes / kPixelBytes;
+
+    const uint8_t* in[kRows];
+    uint8_t* out[kRows];
+
+    RowBand(const BoxWindow& window, size_t width, uint8_t* ring)
+        : m_Window(window), m_Width(width), m_Ring(ring), m_Mask(RingSlots(window.radius) - 1) {}
+
+    void Blur() {
+        const hn::CappedTag<uint8_t, kSlotBytes> d;
+        const size_t radius = m_Window.radius;
+        const size_t last = m_Width - 1;
+        HWY_ALIGN typename Sums::Element sums[kSlotBytes];
+        m_Filled = 0;
+        FillUpTo(radius + 1);
+        for (size_t at = 0; at < kSlotBytes; at += hn::Lanes(d)) {
+            Sums::Start(d, m_Window, sums + at);
+            Sums::Add(d, Slot(0) + at, radius + 1, sums + at);
+            for (size_t i = 1; i <= radius; ++i) {
+                Sums::Add(d, Slot(std::min(i, last)) + at, 1, sums + at);
+            }
+        }
+        HWY_ALIGN uint8_t blurred[kTileColumns * kSlotBytes];
+        for (size_t start = 0; start < m_Width; start += kTileColumns) {
+            FillUpTo(start + kTileColumns + radius + 1);
+            const size_t columns = std::min(kTileColumns, m_Width - start);
+            BoxSteps<kTileColumns> lines;
+            for (size_t k = 0; k < columns; ++k) {
+                const size_t x = start + k;
+                lines.entering[k] = Slot(std::min(x + radius + 1, last));
+                lines.leaving[k] = Slot(x - std::min(x, radius));
+                lines.out[k] = blurred + k * kSlotBytes;
+            }
+            for (size_t at = 0; at < kSlotBytes; at += hn::Lanes(d)) {
+                Sums::Run(d, m_Window, 0, lines, columns, at, sums + at);
+            }
+            Empty(blurred, start);
+        }
+    }
+
+  private:
+    using Sums = BoxSums<kDivision>;
+
+    uint8_t* Slot(size_t x) const { return m_Ring + (x & m_Mask) * kSlotBytes; }
+
+    // The last tile of a row is incomplete. And 64 rows that lie a power of two apart compete for the same few lines of
+    // the cache: tiles that come back to a line find it gone, so whole lines are copied at once.
+    bool NeedsCopy(size_t x) const {
+        constexpr size_t kCompeting = 1024;
+        const bool isCompeting = kRows == 64 && static_cast<size_t>(in[1] - in[0]) % kCompeting == 0;
+        return isCompeting || m_Width - x < kTileColumns;
+    }
+
+    void FillUpTo(size_t end) {
+        HWY_ALIGN uint8_t tile[kRows * kSlotBytes];
+        for (; m_Filled < std::min(end, m_Width); m_Filled += kTileColumns) {
+            const size_t x = m_Filled;
+            // So many rows at once are more than the processor's own prefetchers follow.
+            const size_t ahead = std::min(x * kPixelBytes + kPrefetchBytes, (m_Width - 1) * kPixelBytes);
+            const uint8_t* from[kRows];
+            for (size_t row = 0; row < kRows; ++row) {
+                hwy::Prefetch(in[row] + ahead);
+                from[row] = in[row] + x * kPixelBytes;
+            }
+            if (NeedsCopy(x)) {
+                for (size_t row = 0; row < kRows; ++row) {
+                    CopyTileRow(from[row], tile + row * kSlotBytes, m_Width - x);
+                    from[row] = tile + row * kSlotBytes;
+                }
+            }
+            TransposeTile([&](size_t row) { return from[row]; }, [&](size_t i) { return Slot(x + i); });
+        }
+    }
+
+    void Empty(const uint8_t* blurred, size_t x) const {
+        HWY_ALIGN uint8_t tile[kRows * kSlotBytes];
+        const bool viaTile = NeedsCopy(x);
+        uint8_t* to[kRows];
+        for (size_t row = 0; row < kRows; ++row) {
+            to[row] = viaTile ? tile + row * kSlotBytes : out[row] + x * kPixelBytes;
+        }
+        TransposeTile([&](size_t i) { return blurred + i * kSlotBytes; }, [&](size_t row) { return to[row]; });
+        for (size_t row = 0; viaTile && row < kRows; ++row) {
+            CopyTileRow(to[row], out[row] + x * kPixelBytes, m_Width - x);
+        }
+    }
+
+    static HWY_INLINE void CopyTileRow(const uint8_t* from, uint8_t* to, size_t pixels) {
+        if (pixels >= kTileColumns) {
+            std::memcpy(to, from, kSlotBytes);
+        } else {
+            std::memcpy(to, from, pixels * kPixelBytes);
+        }
+    }
+
+    // A tile is as many pixels high as it is wide.
+    template <typename From, typename To>
+    static HWY_INLINE void TransposeTile(const From& from, const To& to) {
+        constexpr size_t kEdge = kPixelBytes == 1 ? 16 : 4;
+        for (size_t line = 0; line < kRows; line += kEdge) {
+            for (size_t at = 0; at < kTileColumns; at += kEdge) {
+                const auto source = [&](size_t i) { return from(line + i) + at * kPixelBytes; };
+                const auto target = [&](size_t i) { return to(at + i) + line * kPixelBytes; };
+                if constexpr (kPixelBytes == 1) {
+                    TransposeBytes(source, target);
+                } else {
+                    TransposePixels(source, target);
+                }
+            }
+        }
+    }
+
+    const BoxWindow& m_Window;
+    size_t m_Width;
+    uint8_t* m_Ring;
+    size_t m_Mask;
+    size_t m_Filled = 0;
+};
+
+// Blurs down the columns, some rows at a time, of an image whose rows need not all be there at once.
+template <Division kDivision, typename RowAt>
+class ColumnSweep {
+  public:
+    using Element = typename BoxSums<kDivision>::Element;
+
+    static size_t LeastRowBytes() { return hn::Lanes(hn::ScalableTag<uint8_t>()); }
+    static size_t SumCount(size_t rowBytes) { return rowBytes + LeastRowBytes(); }
+
+    // `rowAt(y)` is the address of a row; rows have LeastRowBytes() or more, `sums` SumCount() elements. `always` is
+    // set in every four bytes of the result.
+    ColumnSweep(const BoxWindow& window, size_t rowBytes, size_t height, uint32_t always, const RowAt& rowAt,
+                Element* sums)
+        : m_Window(window), m_RowBytes(rowBytes), m_Height(height), m_Always(always), m_RowAt(rowAt), m_Sums(sums) {}
+
+    // Writes all the rows that can be when the first `ready` rows can be read, and returns how many are done by then.
+    size_t Advance(size_t ready, uint8_t* dst, size_t dstStride) {
+        const size_t last = m_Height - 1;
+        const size_t radius = m_Window.radius;
+        if (ready <= std::min(radius + 1, last)) {
+            return 0;
+        }
+        if (m_Done == 0) {
+            Start();
+        }
+        const size_t end = ready > last ? m_Height : ready - radius - 1;
+        while (m_Done < end) {
+            const size_t steps = std::min(kSteps, end - m_Done);
+            BoxSteps<kSteps> lines;
+            for (size_t k = 0; k < steps; ++k) {
+                const size_t y = m_Done + k;
+                lines.entering[k] = m_RowAt(std::min(y + radius + 1, last));
+                lines.leaving[k] = m_RowAt(y - std::min(y, radius));
+                lines.out[k] = dst + y * dstStride;
+            }
+            const hn::ScalableTag<uint8_t> d;
+            ForEachVector([&](size_t at, Element* sums)
+                              HWY_ATTR { BoxSums<kDivision>::Run(d, m_Window, m_Always, lines, steps, at, sums); });
+            m_Done += steps;
+        }
+        return m_Done;
+    }
+
+  private:
+    static constexpr size_t kSteps = 4;
+
+    void Start() {
+        const hn::ScalableTag<uint8_t> d;
+        const uint8_t* first = m_RowAt(0);
+        ForEachVector([&](size_t at, Element* sums) HWY_ATTR {
+            BoxSums<kDivision>::Start(d, m_Window, sums);
+            BoxSums<kDivision>::Add(d, first + at, m_Window.radius + 1, sums);
+        });
+        // A window that reaches beyond the last row counts nothing there.
+        for (size_t i = 1; i <= std::min(m_Window.radius, m_Height - 1); ++i) {
+            const uint8_t* row = m_RowAt(i);
+            ForEachVector([&](size_t at, Element* sums) HWY_ATTR { BoxSums<kDivision>::Add(d, row + at, 1, sums); });
+        }
+    }
+
+    // The last vector ends with the row: some bytes are in two vectors, with a sum in each.
+    template <typename Body>
+    HWY_INLINE void ForEachVector(const Body& body) {
+        const size_t step = LeastRowBytes();
+        size_t at = 0;
+        for (; at + step <= m_RowBytes; at += step) {
+            body(at, m_Sums + at);
+        }
+        if (at < m_RowBytes) {
+            body(m_RowBytes - step, m_Sums + at);
+        }
+    }
+
+    const BoxWindow& m_Window;
+    size_t m_RowBytes;
+    size_t m_Height;
+    uint32_t m_Always;
+    const RowAt& m_RowAt;
+    Element* m_Sums;
+    size_t m_Done = 0;
+};
+
+#endif
+
+}  // namespace HWY_NAMESPACE
+}  // namespace korvane
+HWY_AFTER_NAMESPACE();
+
+#endif  // include guard

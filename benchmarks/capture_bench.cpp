@@ -1,0 +1,207 @@
+// Burst merging, light metering and panorama intake: loops that read a frame once, and so run at the speed of memory.
+#include <libyuv.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+#include <vector>
+
+#include "applications/pano/frame_convert.h"
+#include "applications/pano/frame_convert_scalar.h"
+#include "applications/super_capture/merge_kernels.h"
+#include "applications/super_capture/merge_kernels_scalar.h"
+#include "benchmarks/support/comparison.h"
+#include "benchmarks/support/picture.h"
+
+namespace {
+
+using namespace korvane::bench;
+
+constexpr int kFrames = 8;
+
+// The loop as one writes it first, one element at a time. The scalar twins look alike, but compilers turn most of them
+// into vector code, which then runs at the speed of memory too.
+template <typename Body>
+void plain_loop(size_t count, const Body& body) {
+#if defined(__clang__)
+#pragma clang loop vectorize(disable) interleave(disable) unroll(disable)
+#endif
+    for (size_t i = 0; i < count; ++i) {
+        body(i);
+    }
+}
+
+size_t pixels_of(int width, int height) {
+    return static_cast<size_t>(width) * static_cast<size_t>(height);
+}
+
+// The bytes of a YUYV frame, accumulators for it, and both once more for the contestants.
+struct Burst {
+    Burst(int width, int height)
+        : bytes(rgba_picture(width, height)), sums(pixels_of(width, height) * 2), otherSums(sums.size()) {
+        bytes.resize(sums.size());
+        otherBytes = bytes;
+        for (size_t i = 0; i < sums.size(); ++i) {
+            sums[i] = bytes[i] * kFrames / 2;
+        }
+        otherSums = sums;
+    }
+
+    std::vector<uint8_t> bytes;
+    std::vector<int> sums;
+    std::vector<int> otherSums;
+    std::vector<uint8_t> otherBytes;
+};
+
+void compare_add(Comparison& comparison, int width, int height) {
+    auto burst = std::make_shared<Burst>(width, height);
+    auto floats = std::make_shared<cv::Mat>(height, width * 2, CV_32FC1, cv::Scalar(0));
+    comparison.verify("equals the scalar twin", [burst] {
+        korvane::merge_add(burst->bytes.data(), burst->sums.data(), burst->sums.size());
+        korvane::merge_add_scalar(burst->bytes.data(), burst->otherSums.data(), burst->sums.size());
+        return burst->sums == burst->otherSums;
+    });
+    comparison.kernel([burst] { korvane::merge_add(burst->bytes.data(), burst->sums.data(), burst->sums.size()); });
+    comparison.against("plain loop", {faster(2.0)}, [burst] {
+        plain_loop(burst->sums.size(),
+                   [frame = burst->bytes.data(), sums = burst->otherSums.data()](size_t i) { sums[i] += frame[i]; });
+    });
+    comparison.against("scalar twin", {}, [burst] {
+        korvane::merge_add_scalar(burst->bytes.data(), burst->otherSums.data(), burst->sums.size());
+    });
+    comparison.against("cv::accumulate", {faster(0.9)}, [burst, floats, width, height] {
+        cv::accumulate(cv::Mat(height, width * 2, CV_8UC1, burst->bytes.data()), *floats);
+    });
+    comparison.against_memcpy({}, pixels_of(width, height) * 4);
+}
+
+void compare_max(Comparison& comparison, int width, int height) {
+    auto burst = std::make_shared<Burst>(width, height);
+    comparison.verify("equals the scalar twin", [burst] {
+        korvane::merge_max(burst->bytes.data(), burst->sums.data(), burst->sums.size());
+        korvane::merge_max_scalar(burst->bytes.data(), burst->otherSums.data(), burst->sums.size());
+        return burst->sums == burst->otherSums;
+    });
+    comparison.kernel([burst] { korvane::merge_max(burst->bytes.data(), burst->sums.data(), burst->sums.size()); });
+    comparison.against("plain loop", {faster(2.7)}, [burst] {
+        plain_loop(burst->sums.size(), [frame = burst->bytes.data(), sums = burst->otherSums.data()](size_t i) {
+            sums[i] = std::max<int>(sums[i], frame[i]);
+        });
+    });
+    comparison.against("scalar twin", {}, [burst] {
+        korvane::merge_max_scalar(burst->bytes.data(), burst->otherSums.data(), burst->sums.size());
+    });
+    comparison.against_memcpy({at_most(1.8)}, pixels_of(width, height) * 4);
+}
+
+void compare_mean(Comparison& comparison, int width, int height) {
+    auto burst = std::make_shared<Burst>(width, height);
+    auto floats = std::make_shared<cv::Mat>();
+    cv::Mat(height, width * 2, CV_32SC1, burst->sums.data()).convertTo(*floats, CV_32F);
+    comparison.verify("equals the scalar twin", [burst] {
+        korvane::merged_mean(burst->sums.data(), burst->bytes.data(), burst->bytes.size(), kFrames);
+        korvane::merged_mean_scalar(burst->sums.data(), burst->otherBytes.data(), burst->bytes.size(), kFrames);
+        return burst->bytes == burst->otherBytes;
+    });
+    comparison.kernel(
+        [burst] { korvane::merged_mean(burst->sums.data(), burst->bytes.data(), burst->bytes.size(), kFrames); });
+    comparison.against("scalar twin", {faster(4.0)}, [burst] {
+        korvane::merged_mean_scalar(burst->sums.data(), burst->otherBytes.data(), burst->bytes.size(), kFrames);
+    });
+    comparison.against("cv::Mat::convertTo", {at_most(1.3)}, [burst, floats, width, height] {
+        cv::Mat target(height, width * 2, CV_8UC1, burst->otherBytes.data());
+        floats->convertTo(target, CV_8U, 1.0 / kFrames);
+    });
+    comparison.against_memcpy({}, pixels_of(width, height) * 4);
+}
+
+void compare_low_bytes(Comparison& comparison, int width, int height) {
+    auto burst = std::make_shared<Burst>(width, height);
+    comparison.verify("equals the scalar twin", [burst] {
+        korvane::merged_low_bytes(burst->sums.data(), burst->bytes.data(), burst->bytes.size());
+        korvane::merged_low_bytes_scalar(burst->sums.data(), burst->otherBytes.data(), burst->bytes.size());
+        return burst->bytes == burst->otherBytes;
+    });
+    comparison.kernel(
+        [burst] { korvane::merged_low_bytes(burst->sums.data(), burst->bytes.data(), burst->bytes.size()); });
+    comparison.against("scalar twin", {}, [burst] {
+        korvane::merged_low_bytes_scalar(burst->sums.data(), burst->otherBytes.data(), burst->bytes.size());
+    });
+    comparison.against_memcpy({}, pixels_of(width, height) * 4);
+}
+
+// Keeps sums from being optimised away.
+volatile uint32_t gSink;
+
+void compare_luma_plane(Comparison& comparison, int width, int height) {
+    auto plane = std::make_shared<std::vector<uint8_t>>(rgba_picture(width, height));
+    plane->resize(pixels_of(width, height));
+    comparison.verify("equals the scalar twin", [plane] {
+        return korvane::luma_sum(plane->data(), plane->size()) ==
+               korvane::luma_sum_scalar(plane->data(), plane->size());
+    });
+    comparison.kernel([plane] { gSink = korvane::luma_sum(plane->data(), plane->size()); });
+    comparison.against("scalar twin", {}, [plane] { gSink = korvane::luma_sum_scalar(plane->data(), plane->size()); });
+    comparison.against("cv::mean", {faster(0.9)}, [plane, width, height] {
+        gSink = static_cast<uint32_t>(cv::mean(cv::Mat(height, width, CV_8UC1, plane->data()))[0]);
+    });
+}
+
+void compare_luma_yuyv(Comparison& comparison, int width, int height) {
+    auto frame = std::make_shared<std::vector<uint8_t>>(rgba_picture(width, height));
+    const size_t pixels = pixels_of(width, height);
+    comparison.verify("equals the scalar twin", [frame, pixels] {
+        return korvane::luma_sum_yuyv(frame->data(), pixels) == korvane::luma_sum_yuyv_scalar(frame->data(), pixels);
+    });
+    comparison.kernel([frame, pixels] { gSink = korvane::luma_sum_yuyv(frame->data(), pixels); });
+    comparison.against("scalar twin", {},
+                       [frame, pixels] { gSink = korvane::luma_sum_yuyv_scalar(frame->data(), pixels); });
+    comparison.against("cv::mean of both channels", {faster(0.9)}, [frame, width, height] {
+        gSink = static_cast<uint32_t>(cv::mean(cv::Mat(height, width, CV_8UC2, frame->data()))[0]);
+    });
+}
+
+void compare_nv12(Comparison& comparison, int width, int height) {
+    const size_t luma = pixels_of(width, height);
+    auto source = std::make_shared<std::vector<uint8_t>>(rgba_picture(width, height));
+    auto ours = std::make_shared<std::vector<uint8_t>>(luma * 3 / 2);
+    auto theirs = std::make_shared<std::vector<uint8_t>>(luma * 3 / 2);
+    const auto scalar = [=] {
+        std::memcpy(theirs->data(), source->data(), luma);
+        korvane::split_pairs_scalar(source->data() + luma, theirs->data() + luma * 5 / 4, theirs->data() + luma,
+                                    luma / 4);
+    };
+    const auto peer = [=] {
+        libyuv::NV12ToI420(source->data(), width, source->data() + luma, width, theirs->data(), width,
+                           theirs->data() + luma * 5 / 4, width / 2, theirs->data() + luma, width / 2, width, height);
+    };
+    comparison.verify("equals the scalar twin and libyuv", [=] {
+        convert_nv12_to_yv12(source->data(), ours->data(), width, height);
+        scalar();
+        const bool equalsTwin = *ours == *theirs;
+        std::fill(theirs->begin(), theirs->end(), uint8_t{0});
+        peer();
+        return equalsTwin && *ours == *theirs;
+    });
+    comparison.kernel([=] { convert_nv12_to_yv12(source->data(), ours->data(), width, height); });
+    comparison.against("memcpy and scalar twin", {faster(1.4)}, scalar);
+    comparison.against("libyuv NV12ToI420", {at_most(1.2)}, peer);
+    comparison.against_memcpy({}, luma * 4);
+}
+
+#define KORVANE_BOTH_SIZES(constant, name, compare)                                                       \
+    const Registration constant##Large(name "/4000x3000", [](Comparison& c) { compare(c, 4000, 3000); }); \
+    const Registration constant##Small(name "/1920x1080", [](Comparison& c) { compare(c, 1920, 1080); })
+
+KORVANE_BOTH_SIZES(kAdd, "merge_add", compare_add);
+KORVANE_BOTH_SIZES(kMax, "merge_max", compare_max);
+KORVANE_BOTH_SIZES(kMean, "merged_mean", compare_mean);
+KORVANE_BOTH_SIZES(kLowBytes, "merged_low_bytes", compare_low_bytes);
+KORVANE_BOTH_SIZES(kLumaPlane, "luma_sum", compare_luma_plane);
+KORVANE_BOTH_SIZES(kLumaYuyv, "luma_sum_yuyv", compare_luma_yuyv);
+KORVANE_BOTH_SIZES(kNv12, "nv12_to_yv12", compare_nv12);
+
+}  // namespace

@@ -1,0 +1,196 @@
+#include "algorithms/gauss_blur.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "tests/algorithms/window_sum.h"
+#include "tests/support/guarded_bytes.h"
+#include "tests/support/random_bytes.h"
+#include "tests/support/simd_targets.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+using Pass = void (*)(const unsigned char*, unsigned char*, int, int, int);
+
+size_t index(int i, size_t step) {
+    return static_cast<size_t>(i) * step;
+}
+
+Bytes expected_pass(const Bytes& src, int lines, size_t lineStep, int length, size_t step, int radius) {
+    const int inside = std::clamp(radius, 0, (length - 1) / 2);
+    const float reciprocal = 1.0F / static_cast<float>(2 * inside + 1);
+    Bytes result(src.size());
+    for (int line = 0; line < lines; ++line) {
+        const size_t start = index(line, lineStep);
+        const WindowSum sum(src.data() + start, length, step);
+        for (int i = 0; i < length; ++i) {
+            const float mean = static_cast<float>(sum(i, inside)) * reciprocal;
+            result[start + index(i, step)] = static_cast<unsigned char>(std::round(mean));
+        }
+    }
+    return result;
+}
+
+Bytes expected_rows(const Bytes& src, int width, int height, int radius) {
+    return expected_pass(src, height, static_cast<size_t>(width), width, 1, radius);
+}
+
+Bytes expected_columns(const Bytes& src, int width, int height, int radius) {
+    return expected_pass(src, width, 1, height, static_cast<size_t>(width), radius);
+}
+
+Bytes source(int width, int height, uint32_t seed) {
+    Bytes bytes = random_bytes(static_cast<size_t>(width) * static_cast<size_t>(height), seed);
+    if (seed % 2 == 0) {
+        std::transform(bytes.begin(), bytes.end(), bytes.begin(), [](auto b) { return b < 32 ? 0 : 255; });
+    }
+    return bytes;
+}
+
+void check_pass(Pass pass, const Bytes& src, const Bytes& result, int width, int height, int radius) {
+    GuardedBytes from(src, static_cast<size_t>(width) % 7);
+    GuardedBytes to(Bytes(src.size(), 1), static_cast<size_t>(radius & 3));
+    pass(from.data(), to.data(), width, height, radius);
+    ASSERT_EQ(to.content(), result) << width << 'x' << height << " radius " << radius;
+    ASSERT_EQ(from.content(), src);
+    ASSERT_TRUE(to.intact() && from.intact()) << width << 'x' << height << " radius " << radius;
+}
+
+TEST(GaussBlur, PassesEqualThePlainMeanForEverySizeAndRadius) {
+    struct Case {
+        int width, height, radius;
+        Bytes src, rows, columns;
+    };
+    std::vector<Case> cases;
+    const auto add = [&](int width, int height, int radius) {
+        Bytes src = source(width, height, static_cast<uint32_t>(cases.size()));
+        Bytes rows = expected_rows(src, width, height, radius);
+        Bytes columns = expected_columns(src, width, height, radius);
+        cases.push_back({width, height, radius, std::move(src), std::move(rows), std::move(columns)});
+    };
+    for (const int other : {1, 2, 15, 17, 63, 65, 130}) {
+        for (const int length : {1, 2, 3, 4, 5, 15, 16, 17, 31, 33, 48, 63, 64, 65, 67, 129}) {
+            for (const int radius : {-3, 0, 1, 2, 7, 30, INT_MAX}) {
+                add(length, other, radius);
+                add(other, length, radius);
+            }
+        }
+    }
+    for (int radius = 3; radius < 128; radius += 1) {  // every division of the narrow sums
+        add(2 * radius + 2, 3, radius);
+        add(3, 2 * radius + 2, radius);
+    }
+    for (const int radius : {127, 128, 200, 1501, 2000}) {
+        add(4003, 67, radius);
+        add(67, 4003, radius);
+    }
+    for_each_simd_target([&](const std::string&) {
+        for (const Case& c : cases) {
+            check_pass(box_blurH, c.src, c.rows, c.width, c.height, c.radius);
+            check_pass(box_blurV, c.src, c.columns, c.width, c.height, c.radius);
+        }
+    });
+}
+
+TEST(GaussBlur, BlursLeaveTheirResultAndTheirLastRowsPass) {
+    auto boxes = std::make_unique<gauss_blur_coef>();
+    for_each_simd_target([&](const std::string&) {
+        for (const auto& [width, height, radius] : {std::tuple(1, 1, 3),
+                                                    {67, 130, 1},
+                                                    {131, 64, 4},
+                                                    {200, 19, 10},
+                                                    {19, 200, -10},
+                                                    {70, 70, 0},
+                                                    {300, 280, 130},
+                                                    {65, 33, INT_MAX}}) {
+            const Bytes original = source(width, height, 3);
+            GuardedBytes src(original, 1);
+            GuardedBytes dst(Bytes(original.size(), 1), 2);
+            box_blur(src.data(), dst.data(), width, height, radius);
+            Bytes rows = expected_rows(original, width, height, radius);
+            EXPECT_EQ(src.content(), rows);
+            EXPECT_EQ(dst.content(), expected_columns(rows, width, height, radius));
+
+            calculate_gauss_blur_coef(static_cast<float>(radius), 3, boxes.get());
+            Bytes image = original;
+            for (int i = 0; i < 3; ++i) {
+                const int boxRadius = (boxes->coef_values[i] - 1) / 2;
+                rows = expected_rows(image, width, height, boxRadius);
+                image = expected_columns(rows, width, height, boxRadius);
+            }
+            std::copy(original.begin(), original.end(), src.data());
+            gauss_blur(src.data(), dst.data(), width, height, radius);
+            EXPECT_EQ(dst.content(), image) << width << 'x' << height << " radius " << radius;
+            EXPECT_EQ(src.content(), rows);
+            EXPECT_TRUE(src.intact() && dst.intact());
+        }
+    });
+}
+
+TEST(GaussBlur, NothingHappensWithoutAnImage) {
+    unsigned char src[4] = {1, 2, 3, 4};
+    unsigned char dst[4] = {5, 6, 7, 8};
+    for (const auto& [width, height] : {std::pair(0, 2), {2, 0}, {-1, 2}, {INT_MIN, INT_MIN}, {INT_MAX, -1}}) {
+        box_blurH(src, dst, width, height, 1);
+        box_blurV(src, dst, width, height, 1);
+        box_blur(src, dst, width, height, 1);
+        gauss_blur(src, dst, width, height, 1);
+    }
+    for (const auto function : {box_blur, gauss_blur}) {
+        function(nullptr, dst, 2, 2, 1);
+        function(src, nullptr, 2, 2, 1);
+    }
+    for (const auto function : {box_blurH, box_blurV}) {
+        function(nullptr, dst, 2, 2, 1);
+        function(src, nullptr, 2, 2, 1);
+    }
+    EXPECT_EQ(Bytes(src, src + 4), (Bytes{1, 2, 3, 4}));
+    EXPECT_EQ(Bytes(dst, dst + 4), (Bytes{5, 6, 7, 8}));
+}
+
+TEST(GaussBlur, BoxWidthsComeAsCloseToTheVarianceAsOddWidthsCan) {
+    auto boxes = std::make_unique<gauss_blur_coef>();
+    calculate_gauss_blur_coef(1.0F, 3, boxes.get());
+    EXPECT_EQ(std::vector<int>(boxes->coef_values, boxes->coef_values + 3), (std::vector<int>{1, 1, 3}));
+
+    for (int n = 1; n <= 6; ++n) {
+        for (float sigma = 0; sigma < 200; sigma += 0.37F) {
+            calculate_gauss_blur_coef(sigma, n, boxes.get());
+            ASSERT_EQ(boxes->coef_n, n);
+            double excess = -12.0 * static_cast<double>(sigma) * static_cast<double>(sigma);
+            for (int i = 0; i < n; ++i) {
+                const int width = boxes->coef_values[i];
+                ASSERT_EQ(width % 2, 1);
+                ASSERT_TRUE(i == 0 || width >= boxes->coef_values[i - 1]);
+                excess += width * width - 1;
+            }
+            // One box more or less of the wider kind changes the sum by 4 (width + 1).
+            const int narrow = boxes->coef_values[0];
+            EXPECT_LE(std::abs(excess), 2.0 * (narrow + 1) * 1.001 + 0.01) << n << " boxes, deviation " << sigma;
+        }
+    }
+}
+
+TEST(GaussBlur, BoxWidthsStayInsideTheTableForAnyArgument) {
+    auto boxes = std::make_unique<gauss_blur_coef[]>(2);
+    for (const float sigma : {0.0F, -5.0F, 1e20F, std::numeric_limits<float>::infinity(), std::nanf("")}) {
+        for (const int n : {INT_MIN, -1, 0, 1, 2048, 2049, INT_MAX}) {
+            boxes[0].coef_values[0] = -7;
+            boxes[1].coef_n = -7;
+            calculate_gauss_blur_coef(sigma, n, boxes.get());
+            EXPECT_EQ(boxes[0].coef_n, n);
+            EXPECT_EQ(boxes[0].coef_values[0] == -7, n < 1);
+            EXPECT_EQ(boxes[1].coef_n, -7);
+        }
+    }
+    calculate_gauss_blur_coef(1.0F, 3, nullptr);
+}
+
+}  // namespace

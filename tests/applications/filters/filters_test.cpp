@@ -1,0 +1,460 @@
+#include <EGL/egl.h>
+#include <EGL/eglext.h>
+#include <GLES3/gl3.h>
+// Needs the types of the core header above.
+#include <GLES2/gl2ext.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "applications/filters/gpu_image_filter_factory.h"
+#include "tests/applications/filters/reference_filters.h"
+#include "tests/support/log_capture.h"
+
+extern const FilterDescription kImageFilterSepia;
+
+namespace {
+
+struct Setting {
+    const char* name;
+    float value;
+};
+
+struct Golden {
+    const char* filter;
+    std::vector<Setting> settings;
+    ReferenceParameters seen;  // what the shader must see after these settings
+    // Largest difference of a byte, in steps. Texture units weigh neighbours in 256 steps, and a shader multiplies what
+    // that leaves: the slope of the temperature ramp is 8.
+    int largest = 2;
+};
+
+// Each filter at its defaults and at the corners of its parameters.
+const Golden kGoldens[] = {
+    {"None", {}, {}},
+    {"Temperature", {}, {}, 8},
+    {"Xray", {}, {}},
+    {"Table", {}, {.strength = 1.0}},
+    {"Table", {{"mStrength", 0.0F}}, {.strength = 0.0}},
+    {"Table", {{"mStrength", 0.4F}}, {.strength = 0.4F}},
+    {"Distorted", {}, {.strength = 4.0, .radius = 0.2F, .centerx = 0.5, .centery = 0.5}},
+    {"Distorted",
+     {{"mRadius", 0.7F}, {"mStrength", -1.5F}, {"mCenterx", 0.4F}, {"mCentery", 1.7F}},
+     {.strength = -1.5, .radius = 0.49, .centerx = 0.4F, .centery = 1.0}},
+    {"Distorted",
+     {{"mRadius", 0.5F}, {"mCenterx", -2.0F}, {"mCentery", 0.25F}},
+     {.strength = 4.0, .radius = 0.25, .centerx = 0.0, .centery = 0.25}},
+    {"Extrusion", {}, {.strength = 0.2F, .centerx = 0.5, .centery = 0.5, .zoom = 1.0}},
+    {"Extrusion",
+     {{"mStrength", 0.0F}, {"mCenterx", 0.3F}, {"mCentery", 0.9F}},
+     {.strength = 0.0, .centerx = 0.3F, .centery = 0.9F, .zoom = 1.0}},
+    // zoom 0 stands for the automatic one: the short side over the long side of the output. The centre lies between
+    // pixels: at the centre itself the power of 0 is infinite, and times an offset of 0 it is anything.
+    {"Extrusion",
+     {{"mStrength", -0.1F}, {"mCenterx", 0.4F}},
+     {.strength = -0.1F, .centerx = 0.4F, .centery = 0.5, .zoom = 0.0}},
+    {"Mirror", {}, {.centerx = 1.0, .centery = 0.5}},
+    {"Mirror", {{"mCenterx", 0.3F}}, {.centerx = 0.3F, .centery = 1.0}},
+    {"Mirror", {{"mCenterx", 0.3F}, {"mCentery", 0.6F}}, {.centerx = 1.0, .centery = 0.6F}},
+    {"Timetunnel", {}, {.radius = 0.2F}},
+    {"Timetunnel", {{"mRadius", 0.3F}}, {.radius = 0.09}},
+    {"Timetunnel", {{"mRadius", 0.0F}}, {.radius = 0.0}},
+};
+
+// Mean difference of all bytes, in steps: one rounding apart in most places is the worst there may be.
+constexpr double kMeanDifference = 0.8;
+
+// The table that maps each colour to itself, as the Table filter starts with.
+ReferenceImage identity_table() {
+    ReferenceImage table{4096, 64, 3, {}};
+    for (int i = 0; i < 64 * 64 * 64; ++i) {
+        for (const int level : {i / 4096, i / 64 % 64, i % 64}) {
+            table.pixels.push_back(static_cast<unsigned char>(static_cast<float>(level) * (255.0F / 63.0F)));
+        }
+    }
+    return table;
+}
+
+void expect_close(const ReferenceImage& expected, const unsigned char* pixels, int largest, double mean) {
+    int worst = 0;
+    double sum = 0;
+    for (size_t i = 0; i < expected.pixels.size(); ++i) {
+        const int difference = std::abs(pixels[i] - expected.pixels[i]);
+        worst = std::max(worst, difference);
+        sum += difference;
+    }
+    EXPECT_LE(worst, largest);
+    EXPECT_LE(sum / static_cast<double>(expected.pixels.size()), mean);
+}
+
+std::string trace(const Golden& golden, int width, int height) {
+    std::string text = std::string(golden.filter) + " " + std::to_string(width) + " x " + std::to_string(height);
+    for (const Setting& setting : golden.settings) {
+        text += std::string(" ") + setting.name + "=" + std::to_string(setting.value);
+    }
+    return text;
+}
+
+ReferenceImage expected_picture(const Golden& golden, const ReferenceImage& input, int width, int height,
+                                const ReferenceCorners& corners) {
+    static const ReferenceImage kIdentity = identity_table();
+    ReferenceParameters seen = golden.seen;
+    seen.table = &kIdentity;
+    if (std::string(golden.filter) == "Extrusion" && seen.zoom == 0) {
+        seen.zoom = static_cast<double>(std::min(width, height)) / std::max(width, height);
+    }
+    return reference_filter(golden.filter, seen, input, width, height, corners);
+}
+
+void apply(const Golden& golden, ImageFilterBaseGL& filter) {
+    for (const Setting& setting : golden.settings) {
+        float value = setting.value;
+        filter.setParameters(setting.name, &value);
+    }
+}
+
+// A filter that is released before it is deleted, without which the Table filter keeps its table's memory for good.
+class OwnedFilter : public auto_ptr<ImageFilterBaseGL> {
+  public:
+    using auto_ptr<ImageFilterBaseGL>::auto_ptr;
+    ~OwnedFilter() override {
+        if (get() != nullptr) {
+            get()->release();
+        }
+    }
+};
+
+OwnedFilter create(const char* shortName) {
+    return {ImageFilterFactory::createFilter((std::string("ImageFilter") + shortName).c_str())};
+}
+
+class Filters : public testing::Test {
+  protected:
+    LogCapture m_Log;
+};
+
+TEST_F(Filters, ProcessMatchesTheReferenceAtDefaultsAndCorners) {
+    const int sizes[][2] = {{64, 48}, {61, 97}};
+    for (const Golden& golden : kGoldens) {
+        const OwnedFilter filter = create(golden.filter);
+        ASSERT_NE(filter.get(), nullptr);
+        filter->initEngine();
+        ASSERT_NE(filter->setupGraphics(1), 0);
+        apply(golden, *filter);
+        for (const auto& size : sizes) {
+            SCOPED_TRACE(trace(golden, size[0], size[1]));
+            const ReferenceImage input = smooth_picture(size[0], size[1]);
+            std::vector<unsigned char> pixels = input.pixels;
+            filter->process(pixels.data(), size[0], size[1]);
+            expect_close(expected_picture(golden, input, size[0], size[1], kCameraCorners), pixels.data(),
+                         golden.largest, kMeanDifference);
+            // The automatic zoom stays with the first size that it saw.
+            if (std::string(golden.filter) == "Extrusion") {
+                break;
+            }
+        }
+    }
+}
+
+TEST_F(Filters, TurnsCameraFramesAndKeepsWhatIsUpright) {
+    // Corners of the buffer, in order first row left, first row right, last row left, last row right.
+    const auto corners = [](const std::vector<unsigned char>& pixels, int width, int height) {
+        std::vector<int> red;
+        for (const int at : {0, width - 1, (height - 1) * width, height * width - 1}) {
+            red.push_back(pixels[static_cast<size_t>(at) * 4]);
+        }
+        return red;
+    };
+    std::vector<unsigned char> picture(8 * 6 * 4, 0);
+    picture[0] = 10;
+    picture[7 * 4] = 20;
+    picture[5 * 8 * 4] = 30;
+    picture[(6 * 8 - 1) * 4] = 40;
+    const OwnedFilter filter = create("None");
+    filter->initEngine();
+    ASSERT_NE(filter->setupGraphics(1), 0);
+
+    std::vector<unsigned char> camera = picture;
+    filter->process(camera.data(), 8, 6);
+    // Rows become columns, both reversed: the last pixel comes first, and the first row's end is the first row's end
+    // again. The turn squeezes 8 columns into 6 rows, so neighbours mix in; the order tells where each corner went.
+    const std::vector<int> turned = corners(camera, 8, 6);
+    EXPECT_GT(turned[0], turned[2]);
+    EXPECT_GT(turned[2], turned[1]);
+    EXPECT_GT(turned[1], turned[3]);
+
+    m_Log.clear();
+    float upright[8] = {0, 0, 1, 0, 0, 1, 1, 1};
+    filter->setParameters("mTexVertices", upright);
+    EXPECT_EQ(m_Log.lines(), std::vector<std::string>{
+                                 "mTexVertices: 0.000000, 0.000000, 1.000000, 0.000000, 0.000000, 1.000000, 1.000000, "
+                                 "1.000000"});
+    std::vector<unsigned char> straight = picture;
+    filter->process(straight.data(), 8, 6);
+    EXPECT_EQ(straight, picture);
+}
+
+// A surface that the application made, with its context current; the filter draws to it without an engine of its own.
+class Surface {
+  public:
+    Surface(int width, int height)
+        : m_Width(width),
+          m_Height(height),
+          m_Engine(new GPUEngine(nullptr, static_cast<uint32_t>(width), static_cast<uint32_t>(height))) {
+        EXPECT_TRUE(m_Engine->setup());
+        m_Engine->startup();
+    }
+    ~Surface() {
+        m_Engine->close();
+        m_Engine->destroy();
+    }
+
+    std::vector<unsigned char> pixels() const {
+        std::vector<unsigned char> bytes(static_cast<size_t>(m_Width) * static_cast<size_t>(m_Height) * 4);
+        glReadPixels(0, 0, m_Width, m_Height, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
+        return bytes;
+    }
+
+    GPUEngine& engine() { return *m_Engine; }
+
+  private:
+    int m_Width;
+    int m_Height;
+    auto_ptr<GPUEngine> m_Engine;
+};
+
+// A texture with the picture in it.
+GLuint new_texture(const ReferenceImage& image) {
+    GLuint texture = 0;
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, image.width, image.height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                 image.pixels.data());
+    for (const GLenum name : {GLenum{GL_TEXTURE_MIN_FILTER}, GLenum{GL_TEXTURE_MAG_FILTER}}) {
+        glTexParameteri(GL_TEXTURE_2D, name, GL_LINEAR);
+    }
+    for (const GLenum name : {GLenum{GL_TEXTURE_WRAP_S}, GLenum{GL_TEXTURE_WRAP_T}}) {
+        glTexParameteri(GL_TEXTURE_2D, name, GL_CLAMP_TO_EDGE);
+    }
+    glBindTexture(GL_TEXTURE_2D, 0);
+    return texture;
+}
+
+// An external texture over the storage of a 2D one, as a camera's frames are.
+class ExternalTexture {
+  public:
+    explicit ExternalTexture(GLuint texture) {
+        const auto create = reinterpret_cast<PFNEGLCREATEIMAGEKHRPROC>(eglGetProcAddress("eglCreateImageKHR"));
+        const auto target =
+            reinterpret_cast<PFNGLEGLIMAGETARGETTEXTURE2DOESPROC>(eglGetProcAddress("glEGLImageTargetTexture2DOES"));
+        m_Image = create(eglGetCurrentDisplay(), eglGetCurrentContext(), EGL_GL_TEXTURE_2D_KHR,
+                         reinterpret_cast<EGLClientBuffer>(static_cast<uintptr_t>(texture)), nullptr);
+        EXPECT_NE(m_Image, EGL_NO_IMAGE_KHR);
+        glGenTextures(1, &m_Texture);
+        glBindTexture(GL_TEXTURE_EXTERNAL_OES, m_Texture);
+        target(GL_TEXTURE_EXTERNAL_OES, m_Image);
+        glTexParameteri(GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+        glTexParameteri(GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+        glBindTexture(GL_TEXTURE_EXTERNAL_OES, 0);
+    }
+    ~ExternalTexture() {
+        glDeleteTextures(1, &m_Texture);
+        reinterpret_cast<PFNEGLDESTROYIMAGEKHRPROC>(eglGetProcAddress("eglDestroyImageKHR"))(eglGetCurrentDisplay(),
+                                                                                             m_Image);
+    }
+    GLint name() const { return static_cast<GLint>(m_Texture); }
+
+  private:
+    EGLImageKHR m_Image = nullptr;
+    GLuint m_Texture = 0;
+};
+
+TEST_F(Filters, RenderDrawsTexturesAndCameraTexturesToTheSurface) {
+    const int sizes[][2] = {{96, 64}, {75, 51}};
+    for (const auto& size : sizes) {
+        Surface surface(size[0], size[1]);
+        const ReferenceImage input = smooth_picture(61, 45);
+        GLuint plain = new_texture(input);
+        {
+            const ExternalTexture camera(plain);
+            for (const Golden& golden : kGoldens) {
+                const ReferenceImage expected = expected_picture(golden, input, size[0], size[1], kCameraCorners);
+                for (const bool external : {false, true}) {
+                    SCOPED_TRACE(trace(golden, size[0], size[1]) + (external ? " external" : " 2D"));
+                    const OwnedFilter filter = create(golden.filter);
+                    ASSERT_NE(filter->setupGraphics(external ? 0 : GL_TEXTURE_2D), 0);
+                    apply(golden, *filter);
+                    const GLint name = external ? camera.name() : static_cast<GLint>(plain);
+                    filter->setTexture(name, input.width, input.height, size[0], size[1]);
+                    // A second texture's name is not taken.
+                    filter->setTexture(12345, input.width, input.height, size[0], size[1]);
+                    glClear(GL_COLOR_BUFFER_BIT);
+                    filter->render();
+                    expect_close(expected, surface.pixels().data(), golden.largest, kMeanDifference);
+                }
+            }
+        }
+        EXPECT_EQ(glIsTexture(plain), GL_TRUE) << "the caller's texture survives its filters";
+        glDeleteTextures(1, &plain);
+        EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+    }
+}
+
+TEST_F(Filters, SetBitmapFeedsRender) {
+    Surface surface(40, 30);
+    const ReferenceImage input = smooth_picture(40, 30);
+    const OwnedFilter filter = create("Xray");
+    ASSERT_NE(filter->setupGraphics(1), 0);
+    for (int i = 0; i < 2; ++i) {
+        std::vector<unsigned char> pixels = input.pixels;
+        filter->setBitmap(pixels.data(), 40, 30);
+        filter->render();
+        expect_close(reference_filter("Xray", {}, input, 40, 30, kCameraCorners), surface.pixels().data(), 2,
+                     kMeanDifference);
+    }
+}
+
+TEST_F(Filters, SeveralThreadsFilterAtOnce) {
+    const ReferenceImage input = smooth_picture(80, 60);
+    std::vector<std::thread> threads;
+    for (const char* name : {"Mirror", "Xray", "Distorted"}) {
+        threads.emplace_back([name, &input] {
+            for (int i = 0; i < 5; ++i) {
+                const OwnedFilter filter = create(name);
+                filter->initEngine();
+                ASSERT_NE(filter->setupGraphics(1), 0);
+                std::vector<unsigned char> pixels = input.pixels;
+                filter->process(pixels.data(), 80, 60);
+                for (const Golden& golden : kGoldens) {
+                    if (std::string(name) == golden.filter && golden.settings.empty()) {
+                        expect_close(expected_picture(golden, input, 80, 60, kCameraCorners), pixels.data(), 2,
+                                     kMeanDifference);
+                    }
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+TEST_F(Filters, TakesALookupTableOfTheRightSizeOnly) {
+    const OwnedFilter filter = create("Table");
+    std::vector<unsigned char> rgba(4096 * 64 * 4);
+    for (size_t i = 0; i < rgba.size(); i += 4) {
+        rgba[i] = static_cast<unsigned char>(255 - 4 * (i / 4 / 4096));
+        rgba[i + 1] = 100;
+        rgba[i + 2] = static_cast<unsigned char>(4 * (i / 4 % 64));
+        rgba[i + 3] = 7;
+    }
+    FilterBitmap table{rgba.data(), 4096, 64, 4, 4096 * 4};
+    // Before the filter is set up there is nothing to fill.
+    filter->setParameters("mFilterBitmap", &table);
+    filter->initEngine();
+    ASSERT_NE(filter->setupGraphics(1), 0);
+    const ReferenceImage input = smooth_picture(33, 21);
+
+    ReferenceImage mapped{4096, 64, 3, {}};
+    for (size_t i = 0; i < rgba.size(); ++i) {
+        if (i % 4 != 3) {
+            mapped.pixels.push_back(rgba[i]);
+        }
+    }
+    const ReferenceImage identity = identity_table();
+    FilterBitmap wrong[] = {table, table, table};
+    wrong[0].width = 64;
+    wrong[1].height = 4096;
+    wrong[2].buffer = nullptr;
+    for (FilterBitmap& bitmap : wrong) {
+        filter->setParameters("mFilterBitmap", &bitmap);
+    }
+    filter->setParameters("mFilterBitmap", nullptr);
+    std::vector<unsigned char> pixels = input.pixels;
+    filter->process(pixels.data(), 33, 21);
+    expect_close(reference_filter("Table", {.strength = 1, .table = &identity}, input, 33, 21, kCameraCorners),
+                 pixels.data(), 3, kMeanDifference);
+
+    filter->setParameters("mFilterBitmap", &table);
+    pixels = input.pixels;
+    filter->process(pixels.data(), 33, 21);
+    expect_close(reference_filter("Table", {.strength = 1, .table = &mapped}, input, 33, 21, kCameraCorners),
+                 pixels.data(), 3, kMeanDifference);
+    filter->release();
+    filter->release();
+}
+
+TEST_F(Filters, TheGuidesExampleRuns) {
+    const OwnedFilter filter(kImageFilterSepia.create());
+    filter->initEngine();
+    ASSERT_NE(filter->setupGraphics(1), 0);
+    float strength = 3;
+    filter->setParameters("mStrength", &strength);
+    std::vector<unsigned char> pixel = {200, 100, 50, 77};
+    filter->process(pixel.data(), 1, 1);
+    // Luma 124; strength is clamped to 1.
+    const std::vector<unsigned char> expected = {124, 99, 74, 77};
+    for (size_t k = 0; k < 4; ++k) {
+        EXPECT_NEAR(pixel[k], expected[k], 1);
+    }
+}
+
+TEST_F(Filters, ParametersAreKnownByTheirExactNames) {
+    EXPECT_EQ(ImageFilterFactory::filters().size(), 8U);
+    for (const FilterDescription* description : ImageFilterFactory::filters()) {
+        const auto_ptr<ImageFilterBaseGL> filter(ImageFilterFactory::createFilter(description->name));
+        ASSERT_NE(filter.get(), nullptr) << description->name;
+        EXPECT_STREQ(filter->getFilterName(), description->name);
+        for (const FilterParameter& parameter : description->parameters) {
+            EXPECT_EQ(filter->getParameterType(parameter.name), parameter.type);
+        }
+        EXPECT_EQ(filter->getParameterType("mTextureMatrix"), PARAMETER_TYPE_FLOAT_ARRAY);
+        for (const char* unknown : {"", "mZoom", "mstrength", "mStrength ", static_cast<const char*>(nullptr)}) {
+            EXPECT_EQ(filter->getParameterType(unknown), PARAMETER_TYPE_INVALID);
+            float value = 1;
+            filter->setParameters(unknown, &value);
+        }
+    }
+    const auto_ptr<ImageFilterBaseGL> table(ImageFilterFactory::createFilter("ImageFilterTable"));
+    EXPECT_EQ(table->getParameterType("mFilterBitmap"), PARAMETER_TYPE_BITMAP);
+    EXPECT_EQ(table->getParameterType("mRadius"), PARAMETER_TYPE_INVALID);
+    for (const char* name : {"ImageFilterBase", "imagefilternone", "", static_cast<const char*>(nullptr)}) {
+        EXPECT_EQ(ImageFilterFactory::createFilter(name), nullptr);
+    }
+}
+
+TEST_F(Filters, SetupSaysWhichPathItTakes) {
+    Surface surface(8, 8);
+    for (const bool external : {false, true}) {
+        const OwnedFilter filter = create("None");
+        m_Log.clear();
+        ASSERT_NE(filter->setupGraphics(external ? 0 : 1), 0);
+        char address[32];
+        std::snprintf(address, sizeof(address), "%p", static_cast<void*>(filter.get()));
+        std::vector<std::string> expected = {"NULL != mGPUContext.get()----------"};
+        for (const char* step : external ? std::vector<const char*>{"1", "1  1", "1  2", "1  5", "4"}
+                                         : std::vector<const char*>{"1", "4"}) {
+            expected.push_back(std::string("ImageFilterBaseGL::setupGraphics  ") + step + " this:" + address);
+        }
+        EXPECT_EQ(m_Log.lines(), expected);
+    }
+}
+
+TEST_F(Filters, WorksWithoutWhatItNeedsByDoingNothing) {
+    std::vector<unsigned char> pixels(16, 9);
+    const OwnedFilter filter = create("None");
+    filter->render();
+    filter->process(pixels.data(), 2, 2);
+    EXPECT_EQ(pixels, std::vector<unsigned char>(16, 9));
+    // External input has no framebuffer of its own, so bitmaps are not processed.
+    filter->initEngine();
+    EXPECT_NE(filter->setupGraphics(0), 0);
+    filter->process(pixels.data(), 2, 2);
+    EXPECT_EQ(pixels, std::vector<unsigned char>(16, 9));
+}
+
+}  // namespace

@@ -1,0 +1,39 @@
+// The filters on the processor, in double precision: what each shader means, written down a second time.
+#ifndef KORVANE_TESTS_APPLICATIONS_FILTERS_REFERENCE_FILTERS_H_
+#define KORVANE_TESTS_APPLICATIONS_FILTERS_REFERENCE_FILTERS_H_
+
+#include <array>
+#include <string>
+#include <vector>
+
+struct ReferenceImage {
+    int width = 0;
+    int height = 0;
+    int depth = 4;  // bytes a pixel
+    std::vector<unsigned char> pixels;
+};
+
+// The parameters as the shader sees them.
+struct ReferenceParameters {
+    double strength = 0;
+    double radius = 0;
+    double centerx = 0;
+    double centery = 0;
+    double zoom = 0;
+    const ReferenceImage* table = nullptr;
+};
+
+// Texture coordinates of the quad's corners, in strip order: (-1, -1), (1, -1), (-1, 1), (1, 1).
+using ReferenceCorners = std::array<double, 8>;
+inline constexpr ReferenceCorners kCameraCorners = {1, 1, 1, 0, 0, 1, 0, 0};
+inline constexpr ReferenceCorners kUprightCorners = {0, 0, 1, 0, 0, 1, 1, 1};
+
+// `name` without its "ImageFilter". Rows of the result run upwards, as GL reads them back.
+ReferenceImage reference_filter(const std::string& name, const ReferenceParameters& parameters,
+                                const ReferenceImage& input, int width, int height, const ReferenceCorners& corners);
+
+// An asymmetric picture, smooth enough that a small difference in a coordinate stays a small one in colour, with its
+// four corners told apart by colour and alpha that is not flat.
+ReferenceImage smooth_picture(int width, int height);
+
+#endif  // KORVANE_TESTS_APPLICATIONS_FILTERS_REFERENCE_FILTERS_H_

@@ -1,0 +1,82 @@
+#include <gmock/gmock.h>
+
+#include "tests/applications/pano/panorama_module_peer.h"
+#include "tests/support/jvm.h"
+#include "tests/support/standard_error.h"
+
+namespace {
+
+constexpr char kClass[] = "com/tervo/media/effects/pano/PanoramaModule";
+
+using PanoramaJniTest = JvmTest;
+
+std::string hex(jlong handle) {
+    char text[32];
+    std::snprintf(text, sizeof(text), "%p", reinterpret_cast<void*>(handle));
+    return text;
+}
+
+TEST_F(PanoramaJniTest, BadArgumentsGiveNoHandle) {
+    const jobject panorama = new_object(kClass, "()V");
+    struct Case {
+        int width, height, format;
+    };
+    for (const Case& c : {Case{0, 480, 1}, Case{640, -1, 1}, Case{640, 480, 0}, Case{640, 480, 4}}) {
+        StandardErrorCapture standardError;
+        EXPECT_EQ(call_long(panorama, "nativeCreate", "(III)J", c.width, c.height, c.format), 0);
+        const std::string arguments = "width:" + std::to_string(c.width) + ", height:" + std::to_string(c.height) +
+                                      ", format:" + std::to_string(c.format);
+        EXPECT_THAT(
+            standardError.log_lines(),
+            testing::ElementsAre("Java_com_tervo_media_effects_pano_PanoramaModule_nativeCreate " + arguments,
+                                 testing::StartsWith("PanoramaModule::startup " + arguments + ", onErrorCb:0x")));
+    }
+    EXPECT_EQ(call_int(panorama, "nativeProcess", "(J[BFF)I", jlong{0}, nullptr, 1.0, 2.0), 0);
+    call_void(panorama, "nativeDestroy", "(J)V", jlong{0});
+}
+
+TEST_F(PanoramaJniTest, ASweepWritesTheOffsetsOfTakenFrames) {
+    StandardErrorCapture standardError;
+    const jobject panorama = new_object(kClass, "()V");
+    const jlong handle = call_long(panorama, "nativeCreate", "(III)J", 4, 2, 2);
+    ASSERT_NE(handle, 0);
+    const jbyteArray frame = env->NewByteArray(12);
+    const jbyteArray shortFrame = env->NewByteArray(11);
+    const auto process = [&](jbyteArray data, double gyroX, double gyroY) {
+        return call_int(panorama, "nativeProcess", "(J[BFF)I", handle, data, gyroX, gyroY);
+    };
+    set_field(panorama, "mOffsetX", jint{7});
+    // Neither a short frame nor none becomes the reference.
+    EXPECT_EQ(process(shortFrame, 1, 1), 3);
+    EXPECT_EQ(process(nullptr, 1, 1), 3);
+    EXPECT_EQ(process(frame, 10, 20), 3);
+    EXPECT_EQ(int_field(panorama, "mOffsetX"), 7);
+    EXPECT_EQ(process(frame, 11, 17.5), 0);
+    EXPECT_EQ(int_field(panorama, "mOffsetX"), 70);
+    EXPECT_EQ(int_field(panorama, "mOffsetY"), -15);
+    EXPECT_EQ(process(frame, 10, 25), 2);
+    EXPECT_EQ(int_field(panorama, "mOffsetX"), 70);
+
+    // Destruction ends only with a frame for the worker to take.
+    PanoramaModule& module = PanoramaModulePeer::moduleOf(*reinterpret_cast<PanoramaInterface*>(handle));
+    JavaVM* machine = nullptr;
+    ASSERT_EQ(env->GetJavaVM(&machine), JNI_OK);
+    const jobject shared = env->NewGlobalRef(panorama);
+    PanoramaModulePeer::closeWithAFrameQueued(
+        module, [&] { EXPECT_EQ(process(frame, 10, 20), 0); },
+        [&] {
+            JNIEnv* own = jvm_env();
+            own->CallVoidMethod(shared, own->GetMethodID(own->GetObjectClass(shared), "nativeDestroy", "(J)V"), handle);
+            machine->DetachCurrentThread();
+        });
+    env->DeleteGlobalRef(shared);
+    const std::vector<std::string> lines = standardError.log_lines();
+    EXPECT_THAT(lines, testing::Contains("Java_com_tervo_media_effects_pano_PanoramaModule_nativeProcess pano_handle:" +
+                                         hex(handle) + ", data:(nil), gyroX:1.000000, gyroY:1.000000")
+                           .Times(2));
+    EXPECT_THAT(lines,
+                testing::Contains("Java_com_tervo_media_effects_pano_PanoramaModule_nativeDestroy  pano_handle:" +
+                                  hex(handle)));
+}
+
+}  // namespace

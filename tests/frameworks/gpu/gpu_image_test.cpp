@@ -1,0 +1,331 @@
+#include "frameworks/gpu/gpu_image_2d.h"
+
+#include <EGL/eglext.h>
+#include <GLES2/gl2ext.h>
+#include <gmock/gmock.h>
+
+#include <limits>
+
+#include "frameworks/gpu/gpu_image_3d.h"
+#include "tests/frameworks/gpu/gpu_fixture.h"
+#include "tests/support/random_bytes.h"
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int kMaxInt = std::numeric_limits<int>::max();
+
+struct Size {
+    int width;
+    int height;
+};
+
+constexpr Size kSizes[] = {{1, 1}, {3, 5}, {5, 3}, {7, 2}, {16, 9}, {67, 33}};
+
+// What GL makes of pixels in memory.
+Bytes expand(const Bytes& pixels, int format) {
+    Bytes rgba;
+    const auto step = static_cast<size_t>(format);
+    for (size_t i = 0; i < pixels.size(); i += step) {
+        const bool grey = format < 3;
+        const unsigned char alpha = format % 2 == 0 ? pixels[i + step - 1] : 255;
+        rgba.insert(rgba.end(), {pixels[i], pixels[i + (grey ? 0 : 1)], pixels[i + (grey ? 0 : 2)], alpha});
+    }
+    return rgba;
+}
+
+class GpuImage : public GpuTest {
+  protected:
+    // A program that copies texels one to one, so that no filtering blurs a comparison.
+    auto_ptr<GPUProgram> make_fetcher(const std::string& sampler, const std::string& texel) {
+        const std::string fragment =
+            "#version 300 es\nprecision highp float;\nprecision highp sampler3D;\nuniform int slice;\nuniform " +
+            sampler + " tex_sampler;\nout vec4 colour;\nvoid main() { colour = texelFetch(tex_sampler, " + texel +
+            ", 0); }\n";
+        return make_program("#version 300 es\nlayout(location = 0) in vec4 p;\nvoid main() { gl_Position = p; }\n",
+                            fragment.c_str());
+    }
+
+    GlRecorder m_Recorder;
+};
+
+TEST_F(GpuImage, ConstructionUploadAndDestructionMakeTheirCallsInOrder) {
+    const Bytes pixels = random_bytes(3 * 2 * 4, 1);
+    m_Recorder.take();
+    m_Recorder.fail_every_call(GL_INVALID_ENUM);
+    {
+        GPUImage2D image(context(), 3, 2, 4, pixels.data());
+        EXPECT_EQ(m_Recorder.take_checks(),
+                  "glGenFramebuffers(1, ptr)!\n"
+                  "glGenBuffers(1, ptr)!\n"
+                  "glGenTextures(1, ptr)!\n"
+                  "glBindTexture(GL_TEXTURE_2D, 1)!\n"
+                  "glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 1)!\n"
+                  "glBufferData(GL_PIXEL_UNPACK_BUFFER, 24, null, GL_STREAM_DRAW)!\n"
+                  "glMapBufferRange(GL_PIXEL_UNPACK_BUFFER, 0, 24, 2)!\n"
+                  "glUnmapBuffer(GL_PIXEL_UNPACK_BUFFER)!\n"
+                  "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 3, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE, null)!glTexImage\n"
+                  "glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0)!\n"
+                  "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR)\n"
+                  "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR)\n"
+                  "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE)\n"
+                  "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE)!\n"
+                  "glBindTexture(GL_TEXTURE_2D, 0)!\n");
+
+        Bytes copy(pixels.size());
+        image.download(copy.data(), static_cast<int>(copy.size()));
+        EXPECT_EQ(m_Recorder.take_checks(),
+                  "glBindFramebuffer(GL_FRAMEBUFFER, 1)\n"
+                  "glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, 1, 0)!\n"
+                  "glCheckFramebufferStatus(GL_FRAMEBUFFER)\n"
+                  "glBindBuffer(GL_PIXEL_PACK_BUFFER, 1)!\n"
+                  "glBufferData(GL_PIXEL_PACK_BUFFER, 24, null, GL_STREAM_READ)!\n"
+                  "glReadPixels(0, 0, 3, 2, GL_RGBA, GL_UNSIGNED_BYTE, null)!\n"
+                  "glMapBufferRange(GL_PIXEL_PACK_BUFFER, 0, 24, 1)!\n"
+                  "glUnmapBuffer(GL_PIXEL_PACK_BUFFER)!\n"
+                  "glBindBuffer(GL_PIXEL_PACK_BUFFER, 0)!\n"
+                  "glBindFramebuffer(GL_FRAMEBUFFER, 0)!\n");
+        EXPECT_EQ(copy, pixels);
+
+        // Rows of 9 bytes are packed, which GL has to be told for this one call.
+        image.set(3, 2, 3, pixels.data());
+        const std::string calls = m_Recorder.take_checks();
+        EXPECT_THAT(calls,
+                    testing::HasSubstr("glPixelStorei(GL_UNPACK_ALIGNMENT, 1)!\n"
+                                       "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 3, 2, 0, GL_RGB, GL_UNSIGNED_BYTE, "
+                                       "null)!glTexImage\n"
+                                       "glPixelStorei(GL_UNPACK_ALIGNMENT, 4)!\n"));
+        image.set(3, 2, 2, nullptr);
+        EXPECT_THAT(m_Recorder.take_checks(),
+                    testing::HasSubstr("glBindTexture(GL_TEXTURE_2D, 1)!\n"
+                                       "glTexImage2D(GL_TEXTURE_2D, 0, GL_LUMINANCE_ALPHA, 3, 2, 0, "
+                                       "GL_LUMINANCE_ALPHA, GL_UNSIGNED_BYTE, null)!\n"
+                                       "glTexParameterf("));
+    }
+    EXPECT_EQ(m_Recorder.take_checks(),
+              "glDeleteTextures(1, ptr)!\nglDeleteBuffers(1, ptr)!\nglDeleteFramebuffers(1, ptr)!\n");
+}
+
+TEST_F(GpuImage, VolumesMakeTheirCallsInOrder) {
+    const Bytes pixels = random_bytes(24, 1);
+    m_Recorder.take();
+    m_Recorder.fail_every_call(GL_INVALID_ENUM);
+    { const GPUImage3D volume(context(), 2, 3, 4, 1, pixels.data()); }
+    EXPECT_EQ(m_Recorder.take_checks(),
+              "glGenBuffers(1, ptr)!\n"
+              "glGenTextures(1, ptr)!\n"
+              "glBindTexture(GL_TEXTURE_3D, 1)!\n"
+              "glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 1)!\n"
+              "glBufferData(GL_PIXEL_UNPACK_BUFFER, 24, null, GL_STREAM_DRAW)!\n"
+              "glMapBufferRange(GL_PIXEL_UNPACK_BUFFER, 0, 24, 2)!\n"
+              "glUnmapBuffer(GL_PIXEL_UNPACK_BUFFER)!\n"
+              "glPixelStorei(GL_UNPACK_ALIGNMENT, 1)!\n"
+              "glTexImage3D(GL_TEXTURE_3D, 0, GL_LUMINANCE, 2, 3, 4, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, null)!\n"
+              "glPixelStorei(GL_UNPACK_ALIGNMENT, 4)!\n"
+              "glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0)!\n"
+              "glTexParameterf(GL_TEXTURE_3D, GL_TEXTURE_MIN_FILTER, GL_LINEAR)\n"
+              "glTexParameterf(GL_TEXTURE_3D, GL_TEXTURE_MAG_FILTER, GL_LINEAR)\n"
+              "glTexParameterf(GL_TEXTURE_3D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE)\n"
+              "glTexParameterf(GL_TEXTURE_3D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE)\n"
+              "glTexParameteri(GL_TEXTURE_3D, GL_TEXTURE_WRAP_R, GL_CLAMP_TO_EDGE)!glTexParameterf\n"
+              "glBindTexture(GL_TEXTURE_3D, 0)!\n"
+              "glDeleteTextures(1, ptr)!\n"
+              "glDeleteBuffers(1, ptr)!\n");
+}
+
+TEST_F(GpuImage, EveryFormatGoesUpWholeAtAnySize) {
+    const auto_ptr<GPUProgram> program = make_fetcher("sampler2D", "ivec2(gl_FragCoord.xy)");
+    for (const auto& [width, height] : kSizes) {
+        for (int format = 1; format <= 4; ++format) {
+            SCOPED_TRACE(testing::Message() << width << " x " << height << " format " << format);
+            Bytes pixels = random_bytes(static_cast<size_t>(width * height * format), 7);
+            GPUImage2D image(context(), width, height, format, pixels.data());
+            EXPECT_EQ(draw(*program, &image, width, height), expand(pixels, format));
+            // The other way up, into the texture that is there, whatever is bound just now.
+            pixels = random_bytes(pixels.size(), 8);
+            EXPECT_EQ(image.upload(pixels.data(), static_cast<int>(pixels.size())), 1);
+            EXPECT_EQ(draw(*program, &image, width, height), expand(pixels, format));
+            if (format == 4) {
+                EXPECT_EQ(download(image), pixels);
+            }
+        }
+    }
+    EXPECT_THAT(m_Recorder.take_log(), IsEmpty());
+}
+
+TEST_F(GpuImage, EveryFormatFillsAVolumeSliceBySlice) {
+    const auto_ptr<GPUProgram> program = make_fetcher("sampler3D", "ivec3(gl_FragCoord.xy, slice)");
+    constexpr int kDepth = 3;
+    for (const auto& [width, height] : kSizes) {
+        for (int format = 1; format <= 4; ++format) {
+            SCOPED_TRACE(testing::Message() << width << " x " << height << " format " << format);
+            const size_t sliceBytes = static_cast<size_t>(width * height * format);
+            const Bytes pixels = random_bytes(sliceBytes * kDepth, 9);
+            GPUImage3D volume(context(), width, height, kDepth, format, pixels.data());
+            for (int slice = 0; slice < kDepth; ++slice) {
+                program->beganCompute();
+                program->_SetHostValue1iv("slice", 1, &slice);
+                const auto begin = pixels.begin() + static_cast<std::ptrdiff_t>(sliceBytes) * slice;
+                EXPECT_EQ(draw(*program, &volume, width, height),
+                          expand(Bytes(begin, begin + static_cast<std::ptrdiff_t>(sliceBytes)), format));
+            }
+        }
+    }
+    EXPECT_THAT(m_Recorder.take_log(), IsEmpty());
+}
+
+TEST_F(GpuImage, UploadKeepsTheBindingsAndTheUnpackAlignment) {
+    GPUImage2D bystander(context(), 1, 1, 4, random_bytes(4, 1).data());
+    GPUImage2D image(context(), 3, 3, 1);
+    glBindTexture(GL_TEXTURE_2D, bystander.getTextureID());
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 2);
+    EXPECT_EQ(image.upload(random_bytes(9, 2).data(), 9), 1);
+    GLint found = 0;
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &found);
+    EXPECT_EQ(found, static_cast<GLint>(bystander.getTextureID()));
+    glGetIntegerv(GL_UNPACK_ALIGNMENT, &found);
+    EXPECT_EQ(found, 2);
+    EXPECT_EQ(download(bystander), random_bytes(4, 1));
+}
+
+TEST_F(GpuImage, TransfersAreRefusedWithoutMemoryForAllPixels) {
+    GPUImage2D image(context(), 3, 2, 4, random_bytes(24, 3).data());
+    Bytes buffer(24, 0xEE);
+    m_Recorder.take();
+    for (const int size : {23, 0, -1, std::numeric_limits<int>::min()}) {
+        EXPECT_EQ(image.upload(buffer.data(), size), 0);
+        EXPECT_EQ(image.download(buffer.data(), size), 0);
+    }
+    EXPECT_EQ(image.upload(nullptr, kMaxInt), 0);
+    EXPECT_EQ(image.download(nullptr, kMaxInt), 0);
+    GPUImage2D huge(context(), 0, kMaxInt, kMaxInt, 4, false, false);
+    EXPECT_EQ(huge.upload(buffer.data(), kMaxInt), 0);
+    EXPECT_EQ(huge.download(buffer.data(), kMaxInt), 0);
+    GPUPixelBuffer transfer(context());
+    transfer.uploadImage(static_cast<GPUImage2D*>(nullptr), buffer.data());
+    transfer.uploadImage(static_cast<GPUImage3D*>(nullptr), buffer.data());
+    transfer.downloadImage(nullptr, buffer.data());
+    transfer.downloadImage(&image, nullptr);
+    EXPECT_THAT(m_Recorder.take_calls(),
+                ElementsAre("glGenFramebuffers(1, ptr)", "glGenBuffers(1, ptr)", "glGenBuffers(1, ptr)"));
+    EXPECT_EQ(buffer, Bytes(24, 0xEE));
+    EXPECT_EQ(download(image), random_bytes(24, 3));
+}
+
+TEST_F(GpuImage, SizesAndCodesThatGlRefusesAreLoggedAndTouchNothing) {
+    unsigned char pixel[4] = {};
+    const GPUImage2D negative(context(), -2, -3, 4, pixel);
+    const GPUImage2D huge(context(), kMaxInt, kMaxInt, 4, pixel);
+    const GPUImage3D hugeVolume(context(), kMaxInt, kMaxInt, kMaxInt, 4, pixel);
+    EXPECT_THAT(m_Recorder.take_log(), Contains("after :glTexImage() glError (0x501)\n"));
+
+    struct Row {
+        int code;
+        GLenum target2D;
+        GLenum target3D;
+        GLint format;
+    };
+    const Row rows[] = {{std::numeric_limits<int>::min(), GL_TEXTURE_2D, GL_TEXTURE_2D, 0},
+                        {0, GL_TEXTURE_2D, GL_TEXTURE_2D, 0},
+                        {1, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_LUMINANCE},
+                        {4, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_RGBA},
+                        {5, GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_2D, 0},
+                        {6, GL_TEXTURE_2D, GL_TEXTURE_2D, 0}};
+    GPUImage2D image(context(), 1, 1, 4);
+    GPUImage3D volume(context(), 1, 1, 1, 4);
+    for (const Row& row : rows) {
+        EXPECT_EQ(image.selectTextureTarget(row.code), row.target2D);
+        EXPECT_EQ(volume.selectTextureTarget(row.code), row.target3D);
+        EXPECT_EQ(image.selectTextureFormat(row.code), row.format);
+        EXPECT_EQ(volume.selectTextureFormat(row.code), row.format);
+        m_Recorder.take();
+        image.set(1, 1, row.code, nullptr);
+        EXPECT_EQ(m_Recorder.take_log().empty(), row.format != 0);
+        EXPECT_EQ(image.getTextureTarget(), row.target2D);
+    }
+}
+
+TEST_F(GpuImage, OnlyRgbaReadsBack) {
+    GPUImage2D image(context(), 5, 3, 3, random_bytes(45, 1).data());
+    Bytes buffer(45);
+    m_Recorder.take();
+    EXPECT_EQ(image.download(buffer.data(), 45), 1);
+    EXPECT_THAT(m_Recorder.take_log(), ElementsAre("after :glReadPixels() glError (0x502)\n"));
+}
+
+TEST_F(GpuImage, RefusedMappingCopiesNothingAndTheRestGoesOn) {
+    GPUImage2D image(context(), 2, 2, 4, random_bytes(16, 4).data());
+    m_Recorder.take();
+    m_Recorder.answer("glMapBufferRange", 0, GL_OUT_OF_MEMORY);
+    Bytes buffer(16, 0xEE);
+    EXPECT_EQ(image.upload(random_bytes(16, 5).data(), 16), 1);
+    EXPECT_EQ(image.download(buffer.data(), 16), 1);
+    EXPECT_EQ(buffer, Bytes(16, 0xEE));
+    const std::vector<std::string> entries = m_Recorder.take();
+    EXPECT_THAT(entries, Contains("after :glMapBufferRange() glError (0x505)\n").Times(2));
+    EXPECT_THAT(entries, Contains(testing::StartsWith("glUnmapBuffer")).Times(2));
+    EXPECT_THAT(entries, Contains("glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0)"));
+    EXPECT_EQ(entries.back(), "glBindFramebuffer(GL_FRAMEBUFFER, 0)");
+}
+
+TEST_F(GpuImage, WrappedTexturesSurviveUnlessHandedOver) {
+    GLuint name = 0;
+    glGenTextures(1, &name);
+    m_Recorder.take();
+    {
+        GPUImage2D plain(context(), name, 4, 4, 4, false, false);
+        const GPUImage3D volume(context(), name, 4, 4, 4, 4, false, false);
+        EXPECT_THAT(m_Recorder.take_calls(),
+                    ElementsAre("glGenFramebuffers(1, ptr)", "glGenBuffers(1, ptr)", "glGenBuffers(1, ptr)"));
+        plain.recycle();
+        EXPECT_EQ(plain.getTextureID(), name);
+        const GPUImage2D initialised(context(), name, 2, 1, 4, true, false);
+        EXPECT_THAT(m_Recorder.take_calls(),
+                    Contains("glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 2, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, null)"));
+    }
+    EXPECT_TRUE(glIsTexture(name));
+    {
+        auto_ptr<GPUContext> counted(context());
+        GPUImage2D owner(counted, name, 2, 1, 4, false, true);
+        owner.recycle();
+        EXPECT_EQ(owner.getTextureID(), 0U);
+        EXPECT_FALSE(glIsTexture(name));
+    }
+    EXPECT_THAT(m_Recorder.take_calls(), Contains("glDeleteTextures(1, ptr)").Times(1));
+}
+
+TEST_F(GpuImage, ExternalTextureThroughAnEglImageIsDrawn) {
+    const Bytes pixels = random_bytes(5 * 3 * 4, 6);
+    GPUImage2D source(context(), 5, 3, 4, pixels.data());
+    const auto createImage = reinterpret_cast<PFNEGLCREATEIMAGEKHRPROC>(eglGetProcAddress("eglCreateImageKHR"));
+    const auto destroyImage = reinterpret_cast<PFNEGLDESTROYIMAGEKHRPROC>(eglGetProcAddress("eglDestroyImageKHR"));
+    const auto setImage =
+        reinterpret_cast<PFNGLEGLIMAGETARGETTEXTURE2DOESPROC>(eglGetProcAddress("glEGLImageTargetTexture2DOES"));
+    ASSERT_TRUE(createImage != nullptr && destroyImage != nullptr && setImage != nullptr);
+    EGLDisplay display = context()->getEGLDisplay();
+    EGLImageKHR shared = createImage(display, context()->getEGLContext(), EGL_GL_TEXTURE_2D_KHR,
+                                     reinterpret_cast<EGLClientBuffer>(uintptr_t{source.getTextureID()}), nullptr);
+    ASSERT_NE(shared, EGL_NO_IMAGE_KHR);
+    GLuint name = 0;
+    glGenTextures(1, &name);
+    glBindTexture(GL_TEXTURE_EXTERNAL_OES, name);
+    setImage(GL_TEXTURE_EXTERNAL_OES, shared);
+    glTexParameteri(GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    glTexParameteri(GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    glBindTexture(GL_TEXTURE_EXTERNAL_OES, 0);
+
+    GPUImage2D camera(context(), name, 5, 3, 5, false, true);
+    const std::string fragment = std::string("#extension GL_OES_EGL_image_external : require\n") + kCopyShader;
+    std::string external = fragment;
+    external.replace(external.find("sampler2D"), 9, "samplerExternalOES");
+    const auto_ptr<GPUProgram> program = make_program(kVertexShader, external.c_str());
+    m_Recorder.take();
+    EXPECT_EQ(draw(*program, &camera, 5, 3), upside_down(pixels, 5));
+    EXPECT_THAT(m_Recorder.take_log(), IsEmpty());
+    destroyImage(display, shared);
+}
+
+}  // namespace

@@ -1,0 +1,479 @@
+#include "frameworks/gpu/gpu_program.h"
+
+#include <gmock/gmock.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "frameworks/core/memory.h"
+#include "frameworks/gpu/gpu_image_3d.h"
+#include "frameworks/gpu/gpu_utils.h"
+#include "frameworks/gpu/program_cache.h"
+#include "tests/frameworks/gpu/gpu_fixture.h"
+#include "tests/support/random_bytes.h"
+
+namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr const char* kBrokenShader = "void main() { gl_Position = nothing; }\n";
+
+class GpuProgram : public GpuTest {
+  protected:
+    GlRecorder m_Recorder;
+};
+
+TEST_F(GpuProgram, ScriptsKeepTheirSourcesInOrder) {
+    EXPECT_EQ(GPUScriptSource::createScriptSource(nullptr, "s"), nullptr);
+    EXPECT_EQ(GPUScriptSource::createScriptSource("n", nullptr), nullptr);
+    EXPECT_EQ(GPUScriptSource::createScriptSource("", "s"), nullptr);
+    EXPECT_EQ(GPUScriptSource::createScriptSource("n", ""), nullptr);
+
+    GPUScript script(context(), nullptr);
+    EXPECT_FALSE(script.addSource("n", ""));
+    EXPECT_FALSE(script.addSource(nullptr));
+    auto_ptr<GPUScriptSource> second(GPUScriptSource::createScriptSource("second", "text"));
+    EXPECT_TRUE(script.addSource("first", "a text"));
+    EXPECT_TRUE(script.addSource(second));
+    EXPECT_TRUE(script.addSource("third", "c"));
+    EXPECT_TRUE(script.addSource(second.get()));
+    EXPECT_STREQ(script.getScriptSourceByIndex(0)->getName(), "first");
+    EXPECT_STREQ(script.getScriptSourceByIndex(0)->getSource(), "a text");
+    script.remove(second);
+    script.remove(static_cast<GPUScriptSource*>(nullptr));
+    EXPECT_STREQ(script.getScriptSourceByIndex(1)->getName(), "third");
+    EXPECT_EQ(script.getScriptSourceByIndex(2).get(), second.get());
+    for (const int index : {-1, 3, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+        EXPECT_EQ(script.getScriptSourceByIndex(index).get(), nullptr);
+    }
+    script.clear();
+    EXPECT_EQ(script.getScriptSourceByIndex(0).get(), nullptr);
+}
+
+TEST_F(GpuProgram, OnePassMakesItsCallsInOrder) {
+    GPUImage2D image(context(), 2, 2, 4, random_bytes(16, 1).data());
+    GPUImage3D volume(context(), 2, 2, 2, 4, random_bytes(32, 1).data());
+    m_Recorder.take();
+    {
+        const auto_ptr<GPUProgram> program = make_program(kVertexShader, kCopyShader);
+        EXPECT_THAT(
+            m_Recorder.take_calls(),
+            ElementsAre("glGenFramebuffers(1, ptr)", "glCreateShader(GL_VERTEX_SHADER)",
+                        "glShaderSource(1, 1, ptr, [])", "glCompileShader(1)", "glCreateShader(GL_FRAGMENT_SHADER)",
+                        "glShaderSource(2, 1, ptr, [])", "glCompileShader(2)", "glCreateProgram()",
+                        "glAttachShader(3, 1)", "glAttachShader(3, 2)", "glLinkProgram(3)"));
+        m_Recorder.fail_every_call(GL_INVALID_ENUM);
+        EXPECT_EQ(program->beganCompute(), 1);
+        program->setOutputTarget(&image);
+        program->setOutputSize(1, 2, 3, 4);
+        program->setSourceTarget("tex_sampler", 3, &image);
+        program->setSourceTarget("absent", 0, &volume);
+        program->setSourceTarget(nullptr, 0, &volume);
+        program->setSourceTarget("tex_sampler", 0, static_cast<GPUImage2D*>(nullptr));
+        EXPECT_EQ(program->endCompute(), 1);
+        program->setOutputTarget(nullptr);
+        EXPECT_EQ(m_Recorder.take_checks(),
+                  "glUseProgram(3)!\n"
+                  "glBindFramebuffer(GL_FRAMEBUFFER, 2)\n"
+                  "glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, 1, 0)!\n"
+                  "glCheckFramebufferStatus(GL_FRAMEBUFFER)\n"
+                  "glViewport(1, 2, 3, 4)!\n"
+                  "glGetUniformLocation(3, ptr)\n"
+                  "glActiveTexture(GL_TEXTURE3)\n"
+                  "glBindTexture(GL_TEXTURE_2D, 1)!\n"
+                  "glUniform1i(0, 3)!\n"
+                  "glGetUniformLocation(3, ptr)\n"
+                  "glActiveTexture(GL_TEXTURE0)\n"
+                  "glBindTexture(GL_TEXTURE_3D, 2)!\n"
+                  "glUniform1i(-1, 0)!\n"
+                  "glVertexAttribPointer(0, 2, GL_FLOAT, 0, 0, ptr)\n"
+                  "glEnableVertexAttribArray(0)!vertex attribute setup\n"
+                  "glVertexAttribPointer(1, 2, GL_FLOAT, 0, 0, ptr)\n"
+                  "glEnableVertexAttribArray(1)!vertex attribute setup\n"
+                  "glDrawArrays(5, 0, 4)!\n"
+                  "glBindFramebuffer(GL_FRAMEBUFFER, 0)!\n");
+    }
+    EXPECT_EQ(m_Recorder.take_checks(), "glDeleteProgram(3)\nglDeleteFramebuffers(1, ptr)!\n");
+}
+
+TEST_F(GpuProgram, DrawsThePicturesTopRowOnTopUnlessVerticesSayOtherwise) {
+    const Bytes red = {255, 0, 0, 255};
+    const Bytes green = {0, 255, 0, 255};
+    const Bytes blue = {0, 0, 255, 255};
+    const Bytes white(4, 255);
+    const auto quad = [](const Bytes& a, const Bytes& b, const Bytes& c, const Bytes& d) {
+        Bytes pixels = a;
+        for (const Bytes* corner : {&b, &c, &d}) {
+            pixels.insert(pixels.end(), corner->begin(), corner->end());
+        }
+        return pixels;
+    };
+    GPUImage2D image(context(), 2, 2, 4, quad(red, green, blue, white).data());
+    const auto_ptr<GPUProgram> program = make_program(kVertexShader, kCopyShader);
+    // Row 0 of what GL reads back is the bottom.
+    EXPECT_EQ(draw(*program, &image, 2, 2), quad(blue, white, red, green));
+    program->setPosVertices(nullptr);
+    program->setTexVertices(nullptr);
+    EXPECT_EQ(draw(*program, &image, 2, 2), quad(blue, white, red, green));
+    const float mirrored[8] = {1, 0, 0, 0, 1, 1, 0, 1};
+    program->setTexVertices(mirrored);
+    EXPECT_EQ(draw(*program, &image, 2, 2), quad(green, red, white, blue));
+    const float turned[8] = {-1, 1, 1, 1, -1, -1, 1, -1};
+    program->setPosVertices(turned);
+    EXPECT_EQ(draw(*program, &image, 2, 2), quad(white, blue, green, red));
+    EXPECT_THAT(m_Recorder.take_log(), IsEmpty());
+}
+
+constexpr const char* kUniformsShader =
+    "precision highp float;\nprecision highp int;\n"
+    "uniform int i1[2]; uniform ivec2 i2[2]; uniform ivec3 i3[2]; uniform ivec4 i4[2];\n"
+    "uniform float f1[2]; uniform vec2 f2[2]; uniform vec3 f3[2]; uniform vec4 f4[2];\n"
+    "uniform mat2 m2[2]; uniform mat3 m3[2]; uniform mat4 m4[2];\n"
+    "void main() {\n"
+    "  float sum = float(i1[0] + i1[1] + i2[0].x + i2[1].y + i3[0].x + i3[1].z + i4[0].x + i4[1].w);\n"
+    "  sum += f1[0] + f1[1] + f2[0].x + f2[1].y + f3[0].x + f3[1].z + f4[0].x + f4[1].w;\n"
+    "  sum += m2[0][0].x + m2[1][1].y + m3[0][0].x + m3[1][2].z + m4[0][0].x + m4[1][3].w;\n"
+    "  gl_FragColor = vec4(sum);\n"
+    "}\n";
+
+TEST_F(GpuProgram, AllElevenUniformsReadBack) {
+    using SetInts = void (GPUProgram::*)(const char*, int, const int*);
+    using SetFloats = void (GPUProgram::*)(const char*, int, const float*);
+    using SetMatrices = void (GPUProgram::*)(const char*, int, bool, const float*);
+    struct Row {
+        const char* name;
+        int elements;
+        SetInts ints = nullptr;
+        SetFloats floats = nullptr;
+        SetMatrices matrices = nullptr;
+    };
+    // In the order of their types.
+    const Row rows[] = {{"i1", 1, &GPUProgram::_SetHostValue1iv},
+                        {"i2", 2, &GPUProgram::_SetHostValue2iv},
+                        {"i3", 3, &GPUProgram::_SetHostValue3iv},
+                        {"i4", 4, &GPUProgram::_SetHostValue4iv},
+                        {"f1", 1, nullptr, &GPUProgram::_SetHostValue1fv},
+                        {"f2", 2, nullptr, &GPUProgram::_SetHostValue2fv},
+                        {"f3", 3, nullptr, &GPUProgram::_SetHostValue3fv},
+                        {"f4", 4, nullptr, &GPUProgram::_SetHostValue4fv},
+                        {"m2", 4, nullptr, nullptr, &GPUProgram::_SetHostValueMatrix2fv},
+                        {"m3", 9, nullptr, nullptr, &GPUProgram::_SetHostValueMatrix3fv},
+                        {"m4", 16, nullptr, nullptr, &GPUProgram::_SetHostValueMatrix4fv}};
+    const auto_ptr<GPUProgram> program = make_program(kVertexShader, kUniformsShader);
+    ASSERT_EQ(program->beganCompute(), 1);
+    GLint handle = 0;
+    glGetIntegerv(GL_CURRENT_PROGRAM, &handle);
+    const auto value = [&](const Row& row, int index) {
+        const std::string name = std::string(row.name) + "[" + std::to_string(index) + "]";
+        const auto id = static_cast<GLuint>(handle);
+        std::vector<float> floats(static_cast<size_t>(row.elements));
+        std::vector<int> ints(floats.size());
+        if (row.ints != nullptr) {
+            glGetUniformiv(id, glGetUniformLocation(id, name.c_str()), ints.data());
+            floats.assign(ints.begin(), ints.end());
+        } else {
+            glGetUniformfv(id, glGetUniformLocation(id, name.c_str()), floats.data());
+        }
+        return floats;
+    };
+    int type = 0;
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto count = static_cast<size_t>(row.elements);
+        // Different numbers in each place, before and after.
+        std::vector<float> first, second;
+        std::vector<int> ints;
+        for (size_t i = 0; i < 2 * count; ++i) {
+            (i < count ? first : second).push_back(static_cast<float>(100 * (type + 1)) + static_cast<float>(i));
+            ints.push_back(100 * (type + 1) + static_cast<int>(i));
+        }
+        std::vector<float> both = first;
+        both.insert(both.end(), second.begin(), second.end());
+        if (row.ints != nullptr) {
+            ((*program).*row.ints)(row.name, 2, ints.data());
+            ((*program).*row.ints)(nullptr, 2, ints.data());
+            ((*program).*row.ints)(row.name, 2, nullptr);
+        } else if (row.floats != nullptr) {
+            ((*program).*row.floats)(row.name, 2, both.data());
+            ((*program).*row.floats)(nullptr, 2, both.data());
+            ((*program).*row.floats)(row.name, 2, nullptr);
+        } else {
+            ((*program).*row.matrices)(row.name, 2, false, both.data());
+            ((*program).*row.matrices)(nullptr, 2, false, both.data());
+            ((*program).*row.matrices)(row.name, 2, false, nullptr);
+        }
+        EXPECT_EQ(value(row, 0), first);
+        EXPECT_EQ(value(row, 1), second);
+        if (row.matrices != nullptr) {
+            ((*program).*row.matrices)(row.name, 1, true, first.data());
+            const auto side = static_cast<size_t>(type - 6);
+            EXPECT_EQ(value(row, 0)[1], first[side]);
+            EXPECT_EQ(value(row, 0)[side], first[1]);
+        }
+
+        void* last = row.ints != nullptr ? static_cast<void*>(ints.data() + count) : static_cast<void*>(second.data());
+        const auto typeCode = static_cast<GPUProgramParameterType>(type++);
+        program->setParameters(row.name, typeCode, last);
+        program->setParameters(nullptr, typeCode, last);
+        program->setParameters(row.name, typeCode, nullptr);
+        EXPECT_EQ(value(row, 0), second);
+    }
+    m_Recorder.take();
+    float unused[16] = {};
+    for (const int unknown : {11, -1, 1 << 20}) {
+        program->setParameters("f4", static_cast<GPUProgramParameterType>(unknown), unused);
+    }
+    EXPECT_THAT(m_Recorder.take(), IsEmpty());
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+TEST_F(GpuProgram, FailuresAreLoggedAndLeaveAProgramThatDoesNothing) {
+    GPUImage2D image(context(), 1, 1, 4);
+    const auto expect_unusable = [&](GPUProgram& program) {
+        m_Recorder.take();
+        float value = 1;
+        EXPECT_EQ(program.beganCompute(), 0);
+        program.setOutputSize(0, 0, 1, 1);
+        program.setSourceTarget("tex_sampler", 0, &image);
+        program.setParameters("x", GPU_PROGRAM_PARAMETER_TYPE_FLOAT1, &value);
+        program._SetHostValue1fv("x", 1, &value);
+        EXPECT_EQ(program.endCompute(), 0);
+        program.release();
+        EXPECT_THAT(m_Recorder.take(), IsEmpty());
+    };
+    m_Recorder.take();
+    expect_unusable(*make_program(kBrokenShader, kCopyShader));
+    auto_ptr<GPUProgram> program = make_program(kBrokenShader, kCopyShader);
+    std::vector<std::string> entries = m_Recorder.take();
+    EXPECT_THAT(entries, Contains(StartsWith("Could not compiled shader:35633\n")));
+    EXPECT_THAT(entries, Contains(StartsWith("glDeleteShader")));
+    EXPECT_THAT(entries, Not(Contains("glCreateShader(GL_FRAGMENT_SHADER)")));
+
+    program = make_program(kVertexShader, "syntax");
+    entries = m_Recorder.take();
+    EXPECT_THAT(entries, Contains(StartsWith("Could not compiled shader:35632\n")));
+    EXPECT_THAT(entries, Not(Contains("glCreateProgram()")));
+
+    program = make_program(kVertexShader,
+                           "varying mediump vec3 v_texcoord;\nvoid main() { gl_FragColor = v_texcoord.xyzz; }");
+    entries = m_Recorder.take();
+    EXPECT_THAT(entries, Contains(StartsWith("Could not link program:\n")));
+    EXPECT_THAT(entries, Contains(StartsWith("glDeleteProgram")));
+    expect_unusable(*program);
+
+    // Too few sources, no script at all.
+    auto_ptr<GPUScript> script(new GPUScript(context(), nullptr));
+    script->addSource("VertexShader", kVertexShader);
+    auto_ptr<GPUContext> counted(context());
+    expect_unusable(*auto_ptr<GPUProgram>(new GPUProgram(counted, script)));
+    expect_unusable(*auto_ptr<GPUProgram>(new GPUProgram(context(), nullptr)));
+
+    // What the driver refuses without a word.
+    EXPECT_EQ(GPUUtils::loadShader(GL_VERTEX_SHADER, nullptr), 0U);
+    m_Recorder.answer_query(GL_COMPILE_STATUS, GL_FALSE);
+    m_Recorder.answer_query(GL_INFO_LOG_LENGTH, 0);
+    EXPECT_NE(GPUUtils::loadShader(GL_VERTEX_SHADER, kBrokenShader), 0U);
+    m_Recorder.answer_query(GL_COMPILE_STATUS, GL_TRUE);
+    m_Recorder.answer_query(GL_LINK_STATUS, GL_FALSE);
+    m_Recorder.take();
+    EXPECT_EQ(GPUUtils::createProgram(kVertexShader, kCopyShader), 0U);
+    EXPECT_THAT(m_Recorder.take_log(), IsEmpty());
+    m_Recorder.heal();
+    for (const char* function : {"glCreateShader", "glCreateProgram"}) {
+        m_Recorder.answer(function, 0);
+        EXPECT_EQ(GPUUtils::createProgram(kVertexShader, kCopyShader), 0U);
+        EXPECT_EQ(GPUUtils::createProgram(1, kCopyShader, 4), 0U);
+        m_Recorder.heal();
+    }
+}
+
+TEST_F(GpuProgram, ComputeProgramComputes) {
+    const GLuint handle = GPUUtils::createComputeProgram(
+        "#version 310 es\nlayout(local_size_x = 4) in;\n"
+        "layout(std430, binding = 0) buffer Out { uint values[]; };\n"
+        "void main() { values[gl_GlobalInvocationID.x] = gl_GlobalInvocationID.x * 3u + 1u; }\n");
+    ASSERT_NE(handle, 0U);
+    GLuint buffer = 0;
+    glGenBuffers(1, &buffer);
+    glBindBufferBase(GL_SHADER_STORAGE_BUFFER, 0, buffer);
+    glBufferData(GL_SHADER_STORAGE_BUFFER, 8 * sizeof(GLuint), nullptr, GL_DYNAMIC_READ);
+    glUseProgram(handle);
+    glDispatchCompute(2, 1, 1);
+    glMemoryBarrier(GL_BUFFER_UPDATE_BARRIER_BIT);
+    const auto* values =
+        static_cast<const GLuint*>(glMapBufferRange(GL_SHADER_STORAGE_BUFFER, 0, 8 * sizeof(GLuint), GL_MAP_READ_BIT));
+    ASSERT_NE(values, nullptr);
+    EXPECT_THAT(std::vector<GLuint>(values, values + 8), ElementsAre(1, 4, 7, 10, 13, 16, 19, 22));
+    glUnmapBuffer(GL_SHADER_STORAGE_BUFFER);
+    glDeleteBuffers(1, &buffer);
+    glDeleteProgram(handle);
+    m_Recorder.take();
+    EXPECT_EQ(GPUUtils::createComputeProgram("#version 310 es\nvoid main() {}\n"), 0U);
+    EXPECT_THAT(m_Recorder.take_log(), Not(IsEmpty()));
+}
+
+class GpuProgramCache : public GpuProgram {
+  protected:
+    void SetUp() override {
+        GpuProgram::SetUp();
+        std::string path = testing::TempDir() + "korvane_cache_XXXXXX";
+        ASSERT_NE(mkdtemp(path.data()), nullptr);
+        m_Directory = path;
+        m_DefaultDirectory = korvane::program_cache_directory();
+        korvane::set_program_cache_directory(path + "/");
+    }
+
+    void TearDown() override {
+        korvane::set_program_cache_directory(m_DefaultDirectory);
+        std::filesystem::remove_all(m_Directory);
+        GpuProgram::TearDown();
+    }
+
+    std::filesystem::path file() const { return m_Directory / "script.osb"; }
+
+    Bytes read_file() const {
+        std::ifstream stream(file(), std::ios::binary);
+        return Bytes(std::istreambuf_iterator<char>(stream), {});
+    }
+
+    void write_file(const Bytes& bytes) const {
+        std::ofstream stream(file(), std::ios::binary);
+        std::copy(bytes.begin(), bytes.end(), std::ostreambuf_iterator<char>(stream));
+    }
+
+    auto_ptr<GPUScript> make_script() {
+        auto_ptr<GPUScript> script(new GPUScript(context(), "script"));
+        script->addSource("VertexShader", kVertexShader);
+        script->addSource("FragmentShader", kCopyShader);
+        return script;
+    }
+
+    // Mesa's plain rasteriser is the one driver known to give no binaries.
+    static bool has_binaries() {
+        GLint formats = 0;
+        glGetIntegerv(GL_NUM_PROGRAM_BINARY_FORMATS, &formats);
+        const std::string renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+        EXPECT_TRUE(formats > 0 || renderer == "softpipe") << renderer;
+        return formats > 0;
+    }
+
+    // A program's binary in the cache, made up where the driver gives none, and the bytes of its file.
+    Bytes fill_cache() {
+        auto_ptr<GPUScript> script = make_script();
+        GPUProgram program(context(), script.get());
+        EXPECT_EQ(program.beganCompute(), 1);
+        GLint handle = 0;
+        glGetIntegerv(GL_CURRENT_PROGRAM, &handle);
+        int length = 0;
+        GLenum format = 0;
+        void* binary = nullptr;
+        GPUUtils::getProgramBinary(static_cast<GLuint>(handle), &length, &format, &binary);
+        if (!has_binaries()) {
+            EXPECT_EQ(binary, nullptr);
+            length = 64;
+            format = 0x1234;
+            binary = galloc_alloc(64);
+        }
+        EXPECT_GT(length, 0);
+        Bytes expected(4 + static_cast<size_t>(length));
+        std::memcpy(expected.data(), &format, 4);
+        std::memcpy(expected.data() + 4, binary, static_cast<size_t>(length));
+        script->setScriptBinaryFormat(format);
+        script->setScriptBinary(binary, length);
+        script->clear();
+        EXPECT_EQ(read_file(), expected);
+        return expected;
+    }
+
+    std::filesystem::path m_Directory;
+    std::string m_DefaultDirectory;
+};
+
+TEST_F(GpuProgramCache, CachedProgramDrawsWithoutCompiling) {
+    const Bytes pixels = random_bytes(5 * 3 * 4, 2);
+    GPUImage2D image(context(), 5, 3, 4, pixels.data());
+    const Bytes expected = draw(*make_program(kVertexShader, kCopyShader), &image, 5, 3);
+    const Bytes bytes = fill_cache();
+    m_Recorder.take();
+    {
+        auto_ptr<GPUScript> script(new GPUScript(context(), "script"));
+        EXPECT_EQ(script->getScirptBinarySize(), static_cast<int>(bytes.size()) - 4);
+        EXPECT_EQ(script->getScriptSourceByIndex(0).get(), nullptr);
+        GPUProgram program(context(), script.get());
+        EXPECT_THAT(m_Recorder.take_calls(),
+                    AllOf(Contains(StartsWith("glProgramBinary(")), Not(Contains(StartsWith("glCreateShader")))));
+        if (has_binaries()) {
+            EXPECT_EQ(draw(program, &image, 5, 3), expected);
+        }
+        std::filesystem::remove(file());
+    }
+    // Whoever holds a binary writes it back in the end.
+    EXPECT_EQ(read_file(), bytes);
+}
+
+TEST_F(GpuProgramCache, FilesWithoutABinaryCountAsAbsent) {
+    Bytes bytes = fill_cache();
+    for (const size_t length : std::initializer_list<size_t>{0, 1, 3, 4}) {
+        SCOPED_TRACE(length);
+        write_file(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length)));
+        auto_ptr<GPUScript> script = make_script();
+        EXPECT_EQ(script->getScriptBinary(), nullptr);
+        EXPECT_EQ(script->getScirptBinarySize(), 0);
+        EXPECT_EQ(script->getScriptBinaryFormat(), 0U);
+        GPUProgram program(context(), script.get());
+        EXPECT_EQ(program.beganCompute(), 1);
+        script->clear();
+        EXPECT_EQ(read_file().size(), length);
+    }
+}
+
+TEST_F(GpuProgramCache, RejectedBinaryIsNotReplacedByTheSources) {
+    const Bytes whole = fill_cache();
+    Bytes shortened(whole.begin(), whole.end() - 1);
+    Bytes foreign = whole;
+    foreign[0] ^= 0x5A;
+    for (const Bytes& bytes : {shortened, foreign}) {
+        write_file(bytes);
+        m_Recorder.take();
+        {
+            auto_ptr<GPUScript> script = make_script();
+            GPUProgram program(context(), script.get());
+            EXPECT_EQ(program.beganCompute(), 0);
+            EXPECT_EQ(program.endCompute(), 0);
+            EXPECT_THAT(m_Recorder.take_calls(), Not(Contains(StartsWith("glCreateShader"))));
+        }
+        EXPECT_EQ(read_file(), bytes);
+    }
+}
+
+TEST_F(GpuProgramCache, BinariesThatCannotBeHadOrKeptDoNoHarm) {
+    int length = 7;
+    GLenum format = 7;
+    void* binary = &length;
+    GPUUtils::getProgramBinary(0, &length, &format, &binary);
+    EXPECT_EQ(length, 7);
+    m_Recorder.answer_query(GL_PROGRAM_BINARY_LENGTH, 0);
+    GPUUtils::getProgramBinary(1, &length, &format, &binary);
+    EXPECT_EQ(length, 0);
+    EXPECT_EQ(format, 0U);
+    EXPECT_EQ(binary, nullptr);
+    EXPECT_EQ(GPUUtils::createProgram(1, nullptr, 4), 0U);
+
+    korvane::set_program_cache_directory(m_Directory.string() + "/absent/");
+    auto_ptr<GPUScript> script = make_script();
+    script->setScriptBinary(galloc_malloc(8), 8);
+    script->clear();
+    EXPECT_FALSE(std::filesystem::exists(m_Directory / "absent"));
+    const GPUScript longName(context(), std::string(5000, 'n').c_str());
+}
+
+}  // namespace

@@ -1,0 +1,90 @@
+// Any bytes at all as a JPEG file: the decoder must answer, keep its memory together, and on failure leave the caller's
+// image as it was. The sanitizers see the rest.
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "frameworks/images/image_decoder_factory.h"
+#include "frameworks/images/jpeg_decoder.h"
+
+namespace {
+
+// A few bytes may declare a picture of gigabytes, which is slow and no fault.
+constexpr size_t kMaxPixels = 4'000'000;
+
+class InputStream : public Stream {
+  public:
+    InputStream(const uint8_t* bytes, size_t length) : m_Bytes(bytes), m_Length(length) {}
+
+    size_t read(void* buffer, size_t count) override {
+        count = std::min(count, m_Length - m_Position);
+        if (buffer != nullptr && count > 0) {
+            memcpy(buffer, m_Bytes + m_Position, count);
+        }
+        m_Position += count;
+        return count;
+    }
+    size_t write(void* /*buffer*/, size_t /*count*/) override { return 0; }
+    int64_t seek(int64_t /*offset*/, SeekOrign /*origin*/) override { return -1; }
+    bool rewind() override {
+        m_Position = 0;
+        return true;
+    }
+    size_t getLength() override { return m_Length; }
+    void flush() override {}
+    void close() override {}
+
+  private:
+    const uint8_t* m_Bytes;
+    size_t m_Length;
+    size_t m_Position = 0;
+};
+
+// Whether anything that may be read as a frame header declares more than kMaxPixels.
+bool declares_too_much(const uint8_t* data, size_t size) {
+    for (size_t i = 0; i + 9 <= size; ++i) {
+        const bool frame = data[i] == 0xFF && data[i + 1] >= 0xC0 && data[i + 1] <= 0xCF;
+        const size_t height = static_cast<size_t>(data[i + 5]) << 8 | data[i + 6];
+        const size_t width = static_cast<size_t>(data[i + 7]) << 8 | data[i + 8];
+        if (frame && height * width > kMaxPixels) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void require(bool holds) {
+    if (!holds) {
+        abort();
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (declares_too_much(data, size)) {
+        return 0;
+    }
+    unsigned char before[] = {1, 2, 3, 4, 5, 6};
+    unsigned char* planes[4] = {before};
+    auto_ptr<Image> image(new Image(2, 3, 1, IMAGE_FORMAT_TYPE_GRAY, planes));
+    auto_ptr<Stream> stream(new InputStream(data, size));
+    auto_ptr<ImageDecoder> decoder(new JpegDecoder);
+    const unsigned char* pixels = image->getPlanes()[0];
+    if (!decoder->decode(stream, image)) {
+        require(image->getWidth() == 2 && image->getHeight() == 3 && image->getPlanes()[0] == pixels);
+        require(memcmp(pixels, before, sizeof(before)) == 0);
+        return 0;
+    }
+    const size_t bytes =
+        static_cast<size_t>(image->getWidth()) * image->getHeight() * static_cast<size_t>(image->getDepthType());
+    require((image->getPlanes()[0] == nullptr) == (image->getFormatType() == IMAGE_FORMAT_TYPE_NONE));
+    uint32_t sum = 0;
+    for (size_t i = 0; image->getPlanes()[0] != nullptr && i < bytes; ++i) {
+        sum += image->getPlanes()[0][i];
+    }
+    require(sum <= bytes * 255);
+    return 0;
+}

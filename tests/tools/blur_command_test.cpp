@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "algorithms/alpha_blend_scalar.h"
+#include "algorithms/stack_blur_scalar.h"
+#include "frameworks/io/file_stream.h"
+#include "tests/frameworks/images/jpeg_reference.h"
+#include "tools/command.h"
+#include "tools/photo_io.h"
+#include "tools/scene.h"
+
+namespace {
+
+using namespace korvane;
+
+std::string temporary(const char* name) {
+    return testing::TempDir() + "korvane_blur_command_" + name + ".jpg";
+}
+
+size_t bytes_of(Image* image) {
+    return static_cast<size_t>(image->getWidth()) * image->getHeight() * static_cast<size_t>(image->getDepthType());
+}
+
+// The file must equal, byte for byte, what the steps done by hand give, also in the last pixels of an odd count.
+TEST(BlurCommand, BlursThenDims) {
+    const std::string input = temporary("in"), output = temporary("out"), byHand = temporary("hand");
+    auto_ptr<Image> scene = draw_scene(151, 83);
+    write_photo(input, scene);
+    ASSERT_EQ(
+        run_program(commands(), {"blur", input, "-o", output, "--radius", "9", "--color", "#F08020", "--alpha", "100"}),
+        0);
+
+    auto_ptr<Image> photo = read_photo(input, IMAGE_FORMAT_TYPE_RGBA);
+    stack_blur_scalar(photo->getPlanes()[0], 151, 83, 9);
+    alpha_blend_scalar(photo->getPlanes()[0], 151 * 83, 0xF0, 0x80, 0x20, 100);
+    write_photo(byHand, photo);
+    auto_ptr<Image> expected = read_photo(byHand);
+    auto_ptr<Image> actual = read_photo(output);
+    ASSERT_EQ(actual->getWidth(), 151u);
+    ASSERT_EQ(actual->getHeight(), 83u);
+    EXPECT_EQ(memcmp(actual->getPlanes()[0], expected->getPlanes()[0], bytes_of(actual.get())), 0);
+    for (const std::string& path : {input, output, byHand}) {
+        remove(path.c_str());
+    }
+}
+
+// Where things are in the scene, by name: a turned, mirrored or colour-swapped picture fails.
+TEST(Scene, HasItsPartsInTheirPlaces) {
+    const std::string path = temporary("scene");
+    auto_ptr<Image> drawn = draw_scene(640, 360);
+    write_photo(path, drawn);
+    for (const ImageFormatType format : {IMAGE_FORMAT_TYPE_RGB, IMAGE_FORMAT_TYPE_RGBA}) {
+        auto_ptr<Image> scene = read_photo(path, format);
+        ASSERT_EQ(scene->getFormatType(), format);
+        const size_t pixelBytes = static_cast<size_t>(scene->getDepthType());
+        struct {
+            const char* name;
+            size_t x, y;
+            int red, green, blue;
+        } const spots[] = {{"sky", 4, 2, 60, 109, 186},
+                           {"sun", 489, 72, 255, 250, 224},
+                           {"door", 105, 270, 52, 84, 120},
+                           {"chimney", 188, 95, 98, 74, 66},
+                           {"board", 415, 273, 250, 248, 240}};
+        for (const auto& spot : spots) {
+            const unsigned char* pixel = scene->getPlanes()[0] + (spot.y * 640 + spot.x) * pixelBytes;
+            EXPECT_NEAR(pixel[0], spot.red, 8) << spot.name;
+            EXPECT_NEAR(pixel[1], spot.green, 8) << spot.name;
+            EXPECT_NEAR(pixel[2], spot.blue, 8) << spot.name;
+            EXPECT_TRUE(pixelBytes == 3 || pixel[3] == 255) << spot.name;
+        }
+    }
+    remove(path.c_str());
+}
+
+void write_bytes(const std::string& path, Bytes bytes) {
+    FileStream file(path.c_str(), FileStream::FILE_MODE_ONLY_WRITE);
+    ASSERT_EQ(file.write(bytes.data(), bytes.size()), bytes.size());
+}
+
+TEST(PhotoIo, ReadsGrayFilesAsColourAndRefusesCmyk) {
+    const std::string path = temporary("gray");
+    write_bytes(path, reference_encode(Bytes(64, 77), 8, 8, {.components = 1}));
+    auto_ptr<Image> photo = read_photo(path, IMAGE_FORMAT_TYPE_RGBA);
+    const unsigned char expected[] = {77, 77, 77, 255};
+    EXPECT_EQ(memcmp(photo->getPlanes()[0] + 4 * 63, expected, 4), 0);
+
+    write_bytes(path, reference_encode(Bytes(256, 77), 8, 8, {.components = 4}));
+    EXPECT_THROW(read_photo(path), CommandError);
+    remove(path.c_str());
+}
+
+}  // namespace

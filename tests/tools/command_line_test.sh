@@ -1,0 +1,83 @@
+#!/usr/bin/env bash
+# The program as a whole, reading and writing photos, and the commands blur and scene.
+source "$(dirname "$0")/checks.sh"
+
+accepts --version
+holds grep -qxE 'korvane [0-9]+\.[0-9]+\.[0-9]+' out.log
+for help in --help 'blur --help' 'scene --help'; do
+    # shellcheck disable=SC2086
+    accepts $help
+    holds grep -q Usage out.log
+done
+refuses 'subcommand is required'
+refuses "no command 'bulr'" bulr
+refuses 'subcommand is required' --bogus
+
+accepts scene scene.jpg --size 320x180
+accepts scene narrow.jpg --size 7x41
+refuses "'320' is not a size" scene new.jpg --size 320
+refuses "'0x9' is not a size" scene new.jpg --size 0x9
+refuses "'9x9x9' is not a size" scene new.jpg --size 9x9x9
+refuses "'-9x9' is not a size" scene new.jpg --size=-9x9
+refuses 'does not fit in memory' scene new.jpg --size 65500x65500
+
+blur=(blur scene.jpg -o new.jpg)
+refuses 'output is required' blur scene.jpg
+refuses '--radius.*255' "${blur[@]}" --radius 255
+refuses '--radius.*-1' "${blur[@]}" --radius=-1
+refuses '--radius' "${blur[@]}" --radius 3.5
+refuses '--radius' "${blur[@]}" --radius wide
+refuses '--alpha.*257' "${blur[@]}" --alpha 257
+for colour in '#12345' '#1234567' 'red' '#12345g' '#-12345' '' '##12345'; do
+    refuses "'$colour' is not a colour" "${blur[@]}" --color "$colour"
+done
+
+# Inputs that are no photo.
+head -c 0 /dev/null >empty.jpg
+echo 'not a photo' >text.jpg
+head -c 20 scene.jpg >header.jpg
+head -c "$(($(wc -c <scene.jpg) / 2))" scene.jpg >half.jpg
+printf '\xff\xd8\xff\xd8' >twice.jpg
+mkdir folder
+mkfifo pipe
+refuses 'cannot read missing.jpg: No such file' blur missing.jpg -o new.jpg
+refuses 'cannot read folder: it is a directory' blur folder -o new.jpg
+refuses 'cannot read pipe: it is not a regular file' blur pipe -o new.jpg
+refuses 'cannot read empty.jpg: it is not a JPEG' blur empty.jpg -o new.jpg
+refuses 'cannot read text.jpg: it is not a JPEG' blur text.jpg -o new.jpg
+refuses 'cannot read header.jpg: .*cut short' blur header.jpg -o new.jpg
+refuses 'cannot read half.jpg: .*cut short' blur half.jpg -o new.jpg
+refuses 'cannot read twice.jpg: damaged or unsupported JPEG: ' blur twice.jpg -o new.jpg
+
+# Targets that cannot be written, and what stands in a target's place stays.
+refuses 'cannot write nowhere/new.jpg: No such file' blur scene.jpg -o nowhere/new.jpg
+refuses 'cannot write folder: it is not a regular file' blur scene.jpg -o folder
+refuses 'cannot write /dev/full: it is not a regular file' blur scene.jpg -o /dev/full
+refuses 'cannot write .*: ' blur scene.jpg -o /proc/new.jpg
+holds test -c /dev/full
+echo 'precious' >target.jpg
+limited() (
+    failures=0
+    trap '' XFSZ
+    ulimit -f 2
+    refuses "$@"
+    exit $failures
+)
+# A large file fails while it is written, a small one only in the last flush.
+for size in 320x180 80x45; do
+    limited 'cannot write target.jpg: ' scene target.jpg --size $size || failures=$((failures + 1))
+done
+
+# In place, over an existing file, through a link, and with odd names.
+accepts blur scene.jpg -o target.jpg --radius 254 --color 10aBfF --alpha 256
+cp scene.jpg copy.jpg
+accepts blur copy.jpg -o copy.jpg --radius 0
+ln -s target.jpg link.jpg
+accepts blur narrow.jpg -o link.jpg
+holds test -L link.jpg
+accepts blur narrow.jpg -o reference.jpg
+holds cmp -s target.jpg reference.jpg
+accepts blur -o './-.jpg' ./link.jpg --alpha 0
+holds test -z "$(find . -name '*.tmp')"
+
+finish

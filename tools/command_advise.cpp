@@ -1,0 +1,75 @@
+#include <CLI/CLI.hpp>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "applications/super_capture/super_capture_mode.h"
+#include "tools/command.h"
+#include "tools/photo_io.h"
+#include "tools/yuyv_photo.h"
+
+namespace korvane {
+namespace {
+
+struct AdviseOptions {
+    std::vector<std::string> frames;
+};
+
+// The advisor reports to a Java object; here there is none, so a report is read from what it leaves behind.
+class Advisor : public SuperCaptureMode {
+  public:
+    // True when the frame made a report.
+    bool process(std::vector<unsigned char>& luma) {
+        const int before = m_LastLumAvg;
+        SuperCaptureMode::process(nullptr, nullptr, luma.data());
+        return m_LastLumAvg != before;
+    }
+    std::string advice() const {
+        std::ostringstream text;
+        text << std::fixed << std::setprecision(1) << "aperture " << m_Aperture << ", gain " << m_Gain << " (mean luma "
+             << m_LastLumAvg << ')';
+        return text.str();
+    }
+};
+
+std::vector<unsigned char> luma_of(const YuyvFrame& frame) {
+    std::vector<unsigned char> luma(frame.bytes.size() / 2);
+    for (size_t i = 0; i < luma.size(); ++i) {
+        luma[i] = frame.bytes[2 * i];
+    }
+    return luma;
+}
+
+void advise(const AdviseOptions& options) {
+    Advisor advisor;
+    std::ostringstream report;
+    int width = 0;
+    int height = 0;
+    for (const std::string& path : options.frames) {
+        auto_ptr<Image> photo = read_photo(path);
+        const YuyvFrame frame = to_yuyv(photo);
+        if (width == 0) {
+            width = frame.width;
+            height = frame.height;
+            advisor.init(static_cast<uint32_t>(frame.width), static_cast<uint32_t>(frame.height), 1);
+        } else if (frame.width != width || frame.height != height) {
+            throw CommandError(path + " is not of the size of " + options.frames.front());
+        }
+        std::vector<unsigned char> luma = luma_of(frame);
+        report << path << ": " << (advisor.process(luma) ? advisor.advice() : "no change") << '\n';
+    }
+    std::cout << report.str();
+}
+
+}  // namespace
+
+std::function<void()> setup_advise_command(CLI::App& app) {
+    auto options = std::make_shared<AdviseOptions>();
+    app.add_option("frames", options->frames, "The photos in their order, JPEG files of one size")->required();
+    return [options] { advise(*options); };
+}
+
+}  // namespace korvane

@@ -1,0 +1,53 @@
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <string>
+
+#include "tools/command.h"
+#include "tools/filter_session.h"
+
+namespace korvane {
+namespace {
+
+const char* type_name(FilterParameterType type) {
+    constexpr const char* kNames[] = {"invalid",     "boolean", "boolean array", "int",  "int array", "float",
+                                      "float array", "double",  "double array",  "long", "bitmap"};
+    return kNames[type];
+}
+
+std::string default_of(const FilterDescription& filter, const FilterParameter& parameter) {
+    for (const FilterUniform& uniform : filter.uniforms) {
+        if (std::string(uniform.name) == parameter.name) {
+            char text[32];
+            std::snprintf(text, sizeof(text), "%g", static_cast<double>(uniform.defaultValue));
+            return text;
+        }
+    }
+    return "-";
+}
+
+void print_parameter(const FilterDescription& filter, const FilterParameter& parameter) {
+    std::printf("    %-15s %-12s %-17s %-8s %s\n", parameter.name, type_name(parameter.type), parameter.range,
+                default_of(filter, parameter).c_str(), parameter.summary);
+}
+
+void print_filters() {
+    std::printf("    %-15s %-12s %-17s %-8s\n", "parameter", "type", "range", "default");
+    for (const FilterDescription* filter : ImageFilterFactory::filters()) {
+        std::printf("%s: %s\n", filter->name, filter->summary);
+        for (const FilterParameter& parameter : filter->parameters) {
+            print_parameter(*filter, parameter);
+        }
+    }
+    std::printf("every filter:\n");
+    for (const FilterParameter& parameter : ImageFilterBaseGL::base_parameters()) {
+        print_parameter(*ImageFilterFactory::filters().front(), parameter);
+    }
+}
+
+}  // namespace
+
+std::function<void()> setup_filters_command(CLI::App& /*app*/) {
+    return print_filters;
+}
+
+}  // namespace korvane

@@ -1,0 +1,134 @@
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "applications/pano/panorama_interface.h"
+#include "frameworks/images/color_convert.h"
+#include "tools/command.h"
+#include "tools/photo_io.h"
+#include "tools/yuyv_photo.h"
+
+namespace korvane {
+namespace {
+
+struct SweepOptions {
+    std::string track;
+    std::vector<std::string> frames;
+};
+
+struct Reading {
+    float gyroX;
+    float gyroY;
+};
+
+struct Nv21Frame {
+    int width = 0;
+    int height = 0;
+    std::vector<unsigned char> bytes;
+};
+
+constexpr const char* kResultNames[] = {"NO_ERROR", "OUT_OF_MEMRORY", "WRONG_DIRECTION", "INVALID_PARAMETER",
+                                        "INVALID_OPERATOR"};
+constexpr const char* kDirectionNames[] = {"NONE", "LEFT_TO_RIGHT", "RIGHT_TO_LEFT", "TOP_TO_BOTTOM", "BOTTOM_TO_TOP"};
+
+bool is_blank_or_comment(const std::string& line) {
+    const size_t first = line.find_first_not_of(" \t\r");
+    return first == std::string::npos || line[first] == '#';
+}
+
+// Lines "gyroX,gyroY" in degrees; blank lines and lines that begin with '#' are passed over.
+std::vector<Reading> read_track(const std::string& path) {
+    std::ifstream file(path);
+    if (!file) {
+        throw CommandError("cannot read " + path + ": " + std::strerror(errno));
+    }
+    std::vector<Reading> track;
+    std::string line;
+    for (size_t number = 1; std::getline(file, line); ++number) {
+        if (is_blank_or_comment(line)) {
+            continue;
+        }
+        Reading reading{};
+        int used = 0;
+        if (std::sscanf(line.c_str(), "%f ,%f %n", &reading.gyroX, &reading.gyroY, &used) != 2 ||
+            static_cast<size_t>(used) != line.size()) {
+            throw CommandError(path + ", line " + std::to_string(number) +
+                               ": expected two angles in degrees, as 10.5,-3");
+        }
+        track.push_back(reading);
+    }
+    if (file.bad() || track.empty()) {
+        throw CommandError(path + " holds no readings");
+    }
+    return track;
+}
+
+Nv21Frame read_frame(const std::string& path) {
+    auto_ptr<Image> photo = read_photo(path);
+    const std::vector<unsigned char> rgb = even_width_rgb(photo);
+    Nv21Frame frame;
+    frame.width = static_cast<int>(photo->getWidth() + photo->getWidth() % 2);
+    // Chroma goes by pairs of rows: the last row of an odd height has none.
+    frame.height = static_cast<int>(photo->getHeight() - photo->getHeight() % 2);
+    if (frame.height == 0) {
+        throw CommandError(path + " is a single row of pixels");
+    }
+    const size_t luma = static_cast<size_t>(frame.width) * static_cast<size_t>(frame.height);
+    frame.bytes.resize(luma * 3 / 2);
+    color_convert_rgb2nv21(rgb.data(), frame.bytes.data(), frame.bytes.data() + luma, frame.width, frame.height);
+    return frame;
+}
+
+// Stands in where there are no photos: the answers depend on the angles alone.
+Nv21Frame blank_frame() {
+    return {2, 2, std::vector<unsigned char>(6)};
+}
+
+void sweep(const SweepOptions& options) {
+    const std::vector<Reading> track = read_track(options.track);
+    Nv21Frame frame = options.frames.empty() ? blank_frame() : read_frame(options.frames.front());
+    PanoramaInterface panorama;
+    const int width = frame.width;
+    const int height = frame.height;
+    if (panorama.startup(width, height, PANORAMA_FRAME_FORMAT_NV21, nullptr) != PANORAMA_RESULT_TYPE_NO_ERROR) {
+        throw CommandError("the sweep cannot be started");
+    }
+    std::ostringstream report;
+    report << "row,result,direction,offset_x,offset_y\n";
+    for (size_t i = 0; i < track.size(); ++i) {
+        if (i > 0 && i < options.frames.size()) {
+            frame = read_frame(options.frames[i]);
+        }
+        if (frame.width != width || frame.height != height) {
+            throw CommandError(options.frames[i] + " is not of the size of " + options.frames.front());
+        }
+        int offsetX = 0;
+        int offsetY = 0;
+        const result_t result = panorama.addFrame(frame.bytes.data(), track[i].gyroX, track[i].gyroY, offsetX, offsetY);
+        report << i + 1 << ',' << kResultNames[result] << ',' << kDirectionNames[panorama.getDirectionType()] << ','
+               << offsetX << ',' << offsetY << '\n';
+    }
+    std::cout << report.str();
+    // Not closed, which would wait for one more frame: the destructor ends the worker.
+}
+
+}  // namespace
+
+std::function<void()> setup_sweep_command(CLI::App& app) {
+    auto options = std::make_shared<SweepOptions>();
+    app.add_option("track", options->track, "The gyroscope's readings: a text file with lines gyroX,gyroY in degrees")
+        ->required();
+    app.add_option(
+        "frames", options->frames,
+        "Photos of one size, JPEG files, one for each reading; the last one serves the readings that follow");
+    return [options] { sweep(*options); };
+}
+
+}  // namespace korvane

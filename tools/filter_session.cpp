@@ -1,0 +1,96 @@
+#include "tools/filter_session.h"
+
+#include <EGL/egl.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "tools/command.h"
+
+namespace korvane {
+namespace {
+
+std::string filter_names() {
+    std::string names;
+    for (const FilterDescription* filter : ImageFilterFactory::filters()) {
+        names += std::string(names.empty() ? "" : ", ") + (filter->name + std::strlen("ImageFilter"));
+    }
+    return names;
+}
+
+const FilterParameter* find_parameter(const FilterDescription& description, const std::string& key) {
+    for (const auto table : {description.parameters, ImageFilterBaseGL::base_parameters()}) {
+        for (const FilterParameter& parameter : table) {
+            if (key == parameter.name) {
+                return &parameter;
+            }
+        }
+    }
+    return nullptr;
+}
+
+std::vector<float> parse_floats(const std::string& text) {
+    std::vector<float> values;
+    const char* at = text.c_str();
+    for (;;) {
+        char* end = nullptr;
+        values.push_back(std::strtof(at, &end));
+        if (end == at || (*end != ',' && *end != '\0')) {
+            return {};
+        }
+        if (*end == '\0') {
+            return values;
+        }
+        at = end + 1;
+    }
+}
+
+}  // namespace
+
+const FilterDescription& describe_filter(const std::string& name) {
+    for (const FilterDescription* filter : ImageFilterFactory::filters()) {
+        if (name == filter->name || "ImageFilter" + name == filter->name) {
+            return *filter;
+        }
+    }
+    throw CommandError("there is no filter '" + name + "'; there are " + filter_names());
+}
+
+auto_ptr<ImageFilterBaseGL> open_filter(const std::string& name) {
+    auto_ptr<ImageFilterBaseGL> filter(ImageFilterFactory::createFilter(describe_filter(name).name));
+    if (filter.get() == nullptr) {
+        throw CommandError("no memory for the filter");
+    }
+    filter->initEngine();
+    if (eglGetCurrentContext() == EGL_NO_CONTEXT) {
+        throw CommandError("no usable EGL display: run under X, or as 'xvfb-run -a korvane ...'");
+    }
+    if (filter->setupGraphics(1) == 0) {
+        throw CommandError("the filter cannot be set up on this GPU driver");
+    }
+    return filter;
+}
+
+void set_filter_parameter(ImageFilterBaseGL& filter, const FilterDescription& description, const std::string& setting) {
+    const size_t equals = setting.find('=');
+    if (equals == std::string::npos) {
+        throw CommandError("'" + setting + "' is not a setting: write key=value");
+    }
+    const std::string key = setting.substr(0, equals);
+    const FilterParameter* parameter = find_parameter(description, key);
+    if (parameter == nullptr) {
+        throw CommandError(std::string(description.name) + " has no parameter '" + key + "'");
+    }
+    if (parameter->type == PARAMETER_TYPE_BITMAP) {
+        throw CommandError("'" + key + "' is a picture: give it with --table");
+    }
+    std::vector<float> values = parse_floats(setting.substr(equals + 1));
+    if (values.size() != static_cast<size_t>(parameter->count)) {
+        throw CommandError("'" + setting + "' needs " + std::to_string(parameter->count) +
+                           (parameter->count == 1 ? " number" : " numbers with commas between"));
+    }
+    filter.setParameters(parameter->name, values.data());
+}
+
+}  // namespace korvane

@@ -1,0 +1,23 @@
+// What the filter commands share: a filter by its name, with an off-screen context of its own.
+#ifndef KORVANE_TOOLS_FILTER_SESSION_H_
+#define KORVANE_TOOLS_FILTER_SESSION_H_
+
+#include <string>
+
+#include "applications/filters/gpu_image_filter_factory.h"
+
+namespace korvane {
+
+// A filter ready to process, by its full name or without the "ImageFilter" before it. Throws CommandError for an
+// unknown name and where no EGL display can be used.
+auto_ptr<ImageFilterBaseGL> open_filter(const std::string& name);
+
+// Stores the parameter named in `setting`, "key=value" with commas between several values. Throws CommandError for an
+// unknown key or a value that cannot be read.
+void set_filter_parameter(ImageFilterBaseGL& filter, const FilterDescription& description, const std::string& setting);
+
+const FilterDescription& describe_filter(const std::string& name);
+
+}  // namespace korvane
+
+#endif  // KORVANE_TOOLS_FILTER_SESSION_H_
