@@ -147,15 +147,14 @@ HWY_INLINE uint64_t KeptInBlock(D d, const unsigned char* above, const unsigned 
     return bits;
 }
 
-// Calls body(tag, at, done) for the blocks of [first, end): vectors of the tag at column `at`, of which the first
-// `done` columns were in the block before. The widest vectors that fit are taken.
+// Calls body(tag, at) for vectors of the tag that cover the columns [first, end), the widest that fit. The last one may
+// begin within the one before.
 template <class Body>
 HWY_INLINE void ForEachBlock(size_t first, size_t end, const Body& body) {
     const auto sweep = [&](auto d) HWY_ATTR {
         const size_t lanes = hn::Lanes(d);
         for (size_t i = first; i < end; i += lanes) {
-            const size_t at = HWY_MIN(i, end - lanes);
-            body(d, at, i - at);
+            body(d, HWY_MIN(i, end - lanes));
         }
     };
     const size_t count = end - first;
@@ -174,13 +173,14 @@ struct Columns {
 };
 
 HWY_NOINLINE void ScoreRow(const RowJob& job, const Columns& columns) {
-    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at, size_t) HWY_ATTR { ScoreBlock(d, job, at); });
+    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at) HWY_ATTR { ScoreBlock(d, job, at); });
 }
 
 HWY_NOINLINE void EmitRow(const unsigned char* above, const unsigned char* own, const unsigned char* below,
                           const Columns& columns, bool suppress, CornerThinner& thinner) {
-    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at, size_t done) HWY_ATTR {
-        uint64_t bits = KeptInBlock(d, above, own, below, at, suppress) >> done << done;
+    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at) HWY_ATTR {
+        // Columns that come twice do no harm: whatever became of one the first time, its bin is taken now.
+        uint64_t bits = KeptInBlock(d, above, own, below, at, suppress);
         for (; bits != 0; bits &= bits - 1) {
             thinner.add(static_cast<int>(at + hwy::Num0BitsBelowLS1Bit_Nonzero64(bits)));
         }

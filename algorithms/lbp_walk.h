@@ -40,8 +40,8 @@ void lbp_walk(LbpLevel level, size_t limit, Visit&& visit, Halve&& halve) {
             visit(level.img + c * level.stride + 1, columns, count, position);
             position += count * columns;
             c += columns;
-            // Column c - 1 is the left neighbour of what comes next.
-            for (; !isLast && 2 * halved + 2 < c; ++halved) {
+            // What is overwritten, column `halved`, lies left of everything still to be visited and its neighbours.
+            for (; !isLast && 2 * halved + 1 < c; ++halved) {
                 halve(level, halved);
             }
         }

@@ -81,17 +81,17 @@ Values random_image(Size size, uint32_t seed) {
     return img;
 }
 
-// `dim` feature slots, or any other number.
+// With `dim` slots, which need not be a number that fits the image, and one more that nothing may touch.
 void expect_model(Size size, unsigned int dim, const Values& img) {
     SCOPED_TRACE(testing::Message() << size.rows << " x " << size.cols << ", " << dim << " slots");
     const Model model(img, size, (static_cast<size_t>(dim) + 255) / 256);
-    std::vector<long> expected(dim, std::numeric_limits<long>::max());
-    std::vector<double> weights(dim);
+    std::vector<long> expected(dim + 1, std::numeric_limits<long>::max());
+    std::vector<double> weights(dim + 1, 1e9);
     double dot = 0;
     for (size_t i = 0; i < dim; ++i) {
         weights[i] = 1.0 / static_cast<double>(i + 3);
     }
-    std::vector<char> counts(dim, static_cast<char>(-1));
+    std::vector<char> counts(dim + 1, static_cast<char>(-1));
     std::vector<char> expectedCounts = counts;
     for (const size_t slot : model.slots) {
         if (slot < dim) {
@@ -106,13 +106,13 @@ void expect_model(Size size, unsigned int dim, const Values& img) {
     EXPECT_EQ(counts, expectedCounts);
     EXPECT_EQ(used, model.image);
 
-    std::vector<long> steps(dim, std::numeric_limits<long>::max());
+    std::vector<long> steps(dim + 1, std::numeric_limits<long>::max());
     used = img;
     lbp_pyr_addvec(steps.data(), dim, used.data(), size.rows, size.cols);
     EXPECT_EQ(steps, expected);
     used = img;
     lbp_pyr_subvec(steps.data(), dim, used.data(), size.rows, size.cols);
-    EXPECT_EQ(steps, std::vector<long>(dim, std::numeric_limits<long>::max()));
+    EXPECT_EQ(steps, std::vector<long>(dim + 1, std::numeric_limits<long>::max()));
 
     used = img;
     EXPECT_EQ(lbp_pyr_dotprod(weights.data(), dim, used.data(), size.rows, size.cols), dot);
@@ -147,6 +147,10 @@ TEST(Lbp, EqualsThePixelModelForEverySize) {
                     expect_model(size, dim, img);
                     expect_model(size, dim / 3 | 77U, img);
                     expect_model(size, dim + 5000, img);
+                    const Model model(img, size, dim / 512);
+                    if (!model.slots.empty()) {
+                        expect_model(size, static_cast<unsigned int>(model.slots.back()), img);
+                    }
                 }
             }
         }

@@ -262,52 +262,61 @@ TEST(ColorQuantizer, PhotoPalettesAreTheSameEverywhere) {
     });
 }
 
-std::array<std::vector<int64_t>, 4> refined(decltype(&korvane::refine_palette) refine,
-                                            const korvane::CellPixels& pixels, const korvane::PaletteColors& palette,
-                                            const std::vector<int32_t>& guesses) {
-    std::array<std::vector<int64_t>, 4> sums;
+using Sums = std::array<std::vector<int64_t>, 4>;
+
+Sums refined(decltype(&korvane::refine_palette) refine, const korvane::CellPixels& pixels,
+             const korvane::PaletteColors& palette, const std::vector<int32_t>& guesses) {
+    Sums sums;
     sums.fill(std::vector<int64_t>(palette.count));
     refine(pixels, palette, guesses.data(), {sums[0].data(), sums[1].data(), sums[2].data(), sums[3].data()});
+    return sums;
+}
+
+// Returns the sums of the fast form.
+Sums expect_plain_search(const Pixels& pixels, const Pixels& entries, const std::vector<int32_t>& guesses) {
+    std::array<std::vector<uint8_t>, 3> planes;
+    std::vector<int32_t> cells;
+    for (const Pixel& pixel : pixels) {
+        size_t axisCells[3];
+        for (size_t axis = 0; axis < 3; ++axis) {
+            planes[axis].push_back(static_cast<uint8_t>(pixel[axis]));
+            axisCells[axis] = static_cast<size_t>(pixel[axis] / 8 + 1);
+        }
+        cells.push_back(static_cast<int32_t>(korvane::cell_index(axisCells[0], axisCells[1], axisCells[2])));
+    }
+    korvane::PaletteColors palette = {};
+    palette.count = entries.size();
+    for (size_t k = 0; k < entries.size(); ++k) {
+        palette.red[k] = entries[k][0];
+        palette.green[k] = entries[k][1];
+        palette.blue[k] = entries[k][2];
+    }
+    korvane::CellPixels sorted;
+    EXPECT_TRUE(sorted.sort({planes[0].data(), planes[1].data(), planes[2].data(), cells.data(), pixels.size()}));
+    const Sums sums = refined(korvane::refine_palette, sorted, palette, guesses);
+    EXPECT_EQ(sums, refined(korvane::refine_palette_scalar, sorted, palette, guesses));
     return sums;
 }
 
 TEST(PaletteRefinement, EqualsThePlainSearch) {
     for_each_simd_target([](const std::string&) {
         for (uint32_t seed = 0; seed < 60; ++seed) {
+            SCOPED_TRACE(seed);
             // Steps make equal distances frequent; one cell holds many pixels, or each pixel has its own; the palette
-            // has doubles, and as few as one entry.
+            // has doubles, and as few as one entry; the guesses are bad.
             const int step = std::array{1, 5, 64, 255}[seed % 4];
             const Pixels pixels = random_pixels(seed < 40 ? seed * 3 : (seed < 58 ? 1000 : 20'000), seed, step);
             const Pixels entries = random_pixels(seed % 5 == 0 ? 512 : 1 + seed, seed + 1000, seed % 3 == 0 ? 17 : 1);
-            std::array<std::vector<uint8_t>, 3> planes;
-            std::vector<int32_t> cells;
-            for (const Pixel& pixel : pixels) {
-                size_t axisCells[3];
-                for (size_t axis = 0; axis < 3; ++axis) {
-                    planes[axis].push_back(static_cast<uint8_t>(pixel[axis]));
-                    axisCells[axis] = static_cast<size_t>(pixel[axis] / 8 + 1);
-                }
-                cells.push_back(static_cast<int32_t>(korvane::cell_index(axisCells[0], axisCells[1], axisCells[2])));
-            }
-            korvane::PaletteColors palette = {};
-            palette.count = entries.size();
-            for (size_t k = 0; k < entries.size(); ++k) {
-                palette.red[k] = entries[k][0];
-                palette.green[k] = entries[k][1];
-                palette.blue[k] = entries[k][2];
-            }
-            // Bad guesses, which must not matter.
             std::vector<int32_t> guesses(korvane::kHistogramCells);
             for (size_t cell = 0; cell < guesses.size(); ++cell) {
                 guesses[cell] = static_cast<int32_t>(cell % entries.size());
             }
-            korvane::CellPixels sorted;
-            ASSERT_TRUE(
-                sorted.sort({planes[0].data(), planes[1].data(), planes[2].data(), cells.data(), pixels.size()}));
-            ASSERT_EQ(refined(korvane::refine_palette, sorted, palette, guesses),
-                      refined(korvane::refine_palette_scalar, sorted, palette, guesses))
-                << "seed " << seed;
+            expect_plain_search(pixels, entries, guesses);
         }
+        // As far from the first colour as the farthest pixel of its cell is from the second, which is the guess.
+        const std::vector<int32_t> second(korvane::kHistogramCells, 1);
+        const Sums tied = expect_plain_search({{87, 87, 87}}, {{94, 94, 94}, {80, 80, 80}}, second);
+        EXPECT_THAT(tied[3], testing::ElementsAre(1, 0));
     });
 }
 
