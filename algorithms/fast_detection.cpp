@@ -22,6 +22,8 @@
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
+// Other kernels have helpers of the same names.
+namespace {
 
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
@@ -65,7 +67,7 @@ HWY_INLINE V BestArc(Inner inner, Outer outer, V p0, V p1, V p2, V p3, V p4, V p
     return outer(outer(outer(arc1, arc3), outer(arc5, arc7)), outer(outer(arc9, arc11), outer(arc13, arc15)));
 }
 
-// The least value of the pair's greater ends, over two diameters: an arc of nine holds one end of each.
+// With Least and Greatest: what one end of each of two diameters reaches, as every arc of nine holds one.
 template <class Inner, class Outer, class V>
 HWY_INLINE V BestEnds(Inner inner, Outer outer, V a0, V a8, V b0, V b8) {
     return inner(outer(a0, a8), outer(b0, b8));
@@ -86,6 +88,7 @@ HWY_INLINE void ScoreBlock(D d, const RowJob& job, size_t at) {
     const unsigned char* centre = job.line + at;
     const auto circle = [&](int k) HWY_ATTR { return hn::LoadU(d, centre + job.pixel[k]); };
     const auto value = hn::LoadU(d, centre);
+    // Harmless below the last row: a prefetch never faults.
     hwy::Prefetch(centre + job.aheadBytes);
     const auto threshold = hn::Set(d, job.threshold);
     const auto ceiling = hn::SaturatedAdd(value, threshold);
@@ -222,6 +225,7 @@ void DetectCorners(const unsigned char* img, std::vector<KeyPoint>& keypoints, c
 
 #endif
 
+}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace korvane
 HWY_AFTER_NAMESPACE();

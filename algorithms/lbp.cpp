@@ -17,6 +17,8 @@
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
+// Other kernels have helpers of the same names.
+namespace {
 
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
@@ -214,6 +216,7 @@ void SubtractVector(long* vec, unsigned int vec_nDim, unsigned int* img, unsigne
 
 #endif
 
+}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace korvane
 HWY_AFTER_NAMESPACE();

@@ -5,7 +5,8 @@
 // palette entry becomes the mean of its pixels.
 //
 // Use: prepare, addColor once per pixel, getPalette, release; prepare again for the next image. The pixels are stored
-// here, 7 bytes each. One object serves one thread at a time. Palettes are the same on every processor.
+// here, 7 bytes each, and 2 more while the palette is made. One object serves one thread at a time. Palettes are the
+// same on every processor.
 //
 // Published source: X. Wu, "Efficient Statistical Computations for Optimal Color Quantization", Graphics Gems II, 1991.
 #ifndef KORVANE_APPLICATIONS_GIF_MAKER_COLOR_QUANTIZER_H_

@@ -60,6 +60,8 @@ int32_t farthest(int32_t channel, int32_t base) {
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
+// Other kernels have helpers of the same names.
+namespace {
 
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
@@ -243,6 +245,7 @@ void RefinePalette(const CellPixels& pixels, const PaletteColors& palette, const
 
 #endif
 
+}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace korvane
 HWY_AFTER_NAMESPACE();
