@@ -106,19 +106,31 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace korvane {
+namespace {
+
 HWY_EXPORT(AlphaBlend);
 HWY_EXPORT(AlphaBlendNeon);
+
+void dispatch_alpha_blend(unsigned char* dest, int size, int r, int g, int b, int a) {
+    HWY_DYNAMIC_DISPATCH(AlphaBlend)(dest, size, r, g, b, a);
+}
+
+void dispatch_alpha_blend_neon(unsigned char* dest, int size, int r, int g, int b, int a) {
+    HWY_DYNAMIC_DISPATCH(AlphaBlendNeon)(dest, size, r, g, b, a);
+}
+
+}  // namespace
 }  // namespace korvane
 
 void alpha_blend(unsigned char* dest, int size, int r, int g, int b, int a) {
     if (size > 0) {
-        HWY_DYNAMIC_DISPATCH(korvane::AlphaBlend)(dest, size, r, g, b, a);
+        korvane::dispatch_alpha_blend(dest, size, r, g, b, a);
     }
 }
 
 void alpha_blend_neon(unsigned char* dest, int size, int r, int g, int b, int a) {
     if (size > 0) {
-        HWY_DYNAMIC_DISPATCH(korvane::AlphaBlendNeon)(dest, size, r, g, b, a);
+        korvane::dispatch_alpha_blend_neon(dest, size, r, g, b, a);
     }
 }
 

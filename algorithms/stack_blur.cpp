@@ -147,29 +147,7 @@ struct Band {
     unsigned char* rows[kLanes];
 };
 
-// Four pixels of every fourth row, beginning with row `k`: one block a row.
-template <size_t kSize>
-HWY_INLINE hn::Vec<hn::CappedTag<uint8_t, kSize> > LoadBlocks(unsigned char* const* rows, size_t offset) {
-    const hn::CappedTag<uint8_t, kSize> d;
-    if constexpr (kSize == 16) {
-        return hn::LoadU(d, rows[0] + offset);
-    } else {
-        constexpr size_t kHalf = kSize / 2;
-        return hn::Combine(d, LoadBlocks<kHalf>(rows + kHalf / 4, offset), LoadBlocks<kHalf>(rows, offset));
-    }
-}
-
-template <size_t kSize>
-HWY_INLINE void StoreBlocks(hn::Vec<hn::CappedTag<uint8_t, kSize> > bytes, unsigned char* const* rows, size_t offset) {
-    if constexpr (kSize == 16) {
-        hn::StoreU(bytes, hn::CappedTag<uint8_t, kSize>(), rows[0] + offset);
-    } else {
-        constexpr size_t kHalf = kSize / 2;
-        StoreBlocks<kHalf>(hn::LowerHalf(bytes), rows, offset);
-        StoreBlocks<kHalf>(hn::UpperHalf(hn::CappedTag<uint8_t, kHalf>(), bytes), rows + kHalf / 4, offset);
-    }
-}
-
+// Transposes four pixels by four in each block of 128 bits.
 HWY_INLINE void TransposeInBlocks(Pixels& a, Pixels& b, Pixels& c, Pixels& e) {
     const PixelTag d;
     const hn::Repartition<uint64_t, PixelTag> dWide;
@@ -183,45 +161,77 @@ HWY_INLINE void TransposeInBlocks(Pixels& a, Pixels& b, Pixels& c, Pixels& e) {
     e = hn::BitCast(d, hn::InterleaveUpper(dWide, abHigh, ceHigh));
 }
 
-// kLanes columns from pixel `x` of each row, as one vector a column.
-HWY_INLINE void LoadColumns(unsigned char* const* rows, size_t x, uint32_t* columns) {
+// Transposes the 128-bit blocks of a tile of kLanes vectors, of which every fourth one belongs together.
+HWY_INLINE void TransposeBlocks(const uint32_t* from, uint32_t* to) {
     const PixelTag d;
-    for (size_t i = 0; i < kLanes; i += kBlockLanes) {
-        const size_t offset = (x + i) * 4;
-        Pixels a = hn::BitCast(d, LoadBlocks<kVectorBytes>(rows, offset));
-        Pixels b = hn::BitCast(d, LoadBlocks<kVectorBytes>(rows + 1, offset));
-        Pixels c = hn::BitCast(d, LoadBlocks<kVectorBytes>(rows + 2, offset));
-        Pixels e = hn::BitCast(d, LoadBlocks<kVectorBytes>(rows + 3, offset));
-        TransposeInBlocks(a, b, c, e);
-        hn::Store(a, d, columns + i * kLanes);
-        hn::Store(b, d, columns + (i + 1) * kLanes);
-        hn::Store(c, d, columns + (i + 2) * kLanes);
-        hn::Store(e, d, columns + (i + 3) * kLanes);
+    constexpr size_t kStride = kBlockLanes * kLanes;
+    for (size_t i = 0; i < kBlockLanes; ++i, from += kLanes, to += kLanes) {
+        const Pixels a = hn::Load(d, from);
+        if constexpr (kLanes == kBlockLanes) {
+            hn::Store(a, d, to);
+        } else if constexpr (kLanes == 2 * kBlockLanes) {
+            const Pixels b = hn::Load(d, from + kStride);
+            hn::Store(hn::ConcatLowerLower(d, b, a), d, to);
+            hn::Store(hn::ConcatUpperUpper(d, b, a), d, to + kStride);
+        } else {
+            const Pixels b = hn::Load(d, from + kStride);
+            const Pixels c = hn::Load(d, from + 2 * kStride);
+            const Pixels e = hn::Load(d, from + 3 * kStride);
+            const Pixels acLow = hn::ConcatLowerLower(d, c, a);
+            const Pixels acHigh = hn::ConcatUpperUpper(d, c, a);
+            const Pixels beLow = hn::ConcatLowerLower(d, e, b);
+            const Pixels beHigh = hn::ConcatUpperUpper(d, e, b);
+            hn::Store(hn::OddEvenBlocks(hn::SwapAdjacentBlocks(beLow), acLow), d, to);
+            hn::Store(hn::OddEvenBlocks(beLow, hn::SwapAdjacentBlocks(acLow)), d, to + kStride);
+            hn::Store(hn::OddEvenBlocks(hn::SwapAdjacentBlocks(beHigh), acHigh), d, to + 2 * kStride);
+            hn::Store(hn::OddEvenBlocks(beHigh, hn::SwapAdjacentBlocks(acHigh)), d, to + 3 * kStride);
+        }
     }
 }
 
-HWY_INLINE void StoreColumns(const uint32_t* columns, unsigned char* const* rows, size_t x) {
+// kLanes columns from pixel `x` on, as one vector a column. Each row is touched once and as a whole: where rows lie a
+// power of two apart, their cache lines drive each other out at once.
+HWY_INLINE void LoadColumns(const Band& band, size_t x, uint32_t* columns) {
     const PixelTag d;
-    const hn::Repartition<uint8_t, PixelTag> dByte;
+    HWY_ALIGN uint32_t tile[kLanes * kLanes];
     for (size_t i = 0; i < kLanes; i += kBlockLanes) {
-        Pixels a = hn::Load(d, columns + i * kLanes);
-        Pixels b = hn::Load(d, columns + (i + 1) * kLanes);
-        Pixels c = hn::Load(d, columns + (i + 2) * kLanes);
-        Pixels e = hn::Load(d, columns + (i + 3) * kLanes);
+        Pixels a = LoadBytes(band.rows[i] + x * 4);
+        Pixels b = LoadBytes(band.rows[i + 1] + x * 4);
+        Pixels c = LoadBytes(band.rows[i + 2] + x * 4);
+        Pixels e = LoadBytes(band.rows[i + 3] + x * 4);
         TransposeInBlocks(a, b, c, e);
-        const size_t offset = (x + i) * 4;
-        StoreBlocks<kVectorBytes>(hn::BitCast(dByte, a), rows, offset);
-        StoreBlocks<kVectorBytes>(hn::BitCast(dByte, b), rows + 1, offset);
-        StoreBlocks<kVectorBytes>(hn::BitCast(dByte, c), rows + 2, offset);
-        StoreBlocks<kVectorBytes>(hn::BitCast(dByte, e), rows + 3, offset);
+        hn::Store(a, d, tile + i * kLanes);
+        hn::Store(b, d, tile + (i + 1) * kLanes);
+        hn::Store(c, d, tile + (i + 2) * kLanes);
+        hn::Store(e, d, tile + (i + 3) * kLanes);
+    }
+    TransposeBlocks(tile, columns);
+}
+
+HWY_INLINE void StoreColumns(const uint32_t* columns, const Band& band, size_t x) {
+    const PixelTag d;
+    HWY_ALIGN uint32_t tile[kLanes * kLanes];
+    TransposeBlocks(columns, tile);
+    for (size_t i = 0; i < kLanes; i += kBlockLanes) {
+        Pixels a = hn::Load(d, tile + i * kLanes);
+        Pixels b = hn::Load(d, tile + (i + 1) * kLanes);
+        Pixels c = hn::Load(d, tile + (i + 2) * kLanes);
+        Pixels e = hn::Load(d, tile + (i + 3) * kLanes);
+        TransposeInBlocks(a, b, c, e);
+        StoreBytes(a, band.rows[i] + x * 4);
+        StoreBytes(b, band.rows[i + 1] + x * 4);
+        StoreBytes(c, band.rows[i + 2] + x * 4);
+        StoreBytes(e, band.rows[i + 3] + x * 4);
     }
 }
 
 // The columns of a band that the window can see, as a ring of vectors. Column j stands in slot j modulo the ring's
-// length, and beyond the right edge the last column repeats.
+// length. The first `lead` columns are repetitions of the first pixel, which change no result and bring the others into
+// step with the cache lines; beyond the right edge the last pixel repeats.
 class ColumnRing {
   public:
-    ColumnRing(size_t radius, size_t w) : m_Width(w), m_Slots((2 * radius + 2 + 3 * kLanes - 1) / kLanes * kLanes) {}
+    ColumnRing(size_t radius, size_t lead, size_t w)
+        : m_Lead(lead), m_Width(w), m_Slots((2 * radius + 2 + 3 * kLanes - 1) / kLanes * kLanes) {}
 
     size_t slots() const { return m_Slots; }
     size_t loaded() const { return m_Loaded; }
@@ -231,26 +241,53 @@ class ColumnRing {
 
     HWY_INLINE void load_next(const Band& band) {
         uint32_t* columns = at(m_NextSlot);
-        if (m_Loaded + kLanes <= m_Width) {
-            LoadColumns(band.rows, m_Loaded, columns);
-        } else {
+        if (m_Loaded >= m_Lead && m_Loaded + kLanes <= m_Lead + m_Width) {
+            LoadColumns(band, m_Loaded - m_Lead, columns);
+        } else if (m_Loaded < m_Lead + m_Width) {
             load_edge(band, columns);
+        } else {
+            repeat_last(columns);
         }
         m_Loaded += kLanes;
         m_NextSlot = m_NextSlot + kLanes == m_Slots ? 0 : m_NextSlot + kLanes;
     }
 
+    HWY_INLINE void store(const uint32_t* columns, size_t first, const Band& band) const {
+        if (first >= m_Lead && first + kLanes <= m_Lead + m_Width) {
+            StoreColumns(columns, band, first - m_Lead);
+        } else {
+            store_edge(columns, first, band);
+        }
+    }
+
   private:
-    void load_edge(const Band& band, uint32_t* columns) {
-        const size_t inside = m_Loaded < m_Width ? m_Width - m_Loaded : 0;
+    void repeat_last(uint32_t* columns) {
+        const PixelTag d;
+        const Pixels last = hn::Load(d, at((m_NextSlot == 0 ? m_Slots : m_NextSlot) - 1));
         for (size_t i = 0; i < kLanes; ++i) {
-            const size_t x = i < inside ? m_Loaded + i : m_Width - 1;
+            hn::Store(last, d, columns + i * kLanes);
+        }
+    }
+
+    void load_edge(const Band& band, uint32_t* columns) {
+        for (size_t i = 0; i < kLanes; ++i) {
+            const size_t x = std::clamp(m_Loaded + i, m_Lead, m_Lead + m_Width - 1) - m_Lead;
             for (size_t row = 0; row < kLanes; ++row) {
                 std::memcpy(columns + i * kLanes + row, band.rows[row] + x * 4, 4);
             }
         }
     }
 
+    void store_edge(const uint32_t* columns, size_t first, const Band& band) const {
+        const size_t end = std::min(first + kLanes, m_Lead + m_Width);
+        for (size_t at = std::max(first, m_Lead); at < end; ++at) {
+            for (size_t row = 0; row < kLanes; ++row) {
+                std::memcpy(band.rows[row] + (at - m_Lead) * 4, columns + (at - first) * kLanes + row, 4);
+            }
+        }
+    }
+
+    size_t m_Lead;
     size_t m_Width;
     size_t m_Slots;
     size_t m_Loaded = 0;
@@ -262,7 +299,7 @@ HWY_INLINE size_t Following(size_t slot, size_t slots) {
     return slot + 1 == slots ? 0 : slot + 1;
 }
 
-HWY_NOINLINE void BlurBand(const Band& band, size_t w, const Kernel& kernel, ColumnRing& ring) {
+HWY_NOINLINE void BlurBand(const Band& band, size_t columns, const Kernel& kernel, ColumnRing& ring) {
     const PixelTag d;
     const size_t radius = kernel.radius;
     ring.clear();
@@ -280,11 +317,11 @@ HWY_NOINLINE void BlurBand(const Band& band, size_t w, const Kernel& kernel, Col
     }
     const Pixels multiplier = hn::Set(d, kernel.multiplier);
     Pixels centre = first;
-    size_t leavingSlot = radius == 0 ? 0 : ring.slots() - radius;
+    size_t leavingSlot = ring.slots() - radius;
     size_t nextSlot = 1;
     size_t enteringSlot = radius + 2;
     HWY_ALIGN uint32_t blurred[kLanes * kLanes];
-    for (size_t x = 0; x < w; x += kLanes) {
+    for (size_t x = 0; x < columns; x += kLanes) {
         while (ring.loaded() < x + kLanes + radius + 2) {
             ring.load_next(band);
         }
@@ -296,38 +333,41 @@ HWY_NOINLINE void BlurBand(const Band& band, size_t w, const Kernel& kernel, Col
             nextSlot = Following(nextSlot, ring.slots());
             enteringSlot = Following(enteringSlot, ring.slots());
         }
-        if (x + kLanes <= w) {
-            StoreColumns(blurred, band.rows, x);
-            continue;
-        }
-        for (size_t i = 0; x + i < w; ++i) {
-            for (size_t row = 0; row < kLanes; ++row) {
-                std::memcpy(band.rows[row] + (x + i) * 4, blurred + i * kLanes + row, 4);
-            }
-        }
+        ring.store(blurred, x, band);
     }
 }
 
+// How many bytes `image` lies behind the boundary of a vector, where that helps: when all pixels can lie on one side of
+// such boundaries.
+HWY_INLINE size_t BytesBehindBoundary(const unsigned char* image) {
+    const size_t behind = reinterpret_cast<uintptr_t>(image) % kVectorBytes;
+    return behind % 4 == 0 ? behind : 0;
+}
+
 HWY_NOINLINE void BlurRows(unsigned char* image, size_t w, size_t h, const Kernel& kernel) {
-    ColumnRing ring(kernel.radius, w);
+    const size_t lead = w * 4 % kVectorBytes == 0 ? BytesBehindBoundary(image) / 4 : 0;
+    ColumnRing ring(kernel.radius, lead, w);
     for (size_t y = 0; y < h; y += kLanes) {
-        BlurBand(Band(image, w, h, y), w, kernel, ring);
+        BlurBand(Band(image, w, h, y), lead + w, kernel, ring);
     }
 }
 
 // ---- Vertical pass ----
 
-// A block of columns is walked together: wide enough that a row of it spans whole pages' worth of cache lines, narrow
-// enough that its part of the ring and of the rows in the window stay in the caches.
+// A block of columns is walked together: wide enough to use many cache lines of each page that it enters, narrow enough
+// that its ring and its rows in the window stay in the second-level cache.
 constexpr size_t kMaxBlockBytes = 1024;
 constexpr size_t kMaxRingBytes = 128 * 1024;
-constexpr size_t kRowsAtOnce = 8;
-constexpr size_t kRowsAhead = 8;
+static_assert(kMaxBlockBytes / 2 * (kStackBlurMaxRadius + 1) <= kMaxRingBytes);
+constexpr size_t kRowsAtOnce = 4;
+constexpr size_t kRowsAhead = 4;
 
 struct Column {
     HWY_ALIGN uint32_t state[7][kLanes];
 };
 
+// The working memory of a block. The ring keeps the rows behind the centre, which the image no longer has; the others
+// are read where they are.
 struct Columns {
     Column column[kMaxBlockBytes / kVectorBytes];
     HWY_ALIGN unsigned char ring[kMaxRingBytes];
@@ -338,7 +378,7 @@ struct WholeVector {
     HWY_INLINE void store(Pixels pixels, unsigned char* to) const { StoreBytes(pixels, to); }
 };
 
-// The last columns of an image whose width is no multiple of the vector's.
+// The columns on either side of an image that do not fill a vector: nothing beside them may be touched.
 struct PartOfVector {
     size_t bytes;
 
@@ -402,59 +442,75 @@ HWY_INLINE void StartColumn(const Access& access, const Block& block, size_t off
     }
 }
 
-template <class Access>
-HWY_INLINE void BlurColumn(const Access& access, const Block& block, size_t offset, size_t y, size_t rows, size_t slot,
+// All rows are read before the first is written: processors take a load for dependent on an earlier store when their
+// addresses differ by a multiple of 4096, as those of neighbouring rows may.
+template <size_t kRows, class Access>
+HWY_INLINE void BlurColumn(const Access& access, const Block& block, size_t offset, size_t y, size_t slot,
                            const Kernel& kernel, Columns& columns) {
     const PixelTag d;
     Column& column = columns.column[offset / kVectorBytes];
     Pixels centre, sum0, sum1, sum2, slope0, slope1, slope2;
     LoadState(column, centre, KORVANE_SUMS);
     const Pixels multiplier = hn::Set(d, kernel.multiplier);
-    for (size_t end = y + rows; y < end; ++y) {
-        access.store(Blurred(sum0, sum1, sum2, multiplier, centre), block.row(y, offset));
-        centre = access.load(block.row_or_last(y + 1, offset));
-        const unsigned char* entering = block.row_or_last(y + kernel.radius + 2, offset);
-        hwy::Prefetch(block.row_or_last(y + kernel.radius + 2 + kRowsAhead, offset));
+    HWY_ALIGN uint32_t blurred[kRows][kLanes];
+    for (size_t i = 0; i < kRows; ++i) {
+        hn::Store(Blurred(sum0, sum1, sum2, multiplier, centre), d, blurred[i]);
+        centre = access.load(block.row_or_last(y + i + 1, offset));
+        const size_t entering = y + i + kernel.radius + 2;
+        hwy::Prefetch(block.row_or_last(entering + kRowsAhead, offset));
         unsigned char* kept = columns.ring + slot * block.ringStrideBytes + offset;
         const Pixels leaving = LoadBytes(kept);
         StoreBytes(centre, kept);
         slot = Following(slot, kernel.radius + 1);
-        Advance(leaving, centre, access.load(entering), KORVANE_SUMS);
+        Advance(leaving, centre, access.load(block.row_or_last(entering, offset)), KORVANE_SUMS);
+    }
+    for (size_t i = 0; i < kRows; ++i) {
+        access.store(hn::Load(d, blurred[i]), block.row(y + i, offset));
     }
     StoreState(column, centre, KORVANE_SUMS);
 }
 
+template <size_t kRows>
+HWY_INLINE void BlurRowsOfBlock(const Block& block, size_t bytes, size_t y, size_t slot, const Kernel& kernel,
+                                Columns& columns) {
+    size_t offset = 0;
+    for (; offset + kVectorBytes <= bytes; offset += kVectorBytes) {
+        BlurColumn<kRows>(WholeVector(), block, offset, y, slot, kernel, columns);
+    }
+    if (offset < bytes) {
+        BlurColumn<kRows>(PartOfVector{bytes - offset}, block, offset, y, slot, kernel, columns);
+    }
+}
+
 HWY_NOINLINE void BlurBlock(const Block& block, size_t bytes, const Kernel& kernel, Columns& columns) {
-    const size_t whole = bytes / kVectorBytes * kVectorBytes;
-    const PartOfVector part{bytes - whole};
-    for (size_t offset = 0; offset < whole; offset += kVectorBytes) {
+    size_t offset = 0;
+    for (; offset + kVectorBytes <= bytes; offset += kVectorBytes) {
         StartColumn(WholeVector(), block, offset, kernel, columns);
     }
-    if (part.bytes != 0) {
-        StartColumn(part, block, whole, kernel, columns);
+    if (offset < bytes) {
+        StartColumn(PartOfVector{bytes - offset}, block, offset, kernel, columns);
     }
-    const size_t h = block.lastRow + 1;
-    size_t slot = 0;
-    for (size_t y = 0; y < h; y += kRowsAtOnce) {
-        const size_t rows = HWY_MIN(kRowsAtOnce, h - y);
-        for (size_t offset = 0; offset < whole; offset += kVectorBytes) {
-            BlurColumn(WholeVector(), block, offset, y, rows, slot, kernel, columns);
-        }
-        if (part.bytes != 0) {
-            BlurColumn(part, block, whole, y, rows, slot, kernel, columns);
-        }
-        slot = (slot + rows) % (kernel.radius + 1);
+    const size_t slots = kernel.radius + 1;
+    size_t y = 0;
+    for (; y + kRowsAtOnce <= block.lastRow + 1; y += kRowsAtOnce) {
+        BlurRowsOfBlock<kRowsAtOnce>(block, bytes, y, y % slots, kernel, columns);
+    }
+    for (; y <= block.lastRow; ++y) {
+        BlurRowsOfBlock<1>(block, bytes, y, y % slots, kernel, columns);
     }
 }
 
 HWY_NOINLINE void BlurColumns(unsigned char* image, size_t w, size_t h, const Kernel& kernel) {
     Columns columns;
     const size_t rowBytes = w * 4;
-    const size_t blockBytes =
-        kMaxBlockBytes * (kernel.radius + 1) <= kMaxRingBytes ? kMaxBlockBytes : kMaxBlockBytes / 2;
-    for (size_t x = 0; x < rowBytes; x += blockBytes) {
+    const bool fits = kMaxBlockBytes * (kernel.radius + 1) <= kMaxRingBytes;
+    const size_t blockBytes = fits ? kMaxBlockBytes : kMaxBlockBytes / 2;
+    // The first block ends at the boundary of a vector, so that all others are aligned.
+    const size_t behind = BytesBehindBoundary(image);
+    size_t bytes = behind == 0 ? blockBytes : kVectorBytes - behind;
+    for (size_t x = 0; x < rowBytes; x += bytes, bytes = blockBytes) {
         const Block block{image + x, rowBytes, h - 1, blockBytes};
-        BlurBlock(block, HWY_MIN(blockBytes, rowBytes - x), kernel, columns);
+        BlurBlock(block, HWY_MIN(bytes, rowBytes - x), kernel, columns);
     }
 }
 
@@ -476,7 +532,15 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace korvane {
+namespace {
+
 HWY_EXPORT(StackBlur);
+
+void dispatch_stack_blur(unsigned char* src, size_t w, size_t h, size_t radius) {
+    HWY_DYNAMIC_DISPATCH(StackBlur)(src, w, h, radius);
+}
+
+}  // namespace
 }  // namespace korvane
 
 void stack_blur(unsigned char* src, int w, int h, int radius) {
@@ -484,8 +548,7 @@ void stack_blur(unsigned char* src, int w, int h, int radius) {
     if (w < 1 || h < 1 || radius == 0) {
         return;
     }
-    HWY_DYNAMIC_DISPATCH(korvane::StackBlur)
-    (src, static_cast<size_t>(w), static_cast<size_t>(h), static_cast<size_t>(radius));
+    korvane::dispatch_stack_blur(src, static_cast<size_t>(w), static_cast<size_t>(h), static_cast<size_t>(radius));
 }
 
 #endif

@@ -8,87 +8,63 @@
 
 namespace {
 
-constexpr size_t kChannels = 3;
+// One value for each of the bytes 0, 1 and 2. 32 bits hold sum * mul for every radius.
+struct Triple {
+    uint32_t c0, c1, c2;
 
-struct Pixel {
-    uint32_t channel[kChannels];
+    Triple& operator+=(const Triple& other) {
+        c0 += other.c0;
+        c1 += other.c1;
+        c2 += other.c2;
+        return *this;
+    }
+    Triple& operator-=(const Triple& other) {
+        c0 -= other.c0;
+        c1 -= other.c1;
+        c2 -= other.c2;
+        return *this;
+    }
+    Triple operator*(uint32_t factor) const { return {c0 * factor, c1 * factor, c2 * factor}; }
 };
 
-Pixel load(const unsigned char* bytes) {
-    return {{bytes[0], bytes[1], bytes[2]}};
+Triple load(const unsigned char* bytes) {
+    return {bytes[0], bytes[1], bytes[2]};
 }
 
-// The window over one line: the weighted sum of its pixels, and the plain sums of those whose weight is about to grow
-// and of those whose weight is about to shrink. 32 bits hold sum * mul for every radius.
-class Window {
-  public:
-    explicit Window(int radius)
-        : m_Radius(static_cast<size_t>(radius)),
-          m_Mul(stackblur_mul[m_Radius]),
-          m_Shr(stackblur_shr[m_Radius]),
-          m_Slots(2 * m_Radius + 1) {}
-
-    void start(const unsigned char* line, int length, size_t step) {
-        const Pixel first = load(line);
-        const auto growing = static_cast<uint32_t>(m_Radius) + 1;
-        for (size_t c = 0; c < kChannels; ++c) {
-            m_Sum[c] = first.channel[c] * (growing * (growing + 1) / 2);
-            m_SumOut[c] = first.channel[c] * growing;
-            m_SumIn[c] = 0;
-        }
-        std::fill_n(m_Stack, growing, first);
-        for (size_t i = 1; i <= m_Radius; ++i) {
-            const Pixel pixel = load(line + std::min(i, static_cast<size_t>(length) - 1) * step);
-            m_Stack[m_Radius + i] = pixel;
-            for (size_t c = 0; c < kChannels; ++c) {
-                m_Sum[c] += pixel.channel[c] * static_cast<uint32_t>(m_Radius + 1 - i);
-                m_SumIn[c] += pixel.channel[c];
-            }
-        }
-        m_Centre = m_Radius;
+// `sum` is the weighted sum of the window's pixels, `sumIn` and `sumOut` the plain sums of those whose weight is about
+// to grow and of those whose weight is about to shrink. `stack` is a ring of the window's 2 * radius + 1 pixels.
+void blur_line(unsigned char* line, size_t length, size_t step, size_t radius, Triple* stack) {
+    const uint32_t mul = stackblur_mul[radius];
+    const uint32_t shr = stackblur_shr[radius];
+    const size_t slots = 2 * radius + 1;
+    const auto pixel = [=](size_t i) { return load(line + std::min(i, length - 1) * step); };
+    const Triple first = pixel(0);
+    const auto growing = static_cast<uint32_t>(radius + 1);
+    std::fill_n(stack, growing, first);
+    Triple sum = first * (growing * (growing + 1) / 2);
+    Triple sumOut = first * growing;
+    Triple sumIn{};
+    for (size_t i = 1; i <= radius; ++i) {
+        stack[radius + i] = pixel(i);
+        sum += stack[radius + i] * static_cast<uint32_t>(radius + 1 - i);
+        sumIn += stack[radius + i];
     }
-
-    void write(unsigned char* bytes) const {
-        for (size_t c = 0; c < kChannels; ++c) {
-            bytes[c] = static_cast<unsigned char>((m_Sum[c] * m_Mul) >> m_Shr);
-        }
-    }
-
-    void advance(const Pixel& next) {
-        const size_t oldest = m_Centre >= m_Radius ? m_Centre - m_Radius : m_Centre + m_Slots - m_Radius;
-        m_Centre = m_Centre + 1 == m_Slots ? 0 : m_Centre + 1;
-        for (size_t c = 0; c < kChannels; ++c) {
-            m_Sum[c] -= m_SumOut[c];
-            m_SumOut[c] -= m_Stack[oldest].channel[c];
-            m_SumIn[c] += next.channel[c];
-            m_Sum[c] += m_SumIn[c];
-            m_Stack[oldest].channel[c] = next.channel[c];
-            m_SumOut[c] += m_Stack[m_Centre].channel[c];
-            m_SumIn[c] -= m_Stack[m_Centre].channel[c];
-        }
-    }
-
-  private:
-    size_t m_Radius;
-    uint32_t m_Mul;
-    uint32_t m_Shr;
-    size_t m_Slots;
-    size_t m_Centre = 0;
-    uint32_t m_Sum[kChannels] = {};
-    uint32_t m_SumIn[kChannels] = {};
-    uint32_t m_SumOut[kChannels] = {};
-    Pixel m_Stack[2 * kStackBlurMaxRadius + 1];
-};
-
-void blur_lines(unsigned char* src, int lines, size_t lineStep, int length, size_t step, int radius) {
-    Window window(radius);
-    for (int i = 0; i < lines; ++i, src += lineStep) {
-        window.start(src, length, step);
-        for (int at = 0; at < length; ++at) {
-            window.write(src + static_cast<size_t>(at) * step);
-            const size_t next = static_cast<size_t>(at) + static_cast<size_t>(radius) + 1;
-            window.advance(load(src + std::min(next, static_cast<size_t>(length) - 1) * step));
-        }
+    size_t centre = radius;
+    size_t oldest = 0;
+    for (size_t at = 0; at < length; ++at) {
+        unsigned char* here = line + at * step;
+        here[0] = static_cast<unsigned char>((sum.c0 * mul) >> shr);
+        here[1] = static_cast<unsigned char>((sum.c1 * mul) >> shr);
+        here[2] = static_cast<unsigned char>((sum.c2 * mul) >> shr);
+        sum -= sumOut;
+        sumOut -= stack[oldest];
+        stack[oldest] = pixel(at + radius + 1);
+        sumIn += stack[oldest];
+        sum += sumIn;
+        centre = centre + 1 == slots ? 0 : centre + 1;
+        oldest = oldest + 1 == slots ? 0 : oldest + 1;
+        sumOut += stack[centre];
+        sumIn -= stack[centre];
     }
 }
 
@@ -98,8 +74,14 @@ void stack_blur_scalar(unsigned char* src, int w, int h, int radius) {
     if (w < 1 || h < 1) {
         return;
     }
-    radius = std::clamp(radius, 0, kStackBlurMaxRadius);
-    const size_t stride = static_cast<size_t>(w) * 4;
-    blur_lines(src, h, stride, w, 4, radius);
-    blur_lines(src, w, 4, h, stride, radius);
+    Triple stack[2 * kStackBlurMaxRadius + 1];
+    const auto reach = static_cast<size_t>(std::clamp(radius, 0, kStackBlurMaxRadius));
+    const auto width = static_cast<size_t>(w);
+    const auto height = static_cast<size_t>(h);
+    for (size_t y = 0; y < height; ++y) {
+        blur_line(src + y * width * 4, width, 4, reach, stack);
+    }
+    for (size_t x = 0; x < width; ++x) {
+        blur_line(src + x * 4, height, width * 4, reach, stack);
+    }
 }

@@ -61,7 +61,9 @@ int run_program(std::span<const Command> commands, const std::vector<std::string
     }
     try {
         work();
-        std::cout.flush();
+        if (!std::cout.flush()) {
+            return report("cannot write to standard output");
+        }
     } catch (const std::bad_alloc&) {
         return report("not enough memory");
     } catch (const std::exception& error) {

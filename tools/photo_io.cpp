@@ -49,23 +49,21 @@ class CodecMessage {
     AndroidLogListener m_Others{sink, this};
 };
 
-// Knows whether the decoder asked for more than the file holds.
+// Knows whether the decoder, at the last, asked for more than the file holds.
 class PhotoSource : public FileStream {
   public:
     explicit PhotoSource(const std::string& path) : FileStream(path.c_str(), FILE_MODE_ONLY_READ) {}
 
     size_t read(void* buffer, size_t count) override {
         const size_t got = FileStream::read(buffer, count);
-        m_RanDry = m_RanDry || got < count;
-        m_Empty = got == 0;
+        m_RanOut = got == 0;
         return got;
     }
 
-    bool ranOut() const { return m_RanDry && m_Empty; }
+    bool ranOut() const { return m_RanOut; }
 
   private:
-    bool m_RanDry = false;
-    bool m_Empty = false;
+    bool m_RanOut = false;
 };
 
 // Counts what it was asked to write: a full disk may show as late as in the last flush, which has no answer.
@@ -139,7 +137,6 @@ fs::path resolve_target(const std::string& path) {
     return error ? fs::path(path) : resolved;
 }
 
-// What takes a decoded image to RGB or RGBA; 0 where nothing is to be done.
 auto_ptr<Image> convert_photo(auto_ptr<Image>& image, ImageFormatType format, const std::string& path) {
     if (image->getFormatType() == format) {
         return image;

@@ -17,6 +17,10 @@ constexpr long kMaxWorkingMemoryBytes = 30L * 1024 * 1024;
 // file could keep the decoder busy for hours.
 constexpr int kMaxScans = 500;
 
+// libjpeg has no message for it, and lets its clients number their own from here on.
+constexpr int kMessageTooManyScans = 1000;
+constexpr const char* kMessages[] = {"The file has more than 500 scans"};
+
 // By libjpeg's number of the output colour space: unknown, grayscale, RGB, YCbCr, CMYK, YCCK, and in Android's libjpeg
 // RGBA_8888.
 constexpr ImageFormatType kFormats[] = {
@@ -39,6 +43,7 @@ ImageFormatType format_of(J_COLOR_SPACE space) {
 
 void limit_scans(j_common_ptr cinfo) {
     if (reinterpret_cast<j_decompress_ptr>(cinfo)->input_scan_number > kMaxScans) {
+        cinfo->err->msg_code = kMessageTooManyScans;
         cinfo->err->error_exit(cinfo);
     }
 }
@@ -84,6 +89,9 @@ bool decompress(Stream* stream, Target* target) {
     jpeg_progress_mgr progress = {};
     jpeg_decompress_struct cinfo = {};
     cinfo.err = jpeg_utils_init_error_mgr(&error);
+    error.addon_message_table = kMessages;
+    error.first_addon_message = kMessageTooManyScans;
+    error.last_addon_message = kMessageTooManyScans;
     if (setjmp(error.fJmpBuf) != 0) {
         return false;
     }

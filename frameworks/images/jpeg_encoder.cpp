@@ -1,7 +1,5 @@
 #include "frameworks/images/jpeg_encoder.h"
 
-#include <cstring>
-
 #include "frameworks/core/memory.h"
 #include "frameworks/images/jpeg_row_writers.h"
 #include "frameworks/images/jpeg_utils.h"

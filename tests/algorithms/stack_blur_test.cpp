@@ -1,12 +1,15 @@
 #include "algorithms/stack_blur.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <iterator>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "algorithms/stack_blur_scalar.h"
@@ -18,6 +21,11 @@ namespace {
 
 constexpr int kRadii[] = {0, 1, 2, 7, 25, 100, 254};
 constexpr size_t kGuardBytes = 96;
+
+// Bytes in front of the image: enough to show a stray write, and odd so that images lie at all sorts of addresses.
+size_t bytes_before(int w, int h) {
+    return kGuardBytes + static_cast<size_t>(w + 2 * h) % 8 * (w % 3 == 0 ? 4 : 1);
+}
 
 using Line = std::vector<uint64_t>;
 
@@ -43,12 +51,11 @@ Line blurred_line(const Line& line, int radius) {
     return result;
 }
 
-void blur_lines(std::vector<unsigned char>& image, size_t lines, size_t lineStep, size_t length, size_t step,
-                int radius) {
+void blur_lines(unsigned char* image, size_t lines, size_t lineStep, size_t length, size_t step, int radius) {
     Line line(length);
     for (size_t i = 0; i < lines; ++i) {
         for (size_t channel = 0; channel < 3; ++channel) {
-            unsigned char* first = &image[kGuardBytes + i * lineStep + channel];
+            unsigned char* first = image + i * lineStep + channel;
             for (size_t j = 0; j < length; ++j) {
                 line[j] = first[j * step];
             }
@@ -63,14 +70,15 @@ void blur_lines(std::vector<unsigned char>& image, size_t lines, size_t lineStep
 std::vector<unsigned char> expected_blur(std::vector<unsigned char> image, int w, int h, int radius) {
     const auto width = static_cast<size_t>(w);
     const auto height = static_cast<size_t>(h);
-    blur_lines(image, height, width * 4, width, 4, radius);
-    blur_lines(image, width, 4, height, width * 4, radius);
+    unsigned char* first = image.data() + bytes_before(w, h);
+    blur_lines(first, height, width * 4, width, 4, radius);
+    blur_lines(first, width, 4, height, width * 4, radius);
     return image;
 }
 
 std::vector<unsigned char> guarded_image(int w, int h) {
     const size_t pixels = static_cast<size_t>(w) * static_cast<size_t>(h);
-    return random_bytes(2 * kGuardBytes + pixels * 4, static_cast<uint32_t>(w * 1000 + h));
+    return random_bytes(bytes_before(w, h) + pixels * 4 + kGuardBytes, static_cast<uint32_t>(w * 1000 + h));
 }
 
 struct Case {
@@ -87,11 +95,12 @@ Case make_case(int w, int h, int radius) {
 
 void expect_blur(const Case& sample, void (*blur)(unsigned char*, int, int, int)) {
     std::vector<unsigned char> after = sample.before;
-    blur(after.data() + kGuardBytes, sample.w, sample.h, sample.radius);
+    const size_t before = bytes_before(sample.w, sample.h);
+    blur(after.data() + before, sample.w, sample.h, sample.radius);
     const auto [got, wanted] = std::mismatch(after.begin(), after.end(), sample.expected.begin());
     ASSERT_TRUE(got == after.end()) << sample.w << " x " << sample.h << " radius " << sample.radius << ": byte "
-                                    << std::distance(after.begin(), got) - static_cast<std::ptrdiff_t>(kGuardBytes)
-                                    << " is " << int{*got} << ", not " << int{*wanted};
+                                    << std::distance(after.begin(), got) - static_cast<std::ptrdiff_t>(before) << " is "
+                                    << int{*got} << ", not " << int{*wanted};
 }
 
 void expect_on_every_target(const std::vector<Case>& cases) {
@@ -150,6 +159,45 @@ TEST(StackBlur, ClampsTheRadiusAndTouchesNothingWithoutPixels) {
         stack_blur_scalar(nullptr, w, h, 10);
     }
 }
+
+#if !defined(KORVANE_SANITIZED)  // instrumented frames are several times as large
+
+constexpr size_t kStackBytes = 512 * 1024;
+constexpr unsigned char kUnused = 0xA5;
+
+void* blur_a_little(void*) {
+    unsigned char image[7 * 3 * 4] = {};
+    stack_blur(image, 7, 3, 254);
+    return nullptr;
+}
+
+// Runs on a stack that was painted beforehand, so that the deepest byte written tells the use.
+size_t stack_bytes_used() {
+    std::vector<unsigned char> memory(kStackBytes + 4096, kUnused);
+    void* stack = memory.data();
+    size_t space = memory.size();
+    std::align(4096, kStackBytes, stack, space);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstack(&attributes, stack, kStackBytes);
+    pthread_t thread;
+    EXPECT_EQ(pthread_create(&thread, &attributes, blur_a_little, nullptr), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    const auto* bottom = static_cast<const unsigned char*>(stack);
+    const auto* top = bottom + kStackBytes;
+    return static_cast<size_t>(top - std::find_if(bottom, top, [](unsigned char byte) { return byte != kUnused; }));
+}
+
+TEST(StackBlur, StaysWithin160KiBOfStack) {
+    for_each_simd_target([](const std::string&) {
+        const size_t used = stack_bytes_used();
+        EXPECT_LE(used, 160U * 1024);
+        EXPECT_GT(used, 1024U) << "the stack was not used: the measurement is broken";
+    });
+}
+
+#endif
 
 TEST(StackBlurTables, AreThePublishedOnes) {
     const std::vector<int> firstMul = {512, 512, 456, 512, 328, 456, 335, 512, 405, 328,

@@ -48,7 +48,7 @@ std::string argument_text(T value) {
 template <typename... Arguments>
 std::string call(const char* name, Arguments... arguments) {
     std::string text = std::string(name) + "(";
-    const char* separator = "";
+    [[maybe_unused]] const char* separator = "";
     ((text += separator + gl_recorder_detail::argument_text(arguments), separator = ", "), ...);
     return text + ")";
 }

@@ -9,7 +9,11 @@ namespace {
 
 using Names = std::map<std::string, size_t>;
 
+#if defined(KORVANE_SANITIZED)
+constexpr int kCycles = 20;  // the leak checker needs no numbers, and the driver's compiler is slow under it
+#else
 constexpr int kCycles = 200;
+#endif
 
 class GpuLifeCycle : public GpuTest {
   protected:

@@ -323,7 +323,8 @@ TEST(JpegDecoder, RefusesWhatIsNoWholePicture) {
         {"more lines than data, without", with_size(noEndMarker, 83, 500), false, nullptr},
         {"progressive beyond 30 MiB", with_size(progressive, 8000, 8000), false, "jpeg_utils_error_exit,msgcode["},
         {"100 scans", with_repeated_scan(progressive, 100), true, nullptr},
-        {"600 scans", with_repeated_scan(progressive, 600), false, "jpeg_utils_error_exit,msgcode["},
+        {"600 scans", with_repeated_scan(progressive, 600), false,
+         "jpeg_utils_error_exit,msgcode[1000]  msg: The file has more than 500 scans\n"},
     };
     for (const auto& row : rows) {
         LogCapture log;

@@ -39,6 +39,7 @@ public class FiltersRender {
 
     public native void nativeSetParametersBoolean(long handle, String parametersKey, boolean value);
 
+    /** Arrays: one that is null, or shorter than the parameter, sets nothing. */
     public native void nativeSetParametersBooleanArray(long handle, String parametersKey, boolean[] value);
 
     public native void nativeSetParametersInteger(long handle, String parametersKey, int value);
