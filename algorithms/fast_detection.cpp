@@ -3,8 +3,234 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
 
+#include "algorithms/fast_detection_frame.h"
 #include "algorithms/fast_detection_scalar.h"
+#include "frameworks/core/memory.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "algorithms/fast_detection.cpp"
+#include <hwy/cache_control.h>
+#include <hwy/foreach_target.h>
+// Behind foreach_target, which sets the target that it reads.
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace korvane {
+namespace HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+void DetectCorners(const unsigned char* img, std::vector<KeyPoint>& keypoints, const FastFrame& frame,
+                   const FastParams& params) {
+    fast16_scalar(img, keypoints, static_cast<int>(frame.width), static_cast<int>(frame.height), &params);
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+struct Least {
+    template <class V>
+    HWY_INLINE V operator()(V a, V b) const {
+        return hn::Min(a, b);
+    }
+};
+
+struct Greatest {
+    template <class V>
+    HWY_INLINE V operator()(V a, V b) const {
+        return hn::Max(a, b);
+    }
+};
+
+// With Least and Greatest: the greatest value that all nine pixels of some arc reach. The arcs that begin at k and at
+// k + 1 share eight pixels, so eight of them are formed, in doubling steps, and each is finished at both ends.
+template <class Inner, class Outer, class V>
+HWY_INLINE V BestArc(Inner inner, Outer outer, V p0, V p1, V p2, V p3, V p4, V p5, V p6, V p7, V p8, V p9, V p10, V p11,
+                     V p12, V p13, V p14, V p15) {
+    const V two1 = inner(p1, p2), two3 = inner(p3, p4), two5 = inner(p5, p6), two7 = inner(p7, p8);
+    const V two9 = inner(p9, p10), two11 = inner(p11, p12), two13 = inner(p13, p14), two15 = inner(p15, p0);
+    const V four1 = inner(two1, two3), four3 = inner(two3, two5), four5 = inner(two5, two7), four7 = inner(two7, two9);
+    const V four9 = inner(two9, two11), four11 = inner(two11, two13), four13 = inner(two13, two15);
+    const V four15 = inner(two15, two1);
+    const V arc1 = inner(inner(four1, four5), outer(p0, p9)), arc3 = inner(inner(four3, four7), outer(p2, p11));
+    const V arc5 = inner(inner(four5, four9), outer(p4, p13)), arc7 = inner(inner(four7, four11), outer(p6, p15));
+    const V arc9 = inner(inner(four9, four13), outer(p8, p1)), arc11 = inner(inner(four11, four15), outer(p10, p3));
+    const V arc13 = inner(inner(four13, four1), outer(p12, p5)), arc15 = inner(inner(four15, four3), outer(p14, p7));
+    return outer(outer(outer(arc1, arc3), outer(arc5, arc7)), outer(outer(arc9, arc11), outer(arc13, arc15)));
+}
+
+// The least value of the pair's greater ends, over two diameters: an arc of nine holds one end of each.
+template <class Inner, class Outer, class V>
+HWY_INLINE V BestEnds(Inner inner, Outer outer, V a0, V a8, V b0, V b8) {
+    return inner(outer(a0, a8), outer(b0, b8));
+}
+
+struct RowJob {
+    const unsigned char* line;  // the row of the image
+    const int* pixel;           // offsets of the circle
+    size_t aheadBytes;          // to the lowest row of the next row's circles
+    unsigned char threshold;
+    bool isScored;
+    unsigned char* row;  // out: score (or any other value but 0) of each corner; cleared before
+};
+
+// A pixel of the circle tells how bright it is; the centre comes in once for a whole arc.
+template <class D>
+HWY_INLINE void ScoreBlock(D d, const RowJob& job, size_t at) {
+    const unsigned char* centre = job.line + at;
+    const auto circle = [&](int k) HWY_ATTR { return hn::LoadU(d, centre + job.pixel[k]); };
+    const auto value = hn::LoadU(d, centre);
+    hwy::Prefetch(centre + job.aheadBytes);
+    const auto threshold = hn::Set(d, job.threshold);
+    const auto ceiling = hn::SaturatedAdd(value, threshold);
+    const auto floor = hn::SaturatedSub(value, threshold);
+    const auto zero = hn::Zero(d);
+
+    const auto p0 = circle(0), p4 = circle(4), p8 = circle(8), p12 = circle(12);
+    auto bright = hn::SaturatedSub(BestEnds(Least(), Greatest(), p0, p8, p4, p12), ceiling);
+    auto dark = hn::SaturatedSub(floor, BestEnds(Greatest(), Least(), p0, p8, p4, p12));
+    if (hn::AllTrue(d, hn::Eq(hn::Or(bright, dark), zero))) {
+        return;
+    }
+    const auto p2 = circle(2), p6 = circle(6), p10 = circle(10), p14 = circle(14);
+    bright = hn::Min(bright, hn::SaturatedSub(BestEnds(Least(), Greatest(), p2, p10, p6, p14), ceiling));
+    dark = hn::Min(dark, hn::SaturatedSub(floor, BestEnds(Greatest(), Least(), p2, p10, p6, p14)));
+    const bool hasBright = !hn::AllTrue(d, hn::Eq(bright, zero));
+    const bool hasDark = !hn::AllTrue(d, hn::Eq(dark, zero));
+    if (!hasBright && !hasDark) {
+        return;
+    }
+
+    const auto p1 = circle(1), p3 = circle(3), p5 = circle(5), p7 = circle(7);
+    const auto p9 = circle(9), p11 = circle(11), p13 = circle(13), p15 = circle(15);
+    auto difference = zero;
+    if (hasBright) {
+        const auto arc =
+            BestArc(Least(), Greatest(), p0, p1, p2, p3, p4, p5, p6, p7, p8, p9, p10, p11, p12, p13, p14, p15);
+        difference = hn::SaturatedSub(arc, value);
+    }
+    if (hasDark) {
+        const auto arc =
+            BestArc(Greatest(), Least(), p0, p1, p2, p3, p4, p5, p6, p7, p8, p9, p10, p11, p12, p13, p14, p15);
+        difference = hn::Max(difference, hn::SaturatedSub(value, arc));
+    }
+    const auto score = job.isScored ? hn::SaturatedSub(difference, hn::Set(d, uint8_t{1})) : difference;
+    hn::StoreU(hn::IfThenElseZero(hn::Gt(difference, threshold), score), d, job.row + at);
+}
+
+// Bit i tells whether the pixel in column at + i is kept.
+template <class D>
+HWY_INLINE uint64_t KeptInBlock(D d, const unsigned char* above, const unsigned char* own, const unsigned char* below,
+                                size_t at, bool suppress) {
+    const auto score = hn::LoadU(d, own + at);
+    if (hn::AllTrue(d, hn::Eq(score, hn::Zero(d)))) {
+        return 0;
+    }
+    const auto greatest_of_three = [&](const unsigned char* row) HWY_ATTR {
+        return hn::Max(hn::Max(hn::LoadU(d, row - 1), hn::LoadU(d, row + 1)), hn::LoadU(d, row));
+    };
+    auto neighbours = hn::Zero(d);
+    if (suppress) {
+        neighbours = hn::Max(hn::LoadU(d, own + at - 1), hn::LoadU(d, own + at + 1));
+        neighbours = hn::Max(neighbours, hn::Max(greatest_of_three(above + at), greatest_of_three(below + at)));
+    }
+    uint8_t bytes[8] = {};
+    hn::StoreMaskBits(d, hn::Gt(score, neighbours), bytes);
+    uint64_t bits;
+    std::memcpy(&bits, bytes, sizeof(bits));
+    return bits;
+}
+
+// Calls body(tag, at, done) for the blocks of [first, end): vectors of the tag at column `at`, of which the first
+// `done` columns were in the block before. The widest vectors that fit are taken.
+template <class Body>
+HWY_INLINE void ForEachBlock(size_t first, size_t end, const Body& body) {
+    const auto sweep = [&](auto d) HWY_ATTR {
+        const size_t lanes = hn::Lanes(d);
+        for (size_t i = first; i < end; i += lanes) {
+            const size_t at = HWY_MIN(i, end - lanes);
+            body(d, at, i - at);
+        }
+    };
+    const size_t count = end - first;
+    if (count >= hn::Lanes(hn::CappedTag<uint8_t, 64>())) {
+        sweep(hn::CappedTag<uint8_t, 64>());
+    } else if (count >= hn::Lanes(hn::CappedTag<uint8_t, 16>())) {
+        sweep(hn::CappedTag<uint8_t, 16>());
+    } else {
+        sweep(hn::CappedTag<uint8_t, 1>());
+    }
+}
+
+struct Columns {
+    size_t first;
+    size_t end;
+};
+
+HWY_NOINLINE void ScoreRow(const RowJob& job, const Columns& columns) {
+    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at, size_t) HWY_ATTR { ScoreBlock(d, job, at); });
+}
+
+HWY_NOINLINE void EmitRow(const unsigned char* above, const unsigned char* own, const unsigned char* below,
+                          const Columns& columns, bool suppress, CornerThinner& thinner) {
+    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at, size_t done) HWY_ATTR {
+        uint64_t bits = KeptInBlock(d, above, own, below, at, suppress) >> done << done;
+        for (; bits != 0; bits &= bits - 1) {
+            thinner.add(static_cast<int>(at + hwy::Num0BitsBelowLS1Bit_Nonzero64(bits)));
+        }
+    });
+}
+
+Columns ColumnsOf(const FastFrame& frame, int64_t row) {
+    const int64_t first = frame.first_column(row);
+    return {static_cast<size_t>(first), static_cast<size_t>(std::max(first, frame.end_column(row)))};
+}
+
+void DetectCorners(const unsigned char* img, std::vector<KeyPoint>& keypoints, const FastFrame& frame,
+                   const FastParams& params) {
+    const std::unique_ptr<unsigned char, decltype(&galloc_free)> work(
+        static_cast<unsigned char*>(galloc_alloc(frame.work_bytes())), &galloc_free);
+    if (work == nullptr) {
+        return;
+    }
+    // Three rows in rotation, with a spare byte on each side that is always 0.
+    const size_t columns = static_cast<size_t>(frame.width);
+    const auto row_of = [&](int64_t i) { return work.get() + static_cast<size_t>(i % 3) * (columns + 2) + 1; };
+    int pixel[25];
+    makeOffsets(pixel, static_cast<int>(frame.width), 16);
+    const bool suppress = params.nonmax_suppression != 0;
+    CornerThinner thinner(params.min_dist, keypoints);
+
+    for (int64_t i = frame.firstRow; i <= frame.endRow; ++i) {
+        std::memset(row_of(i), 0, columns);
+        if (i < frame.endRow) {
+            const auto threshold = static_cast<unsigned char>(frame.threshold);
+            ScoreRow({img + i * frame.width, pixel, 4 * columns, threshold, suppress, row_of(i)}, ColumnsOf(frame, i));
+        }
+        if (i > frame.firstRow) {
+            thinner.begin_row(static_cast<int>(i - 1));
+            EmitRow(row_of(i - 2), row_of(i - 1), row_of(i), ColumnsOf(frame, i - 1), suppress, thinner);
+        }
+    }
+}
+
+#endif
+
+}  // namespace HWY_NAMESPACE
+}  // namespace korvane
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace korvane {
+HWY_EXPORT(DetectCorners);
+}  // namespace korvane
 
 namespace {
 
@@ -83,5 +309,19 @@ int cornerScore16(const unsigned char* ptr, const int* pixel, int threshold) {
 
 void fast16(const unsigned char* img, std::vector<KeyPoint>& keypoints, int width, int height,
             const FastParams* params) {
-    fast16_scalar(img, keypoints, width, height, params);
+    keypoints.clear();
+    if (img == nullptr || params == nullptr) {
+        return;
+    }
+    const korvane::FastFrame frame(width, height, *params);
+    if (frame.is_empty()) {
+        return;
+    }
+    try {
+        HWY_DYNAMIC_DISPATCH(korvane::DetectCorners)(img, keypoints, frame, *params);
+    } catch (const std::bad_alloc&) {
+        keypoints.clear();
+    }
 }
+
+#endif

@@ -1,9 +1,232 @@
 #include "algorithms/lbp.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "algorithms/lbp_scalar.h"
+#include "algorithms/lbp_walk.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "algorithms/lbp.cpp"
+#include <hwy/foreach_target.h>
+// Behind foreach_target, which sets the target that it reads.
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace korvane {
+namespace HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+void Features(char* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
+    lbp_pyr_features_scalar(vec, vec_nDim, img, rows, cols);
+}
+
+void FeaturesSparse(unsigned int* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows,
+                    unsigned short cols) {
+    lbp_pyr_features_sparse_scalar(vec, vec_nDim, img, rows, cols);
+}
+
+double DotProduct(double* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
+    return lbp_pyr_dotprod_scalar(vec, vec_nDim, img, rows, cols);
+}
+
+void AddVector(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
+    lbp_pyr_addvec_scalar(vec, vec_nDim, img, rows, cols);
+}
+
+void SubtractVector(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
+    lbp_pyr_subvec_scalar(vec, vec_nDim, img, rows, cols);
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using WideTag = hn::CappedTag<unsigned int, 16>;
+using NarrowTag = hn::CappedTag<unsigned int, 4>;
+
+// A bit of the pattern where `neighbour` is less than the centre.
+template <class D, class V>
+HWY_INLINE V Bit(D d, V neighbour, V centre, unsigned int bit) {
+    return hn::IfThenElseZero(hn::Lt(neighbour, centre), hn::Set(d, bit));
+}
+
+template <class D, class V>
+HWY_INLINE V Pattern(D d, V left0, V left1, V left2, V above, V centre, V below, V right0, V right1, V right2) {
+    const V left =
+        hn::Or(hn::Or(Bit(d, left0, centre, 0x01), Bit(d, left1, centre, 0x02)), Bit(d, left2, centre, 0x04));
+    const V own = hn::Or(Bit(d, above, centre, 0x08), Bit(d, below, centre, 0x10));
+    const V right =
+        hn::Or(hn::Or(Bit(d, right0, centre, 0x20), Bit(d, right1, centre, 0x40)), Bit(d, right2, centre, 0x80));
+    return hn::Or(hn::Or(left, own), right);
+}
+
+// slots[i] = first + 256 * i + pattern of centre[i], for `count` pixels of each of `kColumns` columns, one after the
+// other in `slots` at a distance of `slotStride`. Counts are at least one vector; the last one overlaps its neighbour.
+// Columns done together share what they load.
+template <size_t kColumns, class D>
+HWY_INLINE void ListWholeVectors(D d, const unsigned int* centre, size_t stride, size_t count, unsigned int first,
+                                 unsigned int firstStep, unsigned int* slots, size_t slotStride) {
+    const size_t lanes = hn::Lanes(d);
+    const auto steps = hn::ShiftLeft<8>(hn::Iota(d, 0));
+    for (size_t i = 0; i < count; i += lanes) {
+        const size_t at = HWY_MIN(i, count - lanes);
+        const unsigned int* column = centre + at - stride;
+        auto left0 = hn::LoadU(d, column - 1), left1 = hn::LoadU(d, column), left2 = hn::LoadU(d, column + 1);
+        column += stride;
+        auto above = hn::LoadU(d, column - 1), value = hn::LoadU(d, column), below = hn::LoadU(d, column + 1);
+        unsigned int block = first + 256 * static_cast<unsigned int>(at);
+        for (size_t c = 0; c < kColumns; ++c) {
+            column += stride;
+            const auto right0 = hn::LoadU(d, column - 1);
+            const auto right1 = hn::LoadU(d, column);
+            const auto right2 = hn::LoadU(d, column + 1);
+            const auto pattern = Pattern(d, left0, left1, left2, above, value, below, right0, right1, right2);
+            hn::StoreU(hn::Or(hn::Add(hn::Set(d, block), steps), pattern), d, slots + c * slotStride + at);
+            left0 = above, left1 = value, left2 = below;
+            above = right0, value = right1, below = right2;
+            block += firstStep;
+        }
+    }
+}
+
+template <size_t kColumns>
+void ListSlots(const unsigned int* centre, size_t stride, size_t count, unsigned int first, unsigned int firstStep,
+               unsigned int* slots, size_t slotStride) {
+    const auto list = [&](auto d) HWY_ATTR {
+        ListWholeVectors<kColumns>(d, centre, stride, count, first, firstStep, slots, slotStride);
+    };
+    if (count >= hn::Lanes(WideTag())) {
+        list(WideTag());
+    } else if (count >= hn::Lanes(NarrowTag())) {
+        list(NarrowTag());
+    } else {
+        list(hn::CappedTag<unsigned int, 1>());
+    }
+}
+
+void Halve(const LbpLevel& level, size_t x) {
+    const WideTag d;
+    const size_t lanes = hn::Lanes(d);
+    const size_t rows = level.rows / 2;
+    unsigned int* column = level.img + x * level.stride;
+    const unsigned int* left = level.img + 2 * x * level.stride;
+    const unsigned int* right = left + level.stride;
+    size_t r = 0;
+    for (; r + lanes <= 2 * rows; r += lanes) {
+        hn::StoreU(hn::Add(hn::LoadU(d, left + r), hn::LoadU(d, right + r)), d, column + r);
+    }
+    for (; r < 2 * rows; ++r) {
+        column[r] = left[r] + right[r];
+    }
+    r = 0;
+    for (; r + lanes <= rows; r += lanes) {
+        hn::Vec<WideTag> even;
+        hn::Vec<WideTag> odd;
+        hn::LoadInterleaved2(d, column + 2 * r, even, odd);
+        hn::StoreU(hn::Add(even, odd), d, column + r);
+    }
+    for (; r < rows; ++r) {
+        column[r] = column[2 * r] + column[2 * r + 1];
+    }
+}
+
+// Calls action(slot) for each slot that is on. What waits for memory here is everything but the patterns, so slots are
+// listed a chunk ahead: while one chunk is worked off, the cache lines of the next are on their way.
+template <typename Action>
+void WalkSlots(unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols,
+               const Action& action) {
+    constexpr size_t kChunk = 64;
+    unsigned int buffers[2][kChunk];
+    unsigned int* fetched = buffers[0];
+    unsigned int* listed = buffers[1];
+    size_t fetchedCount = 0;
+    // Only the last block can reach past the end; no slot before it wraps.
+    const auto act = [&](unsigned int slot) {
+        if (slot < vec_nDim) {
+            action(slot);
+        }
+    };
+    const auto add_chunk = [&](const unsigned int* centre, size_t count, size_t position) HWY_ATTR {
+        const size_t first = position * kLbpSlotsPerPosition;
+        ListSlots<1>(centre, rows, count, static_cast<unsigned int>(first), 0, listed, 0);
+        const size_t both = HWY_MIN(count, fetchedCount);
+        for (size_t i = 0; i < both; ++i) {
+            action.fetch(listed[i]);
+            act(fetched[i]);
+        }
+        for (size_t i = both; i < count; ++i) {
+            action.fetch(listed[i]);
+        }
+        for (size_t i = both; i < fetchedCount; ++i) {
+            act(fetched[i]);
+        }
+        std::swap(fetched, listed);
+        fetchedCount = count;
+    };
+    const auto visit = [&](const unsigned int* centre, size_t columns, size_t count, size_t position) HWY_ATTR {
+        for (size_t c = 0; c < columns; ++c) {
+            for (size_t begin = 0; begin < count; begin += kChunk) {
+                add_chunk(centre + c * rows + begin, HWY_MIN(kChunk, count - begin), position + c * count + begin);
+            }
+        }
+    };
+    lbp_walk({img, rows, rows, cols}, lbp_positions_for(vec_nDim), visit, Halve);
+    for (size_t i = 0; i < fetchedCount; ++i) {
+        act(fetched[i]);
+    }
+}
+
+void Features(char* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
+    WalkSlots(vec_nDim, img, rows, cols, LbpCount{vec});
+}
+
+void FeaturesSparse(unsigned int* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows,
+                    unsigned short cols) {
+    const auto visit = [=](const unsigned int* centre, size_t columns, size_t count, size_t position) HWY_ATTR {
+        const auto first = static_cast<unsigned int>(position * kLbpSlotsPerPosition);
+        const auto firstStep = static_cast<unsigned int>(count * kLbpSlotsPerPosition);
+        if (columns == kLbpColumnsAtOnce) {
+            ListSlots<kLbpColumnsAtOnce>(centre, rows, count, first, firstStep, vec + position, count);
+        } else {
+            ListSlots<1>(centre, rows, count, first, firstStep, vec + position, count);
+        }
+    };
+    lbp_walk({img, rows, rows, cols}, vec_nDim, visit, Halve);
+}
+
+double DotProduct(double* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
+    double sum = 0;
+    WalkSlots(vec_nDim, img, rows, cols, LbpSum{vec, &sum});
+    return sum;
+}
+
+void AddVector(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
+    WalkSlots(vec_nDim, img, rows, cols, LbpStep{vec, 1UL});
+}
+
+void SubtractVector(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
+    WalkSlots(vec_nDim, img, rows, cols, LbpStep{vec, ~0UL});
+}
+
+#endif
+
+}  // namespace HWY_NAMESPACE
+}  // namespace korvane
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace korvane {
+HWY_EXPORT(Features);
+HWY_EXPORT(FeaturesSparse);
+HWY_EXPORT(DotProduct);
+HWY_EXPORT(AddVector);
+HWY_EXPORT(SubtractVector);
+}  // namespace korvane
 
 void make_offsets(int* offsets, unsigned int stride) {
     if (offsets == nullptr) {
@@ -20,33 +243,36 @@ void make_offsets(int* offsets, unsigned int stride) {
 void lbp_pyr_features(char* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                       unsigned short img_nCols) {
     if (vec != nullptr) {
-        lbp_pyr_features_scalar(vec, vec_nDim, img, img_nRows, img_nCols);
+        HWY_DYNAMIC_DISPATCH(korvane::Features)(vec, vec_nDim, img, img_nRows, img_nCols);
     }
 }
 
 void lbp_pyr_features_sparse(unsigned int* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                              unsigned short img_nCols) {
     if (vec != nullptr) {
-        lbp_pyr_features_sparse_scalar(vec, vec_nDim, img, img_nRows, img_nCols);
+        HWY_DYNAMIC_DISPATCH(korvane::FeaturesSparse)(vec, vec_nDim, img, img_nRows, img_nCols);
     }
 }
 
 double lbp_pyr_dotprod(double* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                        unsigned short img_nCols) {
-    return vec == nullptr ? 0.0 : lbp_pyr_dotprod_scalar(vec, vec_nDim, img, img_nRows, img_nCols);
+    if (vec == nullptr) {
+        return 0.0;
+    }
+    return HWY_DYNAMIC_DISPATCH(korvane::DotProduct)(vec, vec_nDim, img, img_nRows, img_nCols);
 }
 
 void lbp_pyr_addvec(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                     unsigned short img_nCols) {
     if (vec != nullptr) {
-        lbp_pyr_addvec_scalar(vec, vec_nDim, img, img_nRows, img_nCols);
+        HWY_DYNAMIC_DISPATCH(korvane::AddVector)(vec, vec_nDim, img, img_nRows, img_nCols);
     }
 }
 
 void lbp_pyr_subvec(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                     unsigned short img_nCols) {
     if (vec != nullptr) {
-        lbp_pyr_subvec_scalar(vec, vec_nDim, img, img_nRows, img_nCols);
+        HWY_DYNAMIC_DISPATCH(korvane::SubtractVector)(vec, vec_nDim, img, img_nRows, img_nCols);
     }
 }
 
@@ -61,3 +287,5 @@ unsigned int lbp_pyr_get_dim(unsigned short img_nRows, unsigned short img_nCols,
     }
     return static_cast<unsigned int>(positions * 256);
 }
+
+#endif

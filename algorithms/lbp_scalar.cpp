@@ -7,17 +7,15 @@ namespace {
 
 using korvane::LbpLevel;
 
-void halve(const LbpLevel& level) {
+void halve(const LbpLevel& level, size_t x) {
     const size_t rows = level.rows / 2;
-    for (size_t c = 0; c < level.cols / 2; ++c) {
-        unsigned int* column = level.img + c * level.stride;
-        const unsigned int* left = level.img + 2 * c * level.stride;
-        for (size_t r = 0; r < 2 * rows; ++r) {
-            column[r] = left[r] + left[level.stride + r];
-        }
-        for (size_t r = 0; r < rows; ++r) {
-            column[r] = column[2 * r] + column[2 * r + 1];
-        }
+    unsigned int* column = level.img + x * level.stride;
+    const unsigned int* left = level.img + 2 * x * level.stride;
+    for (size_t r = 0; r < 2 * rows; ++r) {
+        column[r] = left[r] + left[level.stride + r];
+    }
+    for (size_t r = 0; r < rows; ++r) {
+        column[r] = column[2 * r] + column[2 * r + 1];
     }
 }
 
@@ -26,7 +24,7 @@ template <typename Action>
 void walk(unsigned int* img, unsigned short rows, unsigned short cols, size_t limit, const Action& action) {
     int offsets[9];
     make_offsets(offsets, rows);
-    const auto visit = [&](const unsigned int* centre, size_t count, size_t position) {
+    const auto visit_column = [&](const unsigned int* centre, size_t count, size_t position) {
         for (size_t r = 0; r < count; ++r) {
             unsigned int pattern = 0;
             for (int neighbour = 0, bit = 0; neighbour < 9; ++neighbour) {
@@ -35,6 +33,11 @@ void walk(unsigned int* img, unsigned short rows, unsigned short cols, size_t li
                 }
             }
             action(position + r, pattern);
+        }
+    };
+    const auto visit = [&](const unsigned int* centre, size_t columns, size_t count, size_t position) {
+        for (size_t c = 0; c < columns; ++c) {
+            visit_column(centre + c * rows, count, position + c * count);
         }
     };
     korvane::lbp_walk({img, rows, rows, cols}, limit, visit, halve);

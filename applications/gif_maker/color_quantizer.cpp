@@ -1,20 +1,21 @@
 #include "applications/gif_maker/color_quantizer.h"
 
 #include <algorithm>
-#include <iterator>
 #include <limits>
-#include <memory>
 #include <new>
-#include <utility>
 
-#include "applications/gif_maker/nearest_color.h"
+#include "applications/gif_maker/cell_pixels.h"
+#include "applications/gif_maker/palette_refinement.h"
 #include "frameworks/core/memory.h"
 
 namespace {
 
-constexpr size_t kSide = 33;
+using korvane::CellBase;
+using korvane::LowBits;
+
+constexpr size_t kSide = korvane::kCellsPerAxis;
 constexpr size_t kPlane = kSide * kSide;
-constexpr size_t kCells = kSide * kPlane;
+constexpr size_t kCells = korvane::kHistogramCells;
 constexpr int32_t kLastCell = 32;
 constexpr size_t kChannelValues = 256;
 
@@ -45,14 +46,14 @@ T* new_array(size_t count) {
 }
 
 template <typename T>
-void free_and_clear(T*& block) {
-    galloc_free(block);
-    block = nullptr;
+T* new_zeroed_array(size_t count) {
+    return static_cast<T*>(galloc_alloc(count * sizeof(T)));
 }
 
 template <typename T>
-T* cells_of(T*** cube) {
-    return cube[0][0];
+void free_and_clear(T*& block) {
+    galloc_free(block);
+    block = nullptr;
 }
 
 // Turns the cells into sums over all cells with no coordinate greater.
@@ -223,25 +224,27 @@ bool ColorQuantizer::allocate() {
 }
 
 void ColorQuantizer::addColor(int32_t r, int32_t g, int32_t b) {
-    if (!m_IsPrepared || pixelIndex >= imageSize) {
+    // Called for every pixel: one test for what is almost always so, and no field read twice, since a store to a byte
+    // may alias them all.
+    const int32_t at = pixelIndex;
+    if (at >= imageSize) {
         return;
     }
-    r = std::clamp(r, 0, 255);
-    g = std::clamp(g, 0, 255);
-    b = std::clamp(b, 0, 255);
+    if (((r | g | b) & ~0xFF) != 0) {
+        r = std::clamp(r, 0, 255);
+        g = std::clamp(g, 0, 255);
+        b = std::clamp(b, 0, 255);
+    }
+    pixelIndex = at + 1;
     // Cell 0 of each axis stays empty: it is the zero that cumulative sums begin with.
-    const int32_t cell =
-        ((r >> 3) + 1) * static_cast<int32_t>(kPlane) + ((g >> 3) + 1) * static_cast<int32_t>(kSide) + (b >> 3) + 1;
-    cells_of(weights)[cell] += 1;
-    cells_of(momentsRed)[cell] += r;
-    cells_of(momentsGreen)[cell] += g;
-    cells_of(momentsBlue)[cell] += b;
-    cells_of(moments)[cell] += static_cast<float>(table[r] + table[g] + table[b]);
-    quantizedPixels[pixelIndex] = cell;
-    pixelsR[pixelIndex] = static_cast<uint8_t>(r);
-    pixelsG[pixelIndex] = static_cast<uint8_t>(g);
-    pixelsB[pixelIndex] = static_cast<uint8_t>(b);
-    ++pixelIndex;
+    const auto cell_of = [](int32_t channel) { return static_cast<size_t>((channel >> 3) + 1); };
+    quantizedPixels[at] = static_cast<int32_t>(korvane::cell_index(cell_of(r), cell_of(g), cell_of(b)));
+    uint8_t* const red = pixelsR + at;
+    uint8_t* const green = pixelsG + at;
+    uint8_t* const blue = pixelsB + at;
+    *red = static_cast<uint8_t>(r);
+    *green = static_cast<uint8_t>(g);
+    *blue = static_cast<uint8_t>(b);
 }
 
 std::vector<Color>& ColorQuantizer::getPalette(int32_t colorCount) {
@@ -250,14 +253,48 @@ std::vector<Color>& ColorQuantizer::getPalette(int32_t colorCount) {
         return colors;
     }
     m_IsPrepared = false;
-    calculateMoments();
-    const int32_t boxCount = splitBoxes(std::min(colorCount, kMaxColors));
-    if (refine(boxCount)) {
-        appendMeans(boxCount);
+    korvane::CellPixels pixels;
+    if (pixels.sort({pixelsR, pixelsG, pixelsB, quantizedPixels, static_cast<size_t>(pixelIndex)})) {
+        fillHistogram(pixels);
+        calculateMoments();
+        const int32_t boxCount = splitBoxes(std::min(colorCount, kMaxColors));
+        if (refine(pixels, boxCount)) {
+            appendMeans(boxCount);
+        }
     }
+    imageSize = 0;
     pixelIndex = 0;
     freeTemporaries();
     return colors;
+}
+
+void ColorQuantizer::fillHistogram(const korvane::CellPixels& pixels) {
+    for (size_t r = 1; r < kSide; ++r) {
+        for (size_t g = 1; g < kSide; ++g) {
+            for (size_t b = 1; b < kSide; ++b) {
+                const size_t cell = korvane::cell_index(r, g, b);
+                const CellBase base = korvane::cell_base(r, g, b);
+                Sums sums = {};
+                // Single precision, in the order of the pixels: palettes depend on how it rounds.
+                float squares = 0;
+                for (size_t i = pixels.begin(cell); i < pixels.begin(cell + 1); ++i) {
+                    const uint16_t low = pixels.low()[i];
+                    const int32_t red = base.red + LowBits::red(low);
+                    const int32_t green = base.green + LowBits::green(low);
+                    const int32_t blue = base.blue + LowBits::blue(low);
+                    sums.red += red;
+                    sums.green += green;
+                    sums.blue += blue;
+                    squares += static_cast<float>(table[red] + table[green] + table[blue]);
+                }
+                weights[r][g][b] = static_cast<int64_t>(pixels.begin(cell + 1) - pixels.begin(cell));
+                momentsRed[r][g][b] = sums.red;
+                momentsGreen[r][g][b] = sums.green;
+                momentsBlue[r][g][b] = sums.blue;
+                moments[r][g][b] = squares;
+            }
+        }
+    }
 }
 
 void ColorQuantizer::calculateMoments() {
@@ -340,20 +377,16 @@ void ColorQuantizer::mark(const ColorCube& cube, int32_t label) {
 }
 
 // False when memory is short.
-bool ColorQuantizer::refine(int32_t boxCount) {
+bool ColorQuantizer::refine(const korvane::CellPixels& pixels, int32_t boxCount) {
     const size_t entries = static_cast<size_t>(boxCount) + 1;
-    const size_t pixels = static_cast<size_t>(pixelIndex);
-    tag = static_cast<int32_t*>(galloc_alloc(kCells * sizeof(int32_t)));
-    reds = static_cast<int64_t*>(galloc_alloc(entries * sizeof(int64_t)));
-    greens = static_cast<int64_t*>(galloc_alloc(entries * sizeof(int64_t)));
-    blues = static_cast<int64_t*>(galloc_alloc(entries * sizeof(int64_t)));
-    sums = static_cast<int64_t*>(galloc_alloc(entries * sizeof(int64_t)));
-    indices = new_array<int32_t>(pixels);
-    if (tag == nullptr || reds == nullptr || greens == nullptr || blues == nullptr || sums == nullptr ||
-        (indices == nullptr && pixels != 0)) {
+    tag = new_zeroed_array<int32_t>(kCells);
+    reds = new_zeroed_array<int64_t>(entries);
+    greens = new_zeroed_array<int64_t>(entries);
+    blues = new_zeroed_array<int64_t>(entries);
+    sums = new_zeroed_array<int64_t>(entries);
+    if (tag == nullptr || reds == nullptr || greens == nullptr || blues == nullptr || sums == nullptr) {
         return false;
     }
-
     korvane::PaletteColors palette = {};
     palette.count = static_cast<size_t>(boxCount);
     for (int32_t k = 0; k < boxCount; ++k) {
@@ -365,17 +398,7 @@ bool ColorQuantizer::refine(int32_t boxCount) {
             palette.blue[k] = static_cast<int32_t>(volume(cubes[k], momentsBlue) / weight);
         }
     }
-    for (size_t i = 0; i < pixels; ++i) {
-        indices[i] = tag[quantizedPixels[i]];
-    }
-    korvane::nearest_colors({pixelsR, pixelsG, pixelsB, pixels}, palette, indices);
-    for (size_t i = 0; i < pixels; ++i) {
-        const int32_t entry = indices[i];
-        reds[entry] += pixelsR[i];
-        greens[entry] += pixelsG[i];
-        blues[entry] += pixelsB[i];
-        sums[entry] += 1;
-    }
+    korvane::refine_palette(pixels, palette, tag, {reds, greens, blues, sums});
     return true;
 }
 
@@ -397,7 +420,6 @@ void ColorQuantizer::freeTemporaries() {
     free_and_clear(greens);
     free_and_clear(blues);
     free_and_clear(sums);
-    free_and_clear(indices);
     free_and_clear(tag);
 }
 

@@ -34,6 +34,10 @@ struct Color {
     int32_t alpha;
 };
 
+namespace korvane {
+class CellPixels;
+}
+
 // The slot order is part of the binary interface.
 class KORVANE_API ColorQuantizer {
   public:
@@ -66,12 +70,13 @@ class KORVANE_API ColorQuantizer {
   private:
     bool allocate();
     void freeTemporaries();
+    void fillHistogram(const korvane::CellPixels& pixels);
     void calculateMoments();
     int32_t splitBoxes(int32_t colorCount);
     bool cut(ColorCube& first, ColorCube& second) const;
     double calculateVariance(const ColorCube& cube) const;
     void mark(const ColorCube& cube, int32_t label);
-    bool refine(int32_t boxCount);
+    bool refine(const korvane::CellPixels& pixels, int32_t boxCount);
     void appendMeans(int32_t boxCount);
 
     // Of the refinement, per palette entry. 64 bits, since a sum of channels passes 32 bits at 8.4 million pixels.
@@ -79,8 +84,6 @@ class KORVANE_API ColorQuantizer {
     int64_t* greens = nullptr;
     int64_t* blues = nullptr;
     int64_t* sums = nullptr;
-    // Per pixel, the palette entry chosen.
-    int32_t* indices = nullptr;
 
     // Histogram, indexed [red][green][blue], cumulative after calculateMoments.
     int64_t*** weights = nullptr;

@@ -9,8 +9,9 @@
 #include <random>
 #include <vector>
 
-#include "applications/gif_maker/nearest_color.h"
-#include "applications/gif_maker/nearest_color_scalar.h"
+#include "applications/gif_maker/cell_pixels.h"
+#include "applications/gif_maker/palette_refinement.h"
+#include "applications/gif_maker/palette_refinement_scalar.h"
 #include "tests/support/simd_targets.h"
 
 bool operator==(const Color& a, const Color& b) {
@@ -261,18 +262,32 @@ TEST(ColorQuantizer, PhotoPalettesAreTheSameEverywhere) {
     });
 }
 
-TEST(NearestColors, EqualsThePlainSearch) {
+std::array<std::vector<int64_t>, 4> refined(decltype(&korvane::refine_palette) refine,
+                                            const korvane::CellPixels& pixels, const korvane::PaletteColors& palette,
+                                            const std::vector<int32_t>& guesses) {
+    std::array<std::vector<int64_t>, 4> sums;
+    sums.fill(std::vector<int64_t>(palette.count));
+    refine(pixels, palette, guesses.data(), {sums[0].data(), sums[1].data(), sums[2].data(), sums[3].data()});
+    return sums;
+}
+
+TEST(PaletteRefinement, EqualsThePlainSearch) {
     for_each_simd_target([](const std::string&) {
         for (uint32_t seed = 0; seed < 60; ++seed) {
-            // Steps make equal distances frequent; the palette has doubles, and as few as one entry.
-            const int step = seed % 4 == 0 ? 1 : (seed % 4 == 1 ? 5 : 64);
-            const Pixels pixels = random_pixels(seed < 40 ? seed * 3 : 3000, seed, step);
+            // Steps make equal distances frequent; one cell holds many pixels, or each pixel has its own; the palette
+            // has doubles, and as few as one entry.
+            const int step = std::array{1, 5, 64, 255}[seed % 4];
+            const Pixels pixels = random_pixels(seed < 40 ? seed * 3 : (seed < 58 ? 1000 : 20'000), seed, step);
             const Pixels entries = random_pixels(seed % 5 == 0 ? 512 : 1 + seed, seed + 1000, seed % 3 == 0 ? 17 : 1);
-            std::vector<uint8_t> planes[3];
-            for (size_t axis = 0; axis < 3; ++axis) {
-                for (const Pixel& pixel : pixels) {
+            std::array<std::vector<uint8_t>, 3> planes;
+            std::vector<int32_t> cells;
+            for (const Pixel& pixel : pixels) {
+                size_t axisCells[3];
+                for (size_t axis = 0; axis < 3; ++axis) {
                     planes[axis].push_back(static_cast<uint8_t>(pixel[axis]));
+                    axisCells[axis] = static_cast<size_t>(pixel[axis] / 8 + 1);
                 }
+                cells.push_back(static_cast<int32_t>(korvane::cell_index(axisCells[0], axisCells[1], axisCells[2])));
             }
             korvane::PaletteColors palette = {};
             palette.count = entries.size();
@@ -281,12 +296,17 @@ TEST(NearestColors, EqualsThePlainSearch) {
                 palette.green[k] = entries[k][1];
                 palette.blue[k] = entries[k][2];
             }
-            const korvane::PixelPlanes view = {planes[0].data(), planes[1].data(), planes[2].data(), pixels.size()};
-            std::vector<int32_t> expected(pixels.size(), -1);
-            std::vector<int32_t> found(pixels.size(), -2);
-            korvane::nearest_colors_scalar(view, palette, expected.data());
-            korvane::nearest_colors(view, palette, found.data());
-            ASSERT_EQ(found, expected) << "seed " << seed;
+            // Bad guesses, which must not matter.
+            std::vector<int32_t> guesses(korvane::kHistogramCells);
+            for (size_t cell = 0; cell < guesses.size(); ++cell) {
+                guesses[cell] = static_cast<int32_t>(cell % entries.size());
+            }
+            korvane::CellPixels sorted;
+            ASSERT_TRUE(
+                sorted.sort({planes[0].data(), planes[1].data(), planes[2].data(), cells.data(), pixels.size()}));
+            ASSERT_EQ(refined(korvane::refine_palette, sorted, palette, guesses),
+                      refined(korvane::refine_palette_scalar, sorted, palette, guesses))
+                << "seed " << seed;
         }
     });
 }
