@@ -13,7 +13,8 @@ if(NOT ANDROID)
     list(APPEND KORVANE_JNI_INCLUDE_DIRS "${KORVANE_JNI_INCLUDE_DIR}/linux")
 endif()
 find_library(KORVANE_EGL_LIBRARY NAMES EGL REQUIRED)
-find_library(KORVANE_GLES_LIBRARY NAMES GLESv2 REQUIRED)
+# Version 3 lies in a library of its own only for the linker of the Android NDK; elsewhere libGLESv2 has it.
+find_library(KORVANE_GLES_LIBRARY NAMES GLESv3 GLESv2 REQUIRED)
 
 target_include_directories(korvane_objects SYSTEM PRIVATE ${JPEG_INCLUDE_DIRS} ${KORVANE_JNI_INCLUDE_DIRS})
 set(KORVANE_LINK_LIBRARIES Threads::Threads ${JPEG_LIBRARIES} ${KORVANE_HWY_LIBRARY} ${KORVANE_EGL_LIBRARY}

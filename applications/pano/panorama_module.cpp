@@ -196,9 +196,13 @@ void PanoramaModule::run() {
 }
 
 void PanoramaModule::endWorker() {
-    m_IsRunning.store(false, std::memory_order_relaxed);
-    // The frame that lets a worker out of its wait; it holds nothing.
-    m_FrameSets.push_back(nullptr);
+    {
+        // A frame that holds nothing, to let a worker out of its wait. While this lock is held the worker is not
+        // looking at the queue: it cannot find itself stopped with nothing queued.
+        const std::lock_guard<Mutex> guard(m_MutexInput);
+        m_IsRunning.store(false, std::memory_order_relaxed);
+        m_FrameSets.push_back(nullptr);
+    }
     join();
     m_FrameSets.clear();
 }

@@ -60,9 +60,8 @@ result_t SuperCapture::init(uint32_t width, uint32_t height, uint32_t format) {
 
 result_t SuperCapture::pushFrame(unsigned char** planes) {
     KORVANE_LOGD(
-        "SuperSensor::pushFrame ..............................................planes[0]:%p, planes[1]:%p, "
-        "planes[2]:%p, "
-        "planes[3]:%p \n",
+        "SuperSensor::pushFrame .............................................."
+        "planes[0]:%p, planes[1]:%p, planes[2]:%p, planes[3]:%p \n",
         static_cast<void*>(planes[0]), static_cast<void*>(planes[1]), static_cast<void*>(planes[2]),
         static_cast<void*>(planes[3]));
     if (all_null(planes)) {

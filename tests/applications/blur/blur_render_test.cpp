@@ -13,16 +13,16 @@ class BlurRenderTest : public JvmTest {
         const jobject render = new_object("com/tervo/media/render/BlurRender", "()V");
         call_void(render, "nativeProcess", "(Landroid/graphics/Bitmap;IIIII)V", bitmap, width, height, radius, color,
                   alpha);
-        env->DeleteLocalRef(render);
     }
 
     // A bitmap of 31 x 23 random pixels, of which the call works on the first width * height.
     std::vector<unsigned char> processed(int width, int height, int radius, int color, int alpha) {
+        EXPECT_EQ(env->PushLocalFrame(32), 0);
         const jobject bitmap = new_bitmap(kWidth, kHeight, m_Before);
         process(bitmap, width, height, radius, color, alpha);
         EXPECT_EQ(lock_count(bitmap), 0);
         std::vector<unsigned char> pixels = bitmap_pixels(bitmap);
-        env->DeleteLocalRef(bitmap);
+        env->PopLocalFrame(nullptr);
         return pixels;
     }
 

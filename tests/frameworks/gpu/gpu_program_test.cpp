@@ -2,12 +2,14 @@
 
 #include <gmock/gmock.h>
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <limits>
+#include <numeric>
 
 #include "frameworks/core/memory.h"
 #include "frameworks/gpu/gpu_image_3d.h"
@@ -106,30 +108,28 @@ TEST_F(GpuProgram, OnePassMakesItsCallsInOrder) {
 }
 
 TEST_F(GpuProgram, DrawsThePicturesTopRowOnTopUnlessVerticesSayOtherwise) {
-    const Bytes red = {255, 0, 0, 255};
-    const Bytes green = {0, 255, 0, 255};
-    const Bytes blue = {0, 0, 255, 255};
-    const Bytes white(4, 255);
-    const auto quad = [](const Bytes& a, const Bytes& b, const Bytes& c, const Bytes& d) {
-        Bytes pixels = a;
-        for (const Bytes* corner : {&b, &c, &d}) {
-            pixels.insert(pixels.end(), corner->begin(), corner->end());
+    // Pictures of two by two pixels: red, green, blue and white.
+    const auto quad = [](const char* colours) {
+        Bytes pixels;
+        for (const char* colour = colours; *colour != '\0'; ++colour) {
+            const auto part = [&](char name) -> unsigned char { return *colour == name || *colour == 'w' ? 255 : 0; };
+            pixels.insert(pixels.end(), {part('r'), part('g'), part('b'), 255});
         }
         return pixels;
     };
-    GPUImage2D image(context(), 2, 2, 4, quad(red, green, blue, white).data());
+    GPUImage2D image(context(), 2, 2, 4, quad("rgbw").data());
     const auto_ptr<GPUProgram> program = make_program(kVertexShader, kCopyShader);
     // Row 0 of what GL reads back is the bottom.
-    EXPECT_EQ(draw(*program, &image, 2, 2), quad(blue, white, red, green));
+    EXPECT_EQ(draw(*program, &image, 2, 2), quad("bwrg"));
     program->setPosVertices(nullptr);
     program->setTexVertices(nullptr);
-    EXPECT_EQ(draw(*program, &image, 2, 2), quad(blue, white, red, green));
+    EXPECT_EQ(draw(*program, &image, 2, 2), quad("bwrg"));
     const float mirrored[8] = {1, 0, 0, 0, 1, 1, 0, 1};
     program->setTexVertices(mirrored);
-    EXPECT_EQ(draw(*program, &image, 2, 2), quad(green, red, white, blue));
+    EXPECT_EQ(draw(*program, &image, 2, 2), quad("grwb"));
     const float turned[8] = {-1, 1, 1, 1, -1, -1, 1, -1};
     program->setPosVertices(turned);
-    EXPECT_EQ(draw(*program, &image, 2, 2), quad(white, blue, green, red));
+    EXPECT_EQ(draw(*program, &image, 2, 2), quad("wbgr"));
     EXPECT_THAT(m_Recorder.take_log(), IsEmpty());
 }
 
@@ -145,88 +145,74 @@ constexpr const char* kUniformsShader =
     "  gl_FragColor = vec4(sum);\n"
     "}\n";
 
+// One of the eleven: sets `count` elements from ints or floats.
+using Setter = std::function<void(GPUProgram&, const char* name, int count, const std::vector<float>* values)>;
+
+template <typename Value>
+Setter setter(void (GPUProgram::*set)(const char*, int, const Value*)) {
+    return [set](GPUProgram& program, const char* name, int count, const std::vector<float>* values) {
+        const std::vector<Value> typed =
+            values ? std::vector<Value>(values->begin(), values->end()) : std::vector<Value>();
+        (program.*set)(name, count, values ? typed.data() : nullptr);
+    };
+}
+
+Setter setter(void (GPUProgram::*set)(const char*, int, bool, const float*)) {
+    return [set](GPUProgram& program, const char* name, int count, const std::vector<float>* values) {
+        (program.*set)(name, count, false, values ? values->data() : nullptr);
+    };
+}
+
 TEST_F(GpuProgram, AllElevenUniformsReadBack) {
-    using SetInts = void (GPUProgram::*)(const char*, int, const int*);
-    using SetFloats = void (GPUProgram::*)(const char*, int, const float*);
-    using SetMatrices = void (GPUProgram::*)(const char*, int, bool, const float*);
     struct Row {
         const char* name;
-        int elements;
-        SetInts ints = nullptr;
-        SetFloats floats = nullptr;
-        SetMatrices matrices = nullptr;
+        size_t elements;
+        Setter set;
     };
     // In the order of their types.
-    const Row rows[] = {{"i1", 1, &GPUProgram::_SetHostValue1iv},
-                        {"i2", 2, &GPUProgram::_SetHostValue2iv},
-                        {"i3", 3, &GPUProgram::_SetHostValue3iv},
-                        {"i4", 4, &GPUProgram::_SetHostValue4iv},
-                        {"f1", 1, nullptr, &GPUProgram::_SetHostValue1fv},
-                        {"f2", 2, nullptr, &GPUProgram::_SetHostValue2fv},
-                        {"f3", 3, nullptr, &GPUProgram::_SetHostValue3fv},
-                        {"f4", 4, nullptr, &GPUProgram::_SetHostValue4fv},
-                        {"m2", 4, nullptr, nullptr, &GPUProgram::_SetHostValueMatrix2fv},
-                        {"m3", 9, nullptr, nullptr, &GPUProgram::_SetHostValueMatrix3fv},
-                        {"m4", 16, nullptr, nullptr, &GPUProgram::_SetHostValueMatrix4fv}};
+    const Row rows[] = {
+        {"i1", 1, setter(&GPUProgram::_SetHostValue1iv)},       {"i2", 2, setter(&GPUProgram::_SetHostValue2iv)},
+        {"i3", 3, setter(&GPUProgram::_SetHostValue3iv)},       {"i4", 4, setter(&GPUProgram::_SetHostValue4iv)},
+        {"f1", 1, setter(&GPUProgram::_SetHostValue1fv)},       {"f2", 2, setter(&GPUProgram::_SetHostValue2fv)},
+        {"f3", 3, setter(&GPUProgram::_SetHostValue3fv)},       {"f4", 4, setter(&GPUProgram::_SetHostValue4fv)},
+        {"m2", 4, setter(&GPUProgram::_SetHostValueMatrix2fv)}, {"m3", 9, setter(&GPUProgram::_SetHostValueMatrix3fv)},
+        {"m4", 16, setter(&GPUProgram::_SetHostValueMatrix4fv)}};
     const auto_ptr<GPUProgram> program = make_program(kVertexShader, kUniformsShader);
     ASSERT_EQ(program->beganCompute(), 1);
     GLint handle = 0;
     glGetIntegerv(GL_CURRENT_PROGRAM, &handle);
-    const auto value = [&](const Row& row, int index) {
-        const std::string name = std::string(row.name) + "[" + std::to_string(index) + "]";
-        const auto id = static_cast<GLuint>(handle);
-        std::vector<float> floats(static_cast<size_t>(row.elements));
-        std::vector<int> ints(floats.size());
-        if (row.ints != nullptr) {
-            glGetUniformiv(id, glGetUniformLocation(id, name.c_str()), ints.data());
-            floats.assign(ints.begin(), ints.end());
-        } else {
-            glGetUniformfv(id, glGetUniformLocation(id, name.c_str()), floats.data());
-        }
-        return floats;
+    const auto value = [&](const Row& row, const char* index) {
+        std::vector<float> values(row.elements);
+        const GLint location =
+            glGetUniformLocation(static_cast<GLuint>(handle), (std::string(row.name) + index).c_str());
+        glGetUniformfv(static_cast<GLuint>(handle), location, values.data());
+        return values;
     };
     int type = 0;
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        const auto count = static_cast<size_t>(row.elements);
-        // Different numbers in each place, before and after.
-        std::vector<float> first, second;
-        std::vector<int> ints;
-        for (size_t i = 0; i < 2 * count; ++i) {
-            (i < count ? first : second).push_back(static_cast<float>(100 * (type + 1)) + static_cast<float>(i));
-            ints.push_back(100 * (type + 1) + static_cast<int>(i));
-        }
-        std::vector<float> both = first;
-        both.insert(both.end(), second.begin(), second.end());
-        if (row.ints != nullptr) {
-            ((*program).*row.ints)(row.name, 2, ints.data());
-            ((*program).*row.ints)(nullptr, 2, ints.data());
-            ((*program).*row.ints)(row.name, 2, nullptr);
-        } else if (row.floats != nullptr) {
-            ((*program).*row.floats)(row.name, 2, both.data());
-            ((*program).*row.floats)(nullptr, 2, both.data());
-            ((*program).*row.floats)(row.name, 2, nullptr);
-        } else {
-            ((*program).*row.matrices)(row.name, 2, false, both.data());
-            ((*program).*row.matrices)(nullptr, 2, false, both.data());
-            ((*program).*row.matrices)(row.name, 2, false, nullptr);
-        }
-        EXPECT_EQ(value(row, 0), first);
-        EXPECT_EQ(value(row, 1), second);
-        if (row.matrices != nullptr) {
-            ((*program).*row.matrices)(row.name, 1, true, first.data());
-            const auto side = static_cast<size_t>(type - 6);
-            EXPECT_EQ(value(row, 0)[1], first[side]);
-            EXPECT_EQ(value(row, 0)[side], first[1]);
-        }
+        // Different numbers in each place of two elements.
+        std::vector<float> both(2 * row.elements);
+        std::iota(both.begin(), both.end(), 100.0F * static_cast<float>(type + 1));
+        std::vector<float> first(both.begin(), both.begin() + static_cast<std::ptrdiff_t>(row.elements));
+        std::vector<float> second(both.begin() + static_cast<std::ptrdiff_t>(row.elements), both.end());
+        row.set(*program, row.name, 2, &both);
+        row.set(*program, nullptr, 1, &second);
+        row.set(*program, row.name, 1, nullptr);
+        EXPECT_EQ(value(row, "[0]"), first);
+        EXPECT_EQ(value(row, "[1]"), second);
 
-        void* last = row.ints != nullptr ? static_cast<void*>(ints.data() + count) : static_cast<void*>(second.data());
+        std::vector<int> ints(second.begin(), second.end());
+        void* last = type < GPU_PROGRAM_PARAMETER_TYPE_FLOAT1 ? static_cast<void*>(ints.data()) : second.data();
         const auto typeCode = static_cast<GPUProgramParameterType>(type++);
         program->setParameters(row.name, typeCode, last);
-        program->setParameters(nullptr, typeCode, last);
+        program->setParameters(nullptr, typeCode, first.data());
         program->setParameters(row.name, typeCode, nullptr);
-        EXPECT_EQ(value(row, 0), second);
+        EXPECT_EQ(value(row, "[0]"), second);
     }
+    const float columns[4] = {1, 2, 3, 4};
+    program->_SetHostValueMatrix2fv("m2", 1, true, columns);
+    EXPECT_THAT(value(rows[8], "[0]"), ElementsAre(1, 3, 2, 4));
     m_Recorder.take();
     float unused[16] = {};
     for (const int unknown : {11, -1, 1 << 20}) {

@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# The commands filter, filters and doctor, on the display that the test was given.
+source "$(dirname "$0")/checks.sh"
+
+accepts scene scene.jpg --size 97x61
+accepts filters
+for name in None Table Distorted Extrusion Mirror Temperature Timetunnel Xray; do
+    holds grep -q "^ImageFilter$name: " out.log
+done
+holds grep -qE '^ +mStrength +float +any +0\.2 ' out.log
+
+accepts doctor
+for line in 'EGL vendor' 'GL renderer' 'limit texture size' 'program binaries'; do
+    holds grep -q "^$line" out.log
+done
+
+# The copy differs from its photo by what JPEG loses only; a mirror image of it does not.
+accepts filter None scene.jpg -o none.jpg
+accepts filter ImageFilterMirror scene.jpg -o mirror.jpg --set mCenterx=0.5
+accepts filter Distorted scene.jpg -o distorted.jpg --set mRadius=0.9 --set mStrength=-2 --set mCentery=0.3
+for picture in none mirror distorted; do
+    holds test -s $picture.jpg
+done
+holds test "$(md5sum <none.jpg)" != "$(md5sum <mirror.jpg)"
+
+accepts scene table.jpg --size 4096x64
+accepts filter Table scene.jpg -o table-out.jpg --table table.jpg --set mStrength=0.5
+
+refuses "no filter 'Sepia'" filter Sepia scene.jpg -o new.jpg
+refuses "no parameter 'mRadius'" filter Mirror scene.jpg -o new.jpg --set mRadius=1
+refuses "needs 1 number" filter Mirror scene.jpg -o new.jpg --set mCenterx=wide
+refuses "needs 8 numbers" filter None scene.jpg -o new.jpg --set mTexVertices=0,0,1
+refuses "write key=value" filter None scene.jpg -o new.jpg --set mTexVertices
+refuses "give it with --table" filter Table scene.jpg -o new.jpg --set mFilterBitmap=1
+refuses "4096 x 64" filter Table scene.jpg -o new.jpg --table scene.jpg
+refuses "takes no lookup table" filter Xray scene.jpg -o new.jpg --table table.jpg
+refuses "none.such" filter Xray none.such -o new.jpg
+unset DISPLAY WAYLAND_DISPLAY
+refuses "no usable EGL display" filter Xray scene.jpg -o new.jpg
+refuses "no usable EGL display" doctor
+finish
