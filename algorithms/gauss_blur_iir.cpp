@@ -43,70 +43,107 @@ constexpr size_t kSlotBytes = kLines * kChannels;
 constexpr size_t kOrder = 4;
 constexpr size_t kLeastLength = 2 * kOrder;  // of a line, for the kernel
 
-using FloatTag = hn::CappedTag<float, kLines>;
+// A recursion alone would mostly wait for its own last value. Two vectors in both directions keep the processor busy;
+// where one vector holds 16 lanes it does so by itself.
+constexpr bool kHasLongVectors = !HWY_HAVE_SCALABLE && hn::MaxLanes(hn::ScalableTag<float>()) >= kLines;
+constexpr size_t kVectors = kHasLongVectors ? 1 : 2;
+using FloatTag = hn::CappedTag<float, kLines / kVectors>;
 using Floats = hn::Vec<FloatTag>;
 
-// What is not zero of the coefficients.
+#define KORVANE_ALWAYS_INLINE HWY_ATTR __attribute__((always_inline))
+
 struct Recursion {
+    Recursion(const float* numerators, const float* denominators, const float* edges) {
+        for (size_t j = 0; j <= kOrder; ++j) {
+            numerator[j] = numerators[j];
+            denominator[j] = denominators[j];
+            edge[j] = numerators[j] - edges[j];
+        }
+    }
+
     float numerator[kOrder + 1];
     float denominator[kOrder + 1];
-    float edge[kOrder + 1];  // what a position beyond the line adds, times the first value
+    float edge[kOrder + 1];  // of a position before the line's start, times the line's first value
 };
 
-Recursion RecursionOf(const float* numerator, const float* denominator, const float* edge) {
-    Recursion recursion;
-    for (size_t j = 0; j <= kOrder; ++j) {
-        recursion.numerator[j] = numerator[j];
-        recursion.denominator[j] = denominator[j];
-        recursion.edge[j] = numerator[j] - edge[j];
-    }
-    return recursion;
-}
+// What a recursion read and gave at its last four steps, by step modulo four, and its line's first value. In memory:
+// the loads hide behind the arithmetic, and registers would not hold it for all the recursions that run at once.
+struct History {
+    HWY_ALIGN float read[kOrder][kLines];
+    HWY_ALIGN float given[kOrder][kLines];
+    HWY_ALIGN float first[kLines];
+};
 
-// Term j of a position with kTerms values before it: the line's own history, or the edge.
+// Term j of a step with kTerms steps before it: from the line's history, or from its edge.
 template <size_t kJ, size_t kTerms>
-HWY_INLINE Floats Term(const Recursion& recursion, Floats initial, Floats s, Floats v) {
+HWY_INLINE Floats Term(const Recursion& recursion, const History& history, size_t step) {
     const FloatTag d;
     if constexpr (kJ > kTerms) {
-        return hn::Mul(hn::Set(d, recursion.edge[kJ]), initial);
+        return hn::Mul(hn::Set(d, recursion.edge[kJ]), hn::Load(d, history.first));
     } else {
-        return hn::Sub(hn::Mul(hn::Set(d, recursion.numerator[kJ]), s),
-                       hn::Mul(hn::Set(d, recursion.denominator[kJ]), v));
+        const size_t at = (step + kOrder - kJ) % kOrder;
+        return hn::Sub(hn::Mul(hn::Set(d, recursion.numerator[kJ]), hn::Load(d, history.read[at])),
+                       hn::Mul(hn::Set(d, recursion.denominator[kJ]), hn::Load(d, history.given[at])));
     }
 }
 
-// Terms are added in the plain form's order. Forwards the denominator of term 0 and the numerator of term 4 are zero.
-template <size_t kTerms>
-HWY_INLINE Floats Forwards(const Recursion& p, Floats initial, Floats s0, Floats s1, Floats s2, Floats s3, Floats v1,
-                           Floats v2, Floats v3, Floats v4) {
+HWY_INLINE Floats Record(Floats read, Floats given, History& history, size_t step) {
     const FloatTag d;
-    Floats sum = hn::Mul(hn::Set(d, p.numerator[0]), s0);
-    sum = hn::Add(sum, Term<1, kTerms>(p, initial, s1, v1));
-    sum = hn::Add(sum, Term<2, kTerms>(p, initial, s2, v2));
-    sum = hn::Add(sum, Term<3, kTerms>(p, initial, s3, v3));
-    if constexpr (kTerms < kOrder) {
-        return hn::Add(sum, Term<4, kTerms>(p, initial, v4, v4));
-    }
-    return hn::Sub(sum, hn::Mul(hn::Set(d, p.denominator[4]), v4));
+    hn::Store(read, d, history.read[step % kOrder]);
+    hn::Store(given, d, history.given[step % kOrder]);
+    return given;
 }
 
-// Backwards all of term 0 is zero.
+// Terms are added in the order of the plain form, without those that are always zero: forwards the denominator's part
+// of term 0 and the numerator's of term 4, backwards all of term 0.
 template <size_t kTerms>
-HWY_INLINE Floats Backwards(const Recursion& m, Floats initial, Floats s1, Floats s2, Floats s3, Floats s4, Floats v1,
-                            Floats v2, Floats v3, Floats v4) {
-    Floats sum = Term<1, kTerms>(m, initial, s1, v1);
-    sum = hn::Add(sum, Term<2, kTerms>(m, initial, s2, v2));
-    sum = hn::Add(sum, Term<3, kTerms>(m, initial, s3, v3));
-    return hn::Add(sum, Term<4, kTerms>(m, initial, s4, v4));
+HWY_INLINE Floats Forwards(const Recursion& p, Floats read, History& history, size_t step) {
+    const FloatTag d;
+    Floats sum = hn::Mul(hn::Set(d, p.numerator[0]), read);
+    sum = hn::Add(sum, Term<1, kTerms>(p, history, step));
+    sum = hn::Add(sum, Term<2, kTerms>(p, history, step));
+    sum = hn::Add(sum, Term<3, kTerms>(p, history, step));
+    if constexpr (kTerms < kOrder) {
+        sum = hn::Add(sum, Term<kOrder, kTerms>(p, history, step));
+    } else {
+        const Floats oldest = hn::Load(d, history.given[step % kOrder]);
+        sum = hn::Sub(sum, hn::Mul(hn::Set(d, p.denominator[kOrder]), oldest));
+    }
+    return Record(read, sum, history, step);
+}
+
+template <size_t kTerms>
+HWY_INLINE Floats Backwards(const Recursion& m, Floats read, History& history, size_t step) {
+    Floats sum = Term<1, kTerms>(m, history, step);
+    sum = hn::Add(sum, Term<2, kTerms>(m, history, step));
+    sum = hn::Add(sum, Term<3, kTerms>(m, history, step));
+    sum = hn::Add(sum, Term<4, kTerms>(m, history, step));
+    return Record(read, sum, history, step);
+}
+
+// Calls `step(i, i % 4)` for a range; where it can, with a number that the compiler knows.
+template <class Step>
+HWY_INLINE void ForEachStep(size_t begin, size_t end, const Step& step) {
+    size_t i = begin;
+    for (; i < end && i % kOrder != 0; ++i) {
+        step(i, i % kOrder);
+    }
+    for (; i + kOrder <= end; i += kOrder) {
+        step(i, 0);
+        step(i + 1, 1);
+        step(i + 2, 2);
+        step(i + 3, 3);
+    }
+    for (; i < end; ++i) {
+        step(i, i % kOrder);
+    }
 }
 
 template <size_t kTerms>
 using Terms = std::integral_constant<size_t, kTerms>;
 
-#define KORVANE_ALWAYS_INLINE HWY_ATTR __attribute__((always_inline))
-
-// Filters one vector of lines in `length` slots, in place. Both recursions run at once, towards each other, which hides
-// half of their latency; where they have met, each finds the other's result in `work` and completes the sum.
+// Filters kVectors vectors of lines in `length` slots, in place. The two directions run at once, towards each other;
+// when they have met, each finds the other's sums in `work`, and the results are complete.
 void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* work, size_t length) {
     const FloatTag d;
     const hn::Rebind<int32_t, FloatTag> dInt;
@@ -114,72 +151,54 @@ void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* 
     const hn::Rebind<uint8_t, FloatTag> dByte;
     const size_t lanes = hn::Lanes(d);
 
-    const auto load = [&](size_t i) KORVANE_ALWAYS_INLINE {
-        return hn::ConvertTo(d, hn::PromoteTo(dInt, hn::LoadU(dByte, slots + i * kSlotBytes)));
+    const auto load = [&](size_t i, size_t v) KORVANE_ALWAYS_INLINE {
+        return hn::ConvertTo(d, hn::PromoteTo(dInt, hn::LoadU(dByte, slots + i * kSlotBytes + v * lanes)));
     };
-    // A NaN fails the comparison and becomes 0.
-    const auto store = [&](Floats sum, size_t i) KORVANE_ALWAYS_INLINE {
+    // A NaN fails the comparison and becomes 0. Added to 2^23, a whole number stands in the lowest bits of the float.
+    const auto store = [&](Floats sum, size_t i, size_t v) KORVANE_ALWAYS_INLINE {
         const Floats positive = hn::IfThenElseZero(hn::Ge(sum, hn::Zero(d)), sum);
-        const auto whole = hn::ConvertTo(dInt, hn::Min(positive, hn::Set(d, 255.0F)));
-        hn::StoreU(hn::U8FromU32(hn::BitCast(dUnsigned, whole)), dByte, slots + i * kSlotBytes);
+        const Floats whole = hn::Trunc(hn::Min(positive, hn::Set(d, 255.0F)));
+        const auto bits = hn::BitCast(dUnsigned, hn::Add(whole, hn::Set(d, 8388608.0F)));
+        hn::StoreU(hn::U8FromU32(bits), dByte, slots + i * kSlotBytes + v * lanes);
     };
+    const auto workAt = [=](size_t i, size_t v) { return work + (i * kVectors + v) * lanes; };
 
-    const Floats firstP = load(0);
-    const Floats firstM = load(length - 1);
-    Floats ps1 = firstP, ps2 = firstP, ps3 = firstP;
-    Floats ms1 = firstM, ms2 = firstM, ms3 = firstM, ms4 = firstM;
-    Floats pv1 = hn::Zero(d), pv2 = pv1, pv3 = pv1, pv4 = pv1;
-    Floats mv1 = pv1, mv2 = pv1, mv3 = pv1, mv4 = pv1;
-
-    const auto forwards = [&](auto terms, size_t i) KORVANE_ALWAYS_INLINE {
-        const Floats s0 = load(i);
-        const Floats v0 = Forwards<terms()>(p, firstP, s0, ps1, ps2, ps3, pv1, pv2, pv3, pv4);
-        ps3 = ps2;
-        ps2 = ps1;
-        ps1 = s0;
-        pv4 = pv3;
-        pv3 = pv2;
-        pv2 = pv1;
-        pv1 = v0;
-        return v0;
-    };
-    const auto backwards = [&](auto terms, size_t i) KORVANE_ALWAYS_INLINE {
-        const Floats v0 = Backwards<terms()>(m, firstM, ms1, ms2, ms3, ms4, mv1, mv2, mv3, mv4);
-        ms4 = ms3;
-        ms3 = ms2;
-        ms2 = ms1;
-        ms1 = load(i);
-        mv4 = mv3;
-        mv3 = mv2;
-        mv2 = mv1;
-        mv1 = v0;
-        return v0;
-    };
-    const auto apart = [&](auto terms, size_t i) KORVANE_ALWAYS_INLINE {
+    History historyP[kVectors] = {};
+    History historyM[kVectors] = {};
+    for (size_t v = 0; v < kVectors; ++v) {
+        hn::Store(load(0, v), d, historyP[v].first);
+        hn::Store(load(length - 1, v), d, historyM[v].first);
+    }
+    const auto apart = [&](auto terms, size_t i, size_t step) KORVANE_ALWAYS_INLINE {
         const size_t mirrored = length - 1 - i;
-        hn::StoreU(forwards(terms, i), d, work + i * lanes);
-        hn::StoreU(backwards(terms, mirrored), d, work + mirrored * lanes);
+        for (size_t v = 0; v < kVectors; ++v) {
+            hn::StoreU(Forwards<terms()>(p, load(i, v), historyP[v], step), d, workAt(i, v));
+            hn::StoreU(Backwards<terms()>(m, load(mirrored, v), historyM[v], step), d, workAt(mirrored, v));
+        }
+    };
+    const auto beyond = [&](size_t i, size_t step) KORVANE_ALWAYS_INLINE {
+        const size_t mirrored = length - 1 - i;
+        for (size_t v = 0; v < kVectors; ++v) {
+            const Floats vp = Forwards<kOrder>(p, load(i, v), historyP[v], step);
+            store(hn::Add(vp, hn::LoadU(d, workAt(i, v))), i, v);
+            const Floats vm = Backwards<kOrder>(m, load(mirrored, v), historyM[v], step);
+            store(hn::Add(hn::LoadU(d, workAt(mirrored, v)), vm), mirrored, v);
+        }
     };
 
     const size_t half = length / 2;
-    apart(Terms<0>(), 0);
-    apart(Terms<1>(), 1);
-    apart(Terms<2>(), 2);
-    apart(Terms<3>(), 3);
-    for (size_t i = kOrder; i < half; ++i) {
-        apart(Terms<kOrder>(), i);
+    apart(Terms<0>(), 0, 0);
+    apart(Terms<1>(), 1, 1);
+    apart(Terms<2>(), 2, 2);
+    apart(Terms<3>(), 3, 3);
+    ForEachStep(kOrder, half, [&](size_t i, size_t step) KORVANE_ALWAYS_INLINE { apart(Terms<kOrder>(), i, step); });
+    for (size_t v = 0; length % 2 != 0 && v < kVectors; ++v) {
+        const Floats read = load(half, v);
+        const Floats vp = Forwards<kOrder>(p, read, historyP[v], half);
+        const Floats vm = Backwards<kOrder>(m, read, historyM[v], half);
+        store(hn::Add(vp, vm), half, v);
     }
-    if (length % 2 != 0) {
-        const Floats sum = hn::Add(forwards(Terms<kOrder>(), half), backwards(Terms<kOrder>(), half));
-        store(sum, half);
-    }
-    for (size_t i = length - half; i < length; ++i) {
-        const size_t mirrored = length - 1 - i;
-        const Floats otherM = hn::LoadU(d, work + i * lanes);
-        const Floats otherP = hn::LoadU(d, work + mirrored * lanes);
-        store(hn::Add(forwards(Terms<kOrder>(), i), otherM), i);
-        store(hn::Add(otherP, backwards(Terms<kOrder>(), mirrored)), mirrored);
-    }
+    ForEachStep(length - half, length, beyond);
 }
 
 class Blur {
@@ -196,66 +215,79 @@ class Blur {
 
     bool HasMemory() const { return m_Slots && m_Work; }
 
+    // A strip of columns at a time. One walk down the rows writes the strip that is done and reads its neighbour: most
+    // of the cost lies in coming to a row.
     void BlurColumns(const gaussiirContext& context) {
-        for (size_t x = 0; x < m_Width; x += kLines) {
-            const size_t count = std::min(kLines, m_Width - x);
+        for (size_t x = 0; x < m_Width + kLines; x += kLines) {
+            const size_t before = x == 0 ? 0 : x - kLines;
+            const size_t count = x < m_Width ? std::min(kLines, m_Width - x) : 0;
             for (size_t y = 0; y < m_Height; ++y) {
-                hwy::Prefetch(Pixel(x, std::min(y + kPrefetchRows, m_Height - 1)));
-                GatherPixels(Pixel(x, y), m_Slots.get() + y * kSlotBytes, count);
+                PrefetchPixels(before, std::min(x, m_Width) + count, y + kPrefetchRows);
+                if (x != 0) {
+                    ScatterPixels(Slot(y), Pixel(before, y), std::min(kLines, m_Width - before));
+                }
+                if (count != 0) {
+                    GatherPixels(Pixel(x, y), Slot(y), count);
+                }
             }
-            Filter(context, m_Height);
-            for (size_t y = 0; y < m_Height; ++y) {
-                hwy::Prefetch(Pixel(x, std::min(y + kPrefetchRows, m_Height - 1)));
-                ScatterPixels(m_Slots.get() + y * kSlotBytes, Pixel(x, y), count);
+            if (count != 0) {
+                Filter(context, m_Height);
             }
         }
     }
 
+    // A band of rows at a time, transposed on its way in and out.
     void BlurRows(const gaussiirContext& context) {
         HWY_ALIGN uint8_t tile[kLines * kSlotBytes] = {};
         for (size_t y = 0; y < m_Height; y += kLines) {
             const size_t rows = std::min(kLines, m_Height - y);
             for (size_t x = 0; x < m_Width; x += kLines) {
-                const size_t count = std::min(kLines, m_Width - x);
                 for (size_t row = 0; row < rows; ++row) {
-                    GatherPixels(Pixel(x, y + row), tile + row * kSlotBytes, count);
+                    GatherPixels(Pixel(x, y + row), tile + row * kSlotBytes, m_Width - x);
                 }
-                TransposeTile(tile, m_Slots.get() + x * kSlotBytes);
+                TransposeTile(tile, Slot(x));
             }
             Filter(context, m_Width);
             for (size_t x = 0; x < m_Width; x += kLines) {
-                const size_t count = std::min(kLines, m_Width - x);
-                TransposeTile(m_Slots.get() + x * kSlotBytes, tile);
+                TransposeTile(Slot(x), tile);
                 for (size_t row = 0; row < rows; ++row) {
-                    ScatterPixels(tile + row * kSlotBytes, Pixel(x, y + row), count);
+                    ScatterPixels(tile + row * kSlotBytes, Pixel(x, y + row), m_Width - x);
                 }
             }
         }
     }
 
   private:
-    static constexpr size_t kPrefetchRows = 16;
+    static constexpr size_t kPrefetchRows = 8;
 
     unsigned char* Pixel(size_t x, size_t y) const {
         return m_Image + static_cast<ptrdiff_t>(y) * m_Stride + static_cast<ptrdiff_t>(x * m_Depth);
     }
 
+    uint8_t* Slot(size_t i) const { return m_Slots.get() + i * kSlotBytes; }
+
+    HWY_INLINE void PrefetchPixels(size_t begin, size_t end, size_t y) const {
+        constexpr size_t kCacheLine = 64;
+        const unsigned char* row = Pixel(0, std::min(y, m_Height - 1));
+        for (size_t at = begin * m_Depth; at < end * m_Depth; at += kCacheLine) {
+            hwy::Prefetch(row + at);
+        }
+    }
+
     void Filter(const gaussiirContext& context, size_t length) {
-        const Recursion p = RecursionOf(context.np, context.dp, context.bp);
-        const Recursion m = RecursionOf(context.nm, context.dm, context.bm);
-        for (size_t at = 0; at < kSlotBytes; at += hn::Lanes(FloatTag())) {
+        const Recursion p(context.np, context.dp, context.bp);
+        const Recursion m(context.nm, context.dm, context.bm);
+        for (size_t at = 0; at < kSlotBytes; at += kVectors * hn::Lanes(FloatTag())) {
             FilterLanes(p, m, m_Slots.get() + at, m_Work.get(), length);
         }
     }
 
-    // Up to kLines neighbouring pixels into the three parts of a slot, one for each channel.
+    // 16 neighbouring pixels, or as many as there are, into a slot: a third of it for each channel.
     HWY_INLINE void GatherPixels(const uint8_t* pixels, uint8_t* slot, size_t count) const {
         const hn::FixedTag<uint8_t, kLines> d;
         if (count < kLines) {
-            for (size_t i = 0; i < count; ++i) {
-                for (size_t c = 0; c < kChannels; ++c) {
-                    slot[c * kLines + i] = pixels[i * m_Depth + c];
-                }
+            for (size_t i = 0; i < count * kChannels; ++i) {
+                slot[i % kChannels * kLines + i / kChannels] = pixels[i / kChannels * m_Depth + i % kChannels];
             }
             return;
         }
@@ -273,10 +305,8 @@ class Blur {
     HWY_INLINE void ScatterPixels(const uint8_t* slot, uint8_t* pixels, size_t count) const {
         const hn::FixedTag<uint8_t, kLines> d;
         if (count < kLines) {
-            for (size_t i = 0; i < count; ++i) {
-                for (size_t c = 0; c < kChannels; ++c) {
-                    pixels[i * m_Depth + c] = slot[c * kLines + i];
-                }
+            for (size_t i = 0; i < count * kChannels; ++i) {
+                pixels[i / kChannels * m_Depth + i % kChannels] = slot[i % kChannels * kLines + i / kChannels];
             }
             return;
         }
@@ -284,15 +314,15 @@ class Blur {
         const auto green = hn::LoadU(d, slot + kLines);
         const auto blue = hn::LoadU(d, slot + 2 * kLines);
         if (m_Depth == 4) {
-            hn::Vec<decltype(d)> before0, before1, before2, rest;
-            hn::LoadInterleaved4(d, pixels, before0, before1, before2, rest);
+            hn::Vec<decltype(d)> oldRed, oldGreen, oldBlue, rest;
+            hn::LoadInterleaved4(d, pixels, oldRed, oldGreen, oldBlue, rest);
             hn::StoreInterleaved4(red, green, blue, rest, d, pixels);
         } else {
             hn::StoreInterleaved3(red, green, blue, d, pixels);
         }
     }
 
-    // kLines slots: the positions along the lines become the lines.
+    // 16 slots: positions along the lines become lines.
     static HWY_INLINE void TransposeTile(const uint8_t* from, uint8_t* to) {
         for (size_t at = 0; at < kSlotBytes; at += kLines) {
             TransposeBytes([=](size_t i) { return from + i * kSlotBytes + at; },
