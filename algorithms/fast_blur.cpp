@@ -61,12 +61,19 @@ void BlurThroughRing(const uint8_t* src, uint8_t* dst, size_t width, size_t heig
     }
 }
 
+// The ring is for images apart, or for one image; only the plain form reads everything before it writes.
+bool OverlapPartly(const void* src, const void* dst, size_t bytes) {
+    const auto from = reinterpret_cast<uintptr_t>(src);
+    const auto to = reinterpret_cast<uintptr_t>(dst);
+    return from != to && std::max(from, to) - std::min(from, to) < bytes;
+}
+
 void FastBlur(const unsigned int* src, unsigned char* dst, int w, int h, int radius) {
     const auto width = static_cast<size_t>(w);
     const auto height = static_cast<size_t>(h);
     const size_t inside = std::min({static_cast<size_t>(radius), width, height});
     const bool isNarrowImage = width * 4 < hn::Lanes(hn::ScalableTag<uint8_t>());
-    if (isNarrowImage || inside > kWideRadius) {
+    if (isNarrowImage || inside > kWideRadius || OverlapPartly(src, dst, width * height * 4)) {
         fast_blur_scalar(src, dst, w, h, radius);
         return;
     }

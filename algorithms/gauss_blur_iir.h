@@ -4,8 +4,8 @@
 // (R. Deriche, "Recursively implementing the Gaussian and its derivatives", INRIA research report 1893, 1993). All is
 // computed in single precision, in one fixed order of terms and without fused operations, so that every processor gives
 // the same bytes. The sums are within about 0.1 grey levels of the true Gaussian for deviations of 1 to 10 pixels (0.5
-// at 0.6) and then cut off to bytes. Beyond some 30 pixels single precision no longer carries the recursion: at 40 the
-// brightness drifts by a few levels, at 60 the picture is lost.
+// at 0.6) and then cut off to bytes. From about 20 pixels on single precision adds errors of its own, at 30 a few
+// levels of brightness; at 60 the picture is lost.
 //
 // Pixels have `depth` bytes, 3 or 4, of which bytes 0, 1 and 2 are blurred; byte 3 stays as it is. While a call runs,
 // the calling thread's floating-point mode flushes denormal numbers to zero (recursions that fade out on black would

@@ -1,7 +1,14 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <memory>
+#include <vector>
 
 #include "algorithms/alpha_blend.h"
+#include "algorithms/fast_blur.h"
+#include "algorithms/gauss_blur.h"
+#include "algorithms/gauss_blur_iir.h"
 #include "algorithms/stack_blur.h"
 #include "tools/colour.h"
 #include "tools/command.h"
@@ -13,18 +20,80 @@ namespace {
 struct BlurOptions {
     std::string input;
     std::string output;
+    std::string method = "stack";
     int radius = 25;
     std::string color = "#000000";
     int alpha = 0;
 };
 
+// Blurs that know one byte a pixel get the channels one by one.
+template <void (*kBlur)(unsigned char*, unsigned char*, int, int, int)>
+void blur_channels(unsigned char* pixels, int width, int height, int radius) {
+    const size_t count = static_cast<size_t>(width) * static_cast<size_t>(height);
+    std::vector<unsigned char> channel(count);
+    std::vector<unsigned char> blurred(count);
+    for (size_t c = 0; c < 3; ++c) {
+        for (size_t i = 0; i < count; ++i) {
+            channel[i] = pixels[i * 4 + c];
+        }
+        kBlur(channel.data(), blurred.data(), width, height, radius);
+        for (size_t i = 0; i < count; ++i) {
+            pixels[i * 4 + c] = blurred[i];
+        }
+    }
+}
+
+void blur_fast(unsigned char* pixels, int width, int height, int radius) {
+    fast_blur(reinterpret_cast<const unsigned int*>(pixels), pixels, width, height, radius);
+}
+
+void blur_recursively(unsigned char* pixels, int width, int height, int radius) {
+    constexpr int kLeastSide = 5;
+    if (std::min(width, height) < kLeastSide) {
+        throw CommandError("--method iir needs a photo of at least 5 x 5 pixels");
+    }
+    const auto distance = static_cast<float>(radius);
+    gaussiir(pixels, width, height, 4, width * 4, distance, distance);
+}
+
+struct Method {
+    const char* name;
+    int maxRadius;
+    void (*blur)(unsigned char* rgba, int width, int height, int radius);
+};
+
+// Beyond a distance of 80 single precision no longer carries the recursive Gaussian.
+constexpr Method kMethods[] = {
+    {"stack", 254, stack_blur}, {"box", 2000, blur_channels<box_blur>}, {"gauss", 2000, blur_channels<gauss_blur>},
+    {"fast", 2000, blur_fast},  {"iir", 80, blur_recursively},
+};
+
+const Method& find_method(const BlurOptions& options) {
+    const Method* method = std::find_if(std::begin(kMethods), std::end(kMethods),
+                                        [&](const Method& candidate) { return options.method == candidate.name; });
+    if (method == std::end(kMethods)) {
+        std::string names;
+        for (const Method& candidate : kMethods) {
+            names += names.empty() ? "" : ", ";
+            names += candidate.name;
+        }
+        throw CommandError("--method: '" + options.method + "' is none of " + names);
+    }
+    if (options.radius < 0 || options.radius > method->maxRadius) {
+        throw CommandError("--radius: " + std::to_string(options.radius) + " is not within 0 to " +
+                           std::to_string(method->maxRadius) + ", the range of --method " + method->name);
+    }
+    return *method;
+}
+
 void blur(const BlurOptions& options) {
+    const Method& method = find_method(options);
     const Colour colour = parse_colour(options.color);
     auto_ptr<Image> photo = read_photo(options.input, IMAGE_FORMAT_TYPE_RGBA);
     unsigned char* pixels = photo->getPlanes()[0];
     const int width = static_cast<int>(photo->getWidth());
     const int height = static_cast<int>(photo->getHeight());
-    stack_blur(pixels, width, height, options.radius);
+    method.blur(pixels, width, height, options.radius);
     alpha_blend(pixels, width * height, colour.red, colour.green, colour.blue, options.alpha);
     write_photo(options.output, photo);
 }
@@ -35,8 +104,14 @@ std::function<void()> setup_blur_command(CLI::App& app) {
     auto options = std::make_shared<BlurOptions>();
     app.add_option("input", options->input, "The photo, a JPEG file")->required();
     app.add_option("-o,--output", options->output, "Where the result goes, a JPEG file")->required();
-    app.add_option("--radius", options->radius, "How far the blur reaches, in pixels")
-        ->check(CLI::Range(0, 254))
+    app.add_option("--method", options->method,
+                   "stack, box (a plain mean), fast (the same, rounded down), gauss (three boxes) or iir (a recursive "
+                   "Gaussian)")
+        ->capture_default_str();
+    app.add_option(
+           "--radius", options->radius,
+           "How far the blur reaches, in pixels: 0 to 254 for stack, to 80 for iir, else to 2000; for gauss it is "
+           "the deviation")
         ->capture_default_str();
     app.add_option("--color", options->color, "The colour to dim towards, as #RRGGBB")->capture_default_str();
     app.add_option("--alpha", options->alpha, "How much of that colour: 0 is none, 256 nothing else")

@@ -2,9 +2,14 @@
 
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <string>
 
 #include "algorithms/alpha_blend_scalar.h"
+#include "algorithms/fast_blur_scalar.h"
+#include "algorithms/flush_denormals.h"
+#include "algorithms/gauss_blur_iir_scalar.h"
+#include "algorithms/gauss_blur_scalar.h"
 #include "algorithms/stack_blur_scalar.h"
 #include "frameworks/io/file_stream.h"
 #include "tests/frameworks/images/jpeg_reference.h"
@@ -24,24 +29,61 @@ size_t bytes_of(Image* image) {
     return static_cast<size_t>(image->getWidth()) * image->getHeight() * static_cast<size_t>(image->getDepthType());
 }
 
+template <typename Blur>
+void blur_channels(const Blur& blur, unsigned char* pixels, int width, int height, int radius) {
+    for (size_t c = 0; c < 3; ++c) {
+        Bytes channel, blurred(static_cast<size_t>(width * height));
+        for (size_t i = c; i < blurred.size() * 4; i += 4) {
+            channel.push_back(pixels[i]);
+        }
+        blur(channel.data(), blurred.data(), width, height, radius);
+        for (size_t i = 0; i < blurred.size(); ++i) {
+            pixels[i * 4 + c] = blurred[i];
+        }
+    }
+}
+
 // The file must equal, byte for byte, what the steps done by hand give, also in the last pixels of an odd count.
 TEST(BlurCommand, BlursThenDims) {
+    const struct {
+        const char* name;
+        std::function<void(unsigned char* pixels, int width, int height, int radius)> blur;
+    } methods[] = {
+        {"stack", stack_blur_scalar},
+        {"box", [](auto... image) { blur_channels(box_blur_scalar, image...); }},
+        {"gauss", [](auto... image) { blur_channels(gauss_blur_scalar, image...); }},
+        {"fast",
+         [](unsigned char* pixels, int width, int height, int radius) {
+             fast_blur_scalar(reinterpret_cast<unsigned int*>(pixels), pixels, width, height, radius);
+         }},
+        {"iir",
+         [](unsigned char* pixels, int width, int height, int radius) {
+             const korvane::FlushDenormals mode;
+             const auto distance = static_cast<float>(radius);
+             gaussiir_scalar(pixels, width, height, 4, width * 4, distance, distance);
+         }},
+    };
     const std::string input = temporary("in"), output = temporary("out"), byHand = temporary("hand");
     auto_ptr<Image> scene = draw_scene(151, 83);
     write_photo(input, scene);
-    ASSERT_EQ(
-        run_program(commands(), {"blur", input, "-o", output, "--radius", "9", "--color", "#F08020", "--alpha", "100"}),
-        0);
-
-    auto_ptr<Image> photo = read_photo(input, IMAGE_FORMAT_TYPE_RGBA);
-    stack_blur_scalar(photo->getPlanes()[0], 151, 83, 9);
-    alpha_blend_scalar(photo->getPlanes()[0], 151 * 83, 0xF0, 0x80, 0x20, 100);
-    write_photo(byHand, photo);
-    auto_ptr<Image> expected = read_photo(byHand);
-    auto_ptr<Image> actual = read_photo(output);
-    ASSERT_EQ(actual->getWidth(), 151u);
-    ASSERT_EQ(actual->getHeight(), 83u);
-    EXPECT_EQ(memcmp(actual->getPlanes()[0], expected->getPlanes()[0], bytes_of(actual.get())), 0);
+    for (const auto& method : methods) {
+        SCOPED_TRACE(method.name);
+        ASSERT_EQ(run_program(commands(), {"blur", input, "-o", output, "--method", method.name, "--radius", "9",
+                                           "--color", "#F08020", "--alpha", "100"}),
+                  0);
+        auto_ptr<Image> photo = read_photo(input, IMAGE_FORMAT_TYPE_RGBA);
+        method.blur(photo->getPlanes()[0], 151, 83, 9);
+        alpha_blend_scalar(photo->getPlanes()[0], 151 * 83, 0xF0, 0x80, 0x20, 100);
+        write_photo(byHand, photo);
+        auto_ptr<Image> expected = read_photo(byHand);
+        auto_ptr<Image> actual = read_photo(output);
+        ASSERT_EQ(actual->getWidth(), 151u);
+        ASSERT_EQ(actual->getHeight(), 83u);
+        EXPECT_EQ(memcmp(actual->getPlanes()[0], expected->getPlanes()[0], bytes_of(actual.get())), 0);
+    }
+    scene = draw_scene(64, 4);
+    write_photo(input, scene);
+    EXPECT_EQ(run_program(commands(), {"blur", input, "-o", output, "--method", "iir"}), 2);
     for (const std::string& path : {input, output, byHand}) {
         remove(path.c_str());
     }

@@ -27,6 +27,9 @@ refuses '--radius.*255' "${blur[@]}" --radius 255
 refuses '--radius.*-1' "${blur[@]}" --radius=-1
 refuses '--radius' "${blur[@]}" --radius 3.5
 refuses '--radius' "${blur[@]}" --radius wide
+refuses "--method.*'median' is none of stack, box, " "${blur[@]}" --method median
+refuses '--radius.*81.*--method iir' "${blur[@]}" --method iir --radius 81
+refuses '--radius.*2001' "${blur[@]}" --method gauss --radius 2001
 refuses '--alpha.*257' "${blur[@]}" --alpha 257
 for colour in '#12345' '#1234567' 'red' '#12345g' '#-12345' '' '##12345'; do
     refuses "'$colour' is not a colour" "${blur[@]}" --color "$colour"
@@ -72,6 +75,9 @@ done
 accepts blur scene.jpg -o target.jpg --radius 254 --color 10aBfF --alpha 256
 cp scene.jpg copy.jpg
 accepts blur copy.jpg -o copy.jpg --radius 0
+for method in stack box gauss fast iir; do
+    accepts blur copy.jpg -o copy.jpg --radius 0 --method $method
+done
 ln -s target.jpg link.jpg
 accepts blur narrow.jpg -o link.jpg
 holds test -L link.jpg
