@@ -26,7 +26,7 @@ struct NarrowDivision {
 // rounded down it is.
 constexpr NarrowDivision narrow_division(size_t radius) {
     const auto divisor = static_cast<uint32_t>(2 * radius + 1);
-    const int shift = std::bit_width(divisor) - 1;
+    const int shift = static_cast<int>(std::bit_width(divisor)) - 1;
     const uint32_t one = uint32_t{65536} << shift;
     const uint32_t up = one / divisor + 1;
     if (255 * (up * divisor - one) < up) {

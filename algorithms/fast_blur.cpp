@@ -97,9 +97,12 @@ namespace korvane {
 HWY_EXPORT(FastBlur);
 }  // namespace korvane
 
+// Where a build has one target only, HWY_DYNAMIC_DISPATCH puts that target's namespace in front of the name.
+using namespace korvane;
+
 void fast_blur(const unsigned int* src, unsigned char* dst, int w, int h, int radius) {
     if (src != nullptr && dst != nullptr && w > 0 && h > 0 && radius > 0) {
-        HWY_DYNAMIC_DISPATCH(korvane::FastBlur)(src, dst, w, h, radius);
+        HWY_DYNAMIC_DISPATCH(FastBlur)(src, dst, w, h, radius);
     }
 }
 

@@ -236,6 +236,9 @@ namespace korvane {
 HWY_EXPORT(DetectCorners);
 }  // namespace korvane
 
+// Where a build has one target only, HWY_DYNAMIC_DISPATCH puts that target's namespace in front of the name.
+using namespace korvane;
+
 namespace {
 
 constexpr int kCircleEntries = 25;
@@ -322,7 +325,7 @@ void fast16(const unsigned char* img, std::vector<KeyPoint>& keypoints, int widt
         return;
     }
     try {
-        HWY_DYNAMIC_DISPATCH(korvane::DetectCorners)(img, keypoints, frame, *params);
+        HWY_DYNAMIC_DISPATCH(DetectCorners)(img, keypoints, frame, *params);
     } catch (const std::bad_alloc&) {
         keypoints.clear();
     }

@@ -112,6 +112,9 @@ bool is_image(const unsigned char* src, const unsigned char* dst, int width, int
 }  // namespace
 }  // namespace korvane
 
+// Where a build has one target only, HWY_DYNAMIC_DISPATCH puts that target's namespace in front of the name.
+using namespace korvane;
+
 void box_blurH(const unsigned char* src, unsigned char* dst, int width, int height, int radius) {
     if (!korvane::is_image(src, dst, width, height)) {
         return;
@@ -121,7 +124,7 @@ void box_blurH(const unsigned char* src, unsigned char* dst, int width, int heig
     const size_t inside = korvane::radius_within(radius, width);
     if (inside == 0) {
         std::memcpy(dst, src, columns * rows);
-    } else if (!HWY_DYNAMIC_DISPATCH(korvane::BoxRows)(src, dst, columns, rows, inside)) {
+    } else if (!HWY_DYNAMIC_DISPATCH(BoxRows)(src, dst, columns, rows, inside)) {
         box_blurH_scalar(src, dst, width, height, radius);
     }
 }
@@ -135,7 +138,7 @@ void box_blurV(const unsigned char* src, unsigned char* dst, int width, int heig
     const size_t inside = korvane::radius_within(radius, height);
     if (inside == 0) {
         std::memcpy(dst, src, columns * rows);
-    } else if (!HWY_DYNAMIC_DISPATCH(korvane::BoxColumns)(src, dst, columns, rows, inside)) {
+    } else if (!HWY_DYNAMIC_DISPATCH(BoxColumns)(src, dst, columns, rows, inside)) {
         box_blurV_scalar(src, dst, width, height, radius);
     }
 }
@@ -148,7 +151,7 @@ void box_blur(unsigned char* src, unsigned char* dst, int width, int height, int
     const auto rows = static_cast<size_t>(height);
     const size_t inside = korvane::radius_within(radius, width);
     // The kernel blurs rows in place; the plain form needs the copy.
-    if (inside != 0 && !HWY_DYNAMIC_DISPATCH(korvane::BoxRows)(src, src, columns, rows, inside)) {
+    if (inside != 0 && !HWY_DYNAMIC_DISPATCH(BoxRows)(src, src, columns, rows, inside)) {
         std::memcpy(dst, src, columns * rows);
         box_blurH_scalar(dst, src, width, height, radius);
     }

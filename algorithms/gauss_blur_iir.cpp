@@ -375,13 +375,16 @@ namespace korvane {
 HWY_EXPORT(GaussIir);
 }  // namespace korvane
 
+// Where a build has one target only, HWY_DYNAMIC_DISPATCH puts that target's namespace in front of the name.
+using namespace korvane;
+
 void gaussiir(unsigned char* image, int width, int height, int depth, int stride, float horz, float vert) {
     const bool isBlurring = horz > 0.0F && vert > 0.0F;  // false for a NaN
     if (image == nullptr || !isBlurring || width < 5 || height < 5 || (depth != 3 && depth != 4)) {
         return;
     }
     const korvane::FlushDenormals mode;
-    HWY_DYNAMIC_DISPATCH(korvane::GaussIir)(image, width, height, depth, stride, horz, vert);
+    HWY_DYNAMIC_DISPATCH(GaussIir)(image, width, height, depth, stride, horz, vert);
 }
 
 void blur_line(gaussiirContext* ctx, const unsigned char* src, unsigned char* dst, int width, int depth) {

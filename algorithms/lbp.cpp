@@ -231,6 +231,9 @@ HWY_EXPORT(AddVector);
 HWY_EXPORT(SubtractVector);
 }  // namespace korvane
 
+// Where a build has one target only, HWY_DYNAMIC_DISPATCH puts that target's namespace in front of the name.
+using namespace korvane;
+
 void make_offsets(int* offsets, unsigned int stride) {
     if (offsets == nullptr) {
         return;
@@ -246,14 +249,14 @@ void make_offsets(int* offsets, unsigned int stride) {
 void lbp_pyr_features(char* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                       unsigned short img_nCols) {
     if (vec != nullptr) {
-        HWY_DYNAMIC_DISPATCH(korvane::Features)(vec, vec_nDim, img, img_nRows, img_nCols);
+        HWY_DYNAMIC_DISPATCH(Features)(vec, vec_nDim, img, img_nRows, img_nCols);
     }
 }
 
 void lbp_pyr_features_sparse(unsigned int* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                              unsigned short img_nCols) {
     if (vec != nullptr) {
-        HWY_DYNAMIC_DISPATCH(korvane::FeaturesSparse)(vec, vec_nDim, img, img_nRows, img_nCols);
+        HWY_DYNAMIC_DISPATCH(FeaturesSparse)(vec, vec_nDim, img, img_nRows, img_nCols);
     }
 }
 
@@ -262,20 +265,20 @@ double lbp_pyr_dotprod(double* vec, unsigned int vec_nDim, unsigned int* img, un
     if (vec == nullptr) {
         return 0.0;
     }
-    return HWY_DYNAMIC_DISPATCH(korvane::DotProduct)(vec, vec_nDim, img, img_nRows, img_nCols);
+    return HWY_DYNAMIC_DISPATCH(DotProduct)(vec, vec_nDim, img, img_nRows, img_nCols);
 }
 
 void lbp_pyr_addvec(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                     unsigned short img_nCols) {
     if (vec != nullptr) {
-        HWY_DYNAMIC_DISPATCH(korvane::AddVector)(vec, vec_nDim, img, img_nRows, img_nCols);
+        HWY_DYNAMIC_DISPATCH(AddVector)(vec, vec_nDim, img, img_nRows, img_nCols);
     }
 }
 
 void lbp_pyr_subvec(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                     unsigned short img_nCols) {
     if (vec != nullptr) {
-        HWY_DYNAMIC_DISPATCH(korvane::SubtractVector)(vec, vec_nDim, img, img_nRows, img_nCols);
+        HWY_DYNAMIC_DISPATCH(SubtractVector)(vec, vec_nDim, img, img_nRows, img_nCols);
     }
 }
 

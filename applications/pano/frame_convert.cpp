@@ -78,6 +78,9 @@ HWY_EXPORT(CopyBytes);
 HWY_EXPORT(SplitPairs);
 }  // namespace korvane
 
+// Where a build has one target only, HWY_DYNAMIC_DISPATCH puts that target's namespace in front of the name.
+using namespace korvane;
+
 namespace {
 
 enum class ChromaOrder { kUV, kVU };
@@ -89,8 +92,8 @@ void convert_to_yv12(const unsigned char* src, unsigned char* dst, int width, in
     const size_t luma = static_cast<size_t>(width) * static_cast<size_t>(height);
     unsigned char* v = dst + luma;
     unsigned char* u = dst + luma * 5 / 4;
-    HWY_DYNAMIC_DISPATCH(korvane::CopyBytes)(src, dst, luma);
-    HWY_DYNAMIC_DISPATCH(korvane::SplitPairs)
+    HWY_DYNAMIC_DISPATCH(CopyBytes)(src, dst, luma);
+    HWY_DYNAMIC_DISPATCH(SplitPairs)
     (src + luma, order == ChromaOrder::kUV ? u : v, order == ChromaOrder::kUV ? v : u, luma / 4);
 }
 
