@@ -1,5 +1,4 @@
 // The Java renderer's filters, called from Java in the library that an application loads.
-#include <GLES3/gl3.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,9 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "frameworks/core/auto_ptr.h"
-#include "frameworks/gpu/gpu_engine.h"
 #include "tests/applications/filters/reference_filters.h"
+#include "tests/support/gl_surface.h"
 #include "tests/support/jvm.h"
 #include "tests/support/standard_error.h"
 
@@ -140,35 +138,6 @@ struct InvertingTable {
     }
     std::vector<unsigned char> rgba;
     ReferenceImage reference{4096, 64, 3, {}};
-};
-
-// A context of the application's own, current on this thread.
-class Surface {
-  public:
-    Surface(int width, int height)
-        : m_Width(width),
-          m_Height(height),
-          m_Engine(new GPUEngine(nullptr, static_cast<uint32_t>(width), static_cast<uint32_t>(height))) {
-        EXPECT_TRUE(m_Engine->setup());
-        m_Engine->startup();
-    }
-    ~Surface() {
-        m_Engine->close();
-        m_Engine->destroy();
-    }
-    Surface(const Surface&) = delete;
-    Surface& operator=(const Surface&) = delete;
-
-    std::vector<unsigned char> pixels() const {
-        std::vector<unsigned char> bytes(static_cast<size_t>(m_Width) * static_cast<size_t>(m_Height) * 4);
-        glReadPixels(0, 0, m_Width, m_Height, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
-        return bytes;
-    }
-
-  private:
-    int m_Width;
-    int m_Height;
-    auto_ptr<GPUEngine> m_Engine;
 };
 
 // No parameter is a boolean, an int or a double; a filter reads the bytes of such a value as its own type, so these
@@ -353,7 +322,7 @@ TEST_F(FiltersRender, TakesALookupTableAsABitmap) {
 TEST_F(FiltersRender, DrawsOnTheApplicationsSurface) {
     const ReferenceImage input = smooth_picture(40, 30);
     const jobject bitmap = new_bitmap(40, 30, input.pixels);
-    Surface surface(40, 30);
+    GlSurface surface(40, 30);
     jlong handle = 0;
     Lines lines;
     {
@@ -395,13 +364,7 @@ TEST_F(FiltersRender, DrawsOnTheApplicationsSurface) {
     }
     EXPECT_EQ(lines, Lines{entry("nativeOnSurfaceDestroyed pImageFilterBaseGL:") + pointer(handle)});
 
-    GLuint texture = 0;
-    glGenTextures(1, &texture);
-    glBindTexture(GL_TEXTURE_2D, texture);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 40, 30, 0, GL_RGBA, GL_UNSIGNED_BYTE, input.pixels.data());
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    const GLuint texture = new_texture(40, 30, input.pixels.data());
     handle = create_on_surface("ImageFilterXray", GL_TEXTURE_2D);
     {
         StandardErrorCapture capture;
@@ -496,7 +459,7 @@ TEST_F(FiltersRender, ManyLivesTakeNoMoreMemoryThanAFew) {
         call_void(m_Render, "nativeProcess", kBitmap, handle, bitmap);
         destroy(handle);
     });
-    Surface surface(8, 8);
+    GlSurface surface(8, 8);
     live("on a surface", [&](const char* name) {
         const jlong handle = create_on_surface(name, 1);
         ASSERT_NE(handle, 0);

@@ -1,13 +1,12 @@
 #include "frameworks/gpu/gpu_image_2d.h"
 
-#include <EGL/eglext.h>
-#include <GLES2/gl2ext.h>
 #include <gmock/gmock.h>
 
 #include <limits>
 
 #include "frameworks/gpu/gpu_image_3d.h"
 #include "tests/frameworks/gpu/gpu_fixture.h"
+#include "tests/support/gl_surface.h"
 #include "tests/support/random_bytes.h"
 
 namespace {
@@ -300,32 +299,14 @@ TEST_F(GpuImage, WrappedTexturesSurviveUnlessHandedOver) {
 TEST_F(GpuImage, ExternalTextureThroughAnEglImageIsDrawn) {
     const Bytes pixels = random_bytes(5 * 3 * 4, 6);
     GPUImage2D source(context(), 5, 3, 4, pixels.data());
-    const auto createImage = reinterpret_cast<PFNEGLCREATEIMAGEKHRPROC>(eglGetProcAddress("eglCreateImageKHR"));
-    const auto destroyImage = reinterpret_cast<PFNEGLDESTROYIMAGEKHRPROC>(eglGetProcAddress("eglDestroyImageKHR"));
-    const auto setImage =
-        reinterpret_cast<PFNGLEGLIMAGETARGETTEXTURE2DOESPROC>(eglGetProcAddress("glEGLImageTargetTexture2DOES"));
-    ASSERT_TRUE(createImage != nullptr && destroyImage != nullptr && setImage != nullptr);
-    EGLDisplay display = context()->getEGLDisplay();
-    EGLImageKHR shared = createImage(display, context()->getEGLContext(), EGL_GL_TEXTURE_2D_KHR,
-                                     reinterpret_cast<EGLClientBuffer>(uintptr_t{source.getTextureID()}), nullptr);
-    ASSERT_NE(shared, EGL_NO_IMAGE_KHR);
-    GLuint name = 0;
-    glGenTextures(1, &name);
-    glBindTexture(GL_TEXTURE_EXTERNAL_OES, name);
-    setImage(GL_TEXTURE_EXTERNAL_OES, shared);
-    glTexParameteri(GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-    glTexParameteri(GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-    glBindTexture(GL_TEXTURE_EXTERNAL_OES, 0);
-
-    GPUImage2D camera(context(), name, 5, 3, 5, false, true);
-    const std::string fragment = std::string("#extension GL_OES_EGL_image_external : require\n") + kCopyShader;
-    std::string external = fragment;
-    external.replace(external.find("sampler2D"), 9, "samplerExternalOES");
-    const auto_ptr<GPUProgram> program = make_program(kVertexShader, external.c_str());
+    const ExternalTexture external(source.getTextureID());
+    GPUImage2D camera(context(), external.name(), 5, 3, 5, false, true);
+    std::string fragment = std::string("#extension GL_OES_EGL_image_external : require\n") + kCopyShader;
+    fragment.replace(fragment.find("sampler2D"), 9, "samplerExternalOES");
+    const auto_ptr<GPUProgram> program = make_program(kVertexShader, fragment.c_str());
     m_Recorder.take();
     EXPECT_EQ(draw(*program, &camera, 5, 3), upside_down(pixels, 5));
     EXPECT_THAT(m_Recorder.take_log(), IsEmpty());
-    destroyImage(display, shared);
 }
 
 }  // namespace

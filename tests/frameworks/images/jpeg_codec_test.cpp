@@ -118,6 +118,13 @@ Bytes pixels_of(Image* image) {
     return first == nullptr ? Bytes() : Bytes(first, first + count);
 }
 
+Bytes read_file(const char* path) {
+    FileStream in(path, FileStream::FILE_MODE_ONLY_READ);
+    Bytes file(in.getLength());
+    EXPECT_EQ(in.read(file.data(), file.size()), file.size());
+    return file;
+}
+
 // Encodes to a file on disk and gives back its bytes.
 Bytes encode_to_disk(const char* path, auto_ptr<Image>& image, int quality) {
     auto_ptr<ImageEncoderFactory> factory(new ImageEncoderFactory);
@@ -126,10 +133,7 @@ Bytes encode_to_disk(const char* path, auto_ptr<Image>& image, int quality) {
         auto_ptr<Stream> out(new FileStream(path, FileStream::FILE_MODE_ONLY_WRITE));
         EXPECT_TRUE(encoder->encode(out, image, quality));
     }
-    FileStream in(path, FileStream::FILE_MODE_ONLY_READ);
-    Bytes file(in.getLength());
-    EXPECT_EQ(in.read(file.data(), file.size()), file.size());
-    return file;
+    return read_file(path);
 }
 
 struct NamedFormat {
@@ -169,6 +173,13 @@ TEST(JpegCodec, RoundTripsOnDiskEqualAPlainLibjpegLoop) {
             EXPECT_EQ(pixels_of(decoded.get()), reference_decode(file));
         }
     }
+
+    const Bytes photo = read_file(KORVANE_TEST_PHOTO);
+    auto_ptr<Image> image = witness();
+    ASSERT_TRUE(decode(photo, image));
+    const Bytes pixels = pixels_of(image.get());
+    EXPECT_EQ(pixels, reference_decode(photo));
+    EXPECT_EQ(encode_to_disk(path.c_str(), image, 90), reference_encode(pixels, 512, 600, {}));
     remove(path.c_str());
 }
 
