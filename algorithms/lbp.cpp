@@ -66,6 +66,14 @@ HWY_INLINE V Pattern(D d, V left0, V left1, V left2, V above, V centre, V below,
     return hn::Or(hn::Or(left, own), right);
 }
 
+// Columns are too short for the processor to foresee the next ones by itself. What lies `distance` elements further on
+// may be past the end.
+template <int kIsWritten>
+HWY_INLINE void FetchAhead(const unsigned int* from, size_t distance) {
+    const uintptr_t address = reinterpret_cast<uintptr_t>(from) + distance * sizeof(*from);
+    __builtin_prefetch(reinterpret_cast<const void*>(address), kIsWritten);
+}
+
 // slots[i] = first + 256 * i + pattern of centre[i], for `count` pixels of each of `kColumns` columns, one after the
 // other in `slots` at a distance of `slotStride`. Counts are at least one vector; the last one overlaps its neighbour.
 // Columns done together share what they load.
@@ -83,6 +91,10 @@ HWY_INLINE void ListWholeVectors(D d, const unsigned int* centre, size_t stride,
         unsigned int block = first + 256 * static_cast<unsigned int>(at);
         for (size_t c = 0; c < kColumns; ++c) {
             column += stride;
+            if (kColumns > 1) {
+                FetchAhead<0>(column, kColumns * stride);
+                FetchAhead<1>(slots + at, (kColumns + c) * slotStride);
+            }
             const auto right0 = hn::LoadU(d, column - 1);
             const auto right1 = hn::LoadU(d, column);
             const auto right2 = hn::LoadU(d, column + 1);

@@ -8,7 +8,7 @@
 namespace korvane {
 
 constexpr size_t kLbpSlotsPerPosition = 256;
-constexpr size_t kLbpColumnsAtOnce = 4;
+constexpr size_t kLbpColumnsAtOnce = 8;
 
 // One level of a pyramid in place: `rows` x `cols` values, columns `stride` elements apart.
 struct LbpLevel {
