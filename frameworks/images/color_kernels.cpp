@@ -79,6 +79,81 @@ HWY_INLINE void StoreLowBytes(LaneVector lanes, uint8_t* to) {
 
 #if HWY_ARCH_X86
 
+// Even and odd pixels, clamped to bytes, for StoreClamped.
+HWY_INLINE ByteVector Clamped(SignedVector even, SignedVector odd) {
+#if HWY_MAX_BYTES == 64
+    return ByteVector{_mm512_packus_epi16(even.raw, odd.raw)};
+#elif HWY_MAX_BYTES == 32
+    return ByteVector{_mm256_packus_epi16(even.raw, odd.raw)};
+#else
+    return ByteVector{_mm_packus_epi16(even.raw, odd.raw)};
+#endif
+}
+
+#endif
+
+#if HWY_TARGET == HWY_AVX3_DL
+
+// Any byte of two vectors goes anywhere in one instruction, and any byte of a third in another.
+struct ThreeVectorTable {
+    uint8_t fromFirstTwo[64];
+    uint8_t fromThird[64];
+    uint64_t isFromThird;
+};
+
+// To a vector for each channel, and from vectors as Clamped leaves them to bytes in memory order.
+struct ThreeChannelTables {
+    ThreeVectorTable toChannel[3];
+    ThreeVectorTable toBytes[3];
+};
+
+constexpr ThreeChannelTables make_three_channel_tables() {
+    ThreeChannelTables tables{};
+    const auto set = [](ThreeVectorTable& table, size_t to, size_t from) {
+        if (from < 128) {
+            table.fromFirstTwo[to] = static_cast<uint8_t>(from);
+        } else {
+            table.fromThird[to] = static_cast<uint8_t>(from - 128);
+            table.isFromThird |= uint64_t{1} << to;
+        }
+    };
+    for (size_t k = 0; k < 3; ++k) {
+        for (size_t j = 0; j < 64; ++j) {
+            set(tables.toChannel[k], j, 3 * j + k);
+            const size_t channel = (64 * k + j) % 3;
+            const size_t pixel = (64 * k + j) / 3;
+            set(tables.toBytes[k], j, 64 * channel + pixel / 16 * 16 + pixel % 2 * 8 + pixel % 16 / 2);
+        }
+    }
+    return tables;
+}
+
+alignas(64) constexpr ThreeChannelTables kThreeChannels = make_three_channel_tables();
+
+HWY_INLINE ByteVector FromThree(const ThreeVectorTable& table, ByteVector a, ByteVector b, ByteVector c) {
+    const ByteTag d;
+    const __m512i two = _mm512_permutex2var_epi8(a.raw, hn::LoadU(d, table.fromFirstTwo).raw, b.raw);
+    return ByteVector{_mm512_mask_permutexvar_epi8(two, table.isFromThird, hn::LoadU(d, table.fromThird).raw, c.raw)};
+}
+
+HWY_INLINE void LoadPixels(const uint8_t* rgb, ByteVector& r, ByteVector& g, ByteVector& b) {
+    const ByteTag d;
+    const ByteVector bytes0 = hn::LoadU(d, rgb);
+    const ByteVector bytes1 = hn::LoadU(d, rgb + 64);
+    const ByteVector bytes2 = hn::LoadU(d, rgb + 128);
+    r = FromThree(kThreeChannels.toChannel[0], bytes0, bytes1, bytes2);
+    g = FromThree(kThreeChannels.toChannel[1], bytes0, bytes1, bytes2);
+    b = FromThree(kThreeChannels.toChannel[2], bytes0, bytes1, bytes2);
+}
+
+HWY_INLINE void StoreClamped(ByteVector r, ByteVector g, ByteVector b, uint8_t* rgb) {
+    for (size_t k = 0; k < 3; ++k) {
+        hn::StoreU(FromThree(kThreeChannels.toBytes[k], r, g, b), ByteTag(), rgb + 64 * k);
+    }
+}
+
+#elif HWY_ARCH_X86
+
 // Without instructions that interleave by three, the 48 bytes of 16 pixels are three blocks in which byte j of block k
 // belongs to channel (k + j) mod 3. For each j, each channel has one block: blending by j mod 3 parts the blocks into
 // channels or joins channels to blocks, and one shuffle a channel orders its bytes. Packing leaves the even pixels of a
@@ -131,17 +206,6 @@ HWY_INLINE void LoadBlocksInTurn(D d, const uint8_t* from, V& a, V& b, V& c) {
         b = hn::Combine(d, b1, b0);
         c = hn::Combine(d, c1, c0);
     }
-}
-
-// Even and odd pixels, clamped to bytes, for StoreClamped.
-HWY_INLINE ByteVector Clamped(SignedVector even, SignedVector odd) {
-#if HWY_MAX_BYTES == 64
-    return ByteVector{_mm512_packus_epi16(even.raw, odd.raw)};
-#elif HWY_MAX_BYTES == 32
-    return ByteVector{_mm256_packus_epi16(even.raw, odd.raw)};
-#else
-    return ByteVector{_mm_packus_epi16(even.raw, odd.raw)};
-#endif
 }
 
 template <class D, class V>
@@ -402,8 +466,50 @@ HWY_INLINE SignedVector Centred(LaneVector bytes) {
     return hn::Sub(hn::BitCast(d, hn::ShiftLeft<kShift>(bytes)), hn::Set(d, kOffset << kShift));
 }
 
-HWY_INLINE SignedVector LumaTerm(LaneVector y) {
-    return Truncated(Centred<16, 2>(y), kLumaFromY);
+// Four times what the even and what the odd bytes lie above 16.
+#if HWY_ARCH_X86
+
+// The other byte of each pair becomes an 8, so that one instruction gives 4 * byte - 8 * 8.
+HWY_INLINE SignedVector PairProducts(ByteVector bytes, SignedVector factors) {
+#if HWY_MAX_BYTES == 64
+    return SignedVector{_mm512_maddubs_epi16(bytes.raw, factors.raw)};
+#elif HWY_MAX_BYTES == 32
+    return SignedVector{_mm256_maddubs_epi16(bytes.raw, factors.raw)};
+#else
+    return SignedVector{_mm_maddubs_epi16(bytes.raw, factors.raw)};
+#endif
+}
+
+HWY_INLINE SignedVector EvenQuarters(ByteVector y) {
+    const LaneTag d;
+    const LaneVector pairs = hn::OrAnd(hn::Set(d, 0x0800), hn::BitCast(d, y), hn::Set(d, 0x00FF));
+    return PairProducts(hn::BitCast(ByteTag(), pairs), hn::Set(SignedTag(), -8 * 256 + 4));
+}
+
+HWY_INLINE SignedVector OddQuarters(ByteVector y) {
+    const LaneTag d;
+    const LaneVector pairs = hn::OrAnd(hn::Set(d, 0x0008), hn::BitCast(d, y), hn::Set(d, 0xFF00));
+    return PairProducts(hn::BitCast(ByteTag(), pairs), hn::Set(SignedTag(), 4 * 256 + 0xF8));
+}
+
+#else
+
+HWY_INLINE SignedVector EvenQuarters(ByteVector y) {
+    return Centred<16, 2>(Even(y));
+}
+
+HWY_INLINE SignedVector OddQuarters(ByteVector y) {
+    return Centred<16, 2>(Odd(y));
+}
+
+#endif
+
+HWY_INLINE SignedVector EvenLuma(ByteVector y) {
+    return Truncated(EvenQuarters(y), kLumaFromY);
+}
+
+HWY_INLINE SignedVector OddLuma(ByteVector y) {
+    return Truncated(OddQuarters(y), kLumaFromY);
 }
 
 HWY_INLINE SignedVector ChromaEighths(LaneVector chroma) {
@@ -421,31 +527,30 @@ HWY_INLINE void StoreDecoded(SignedVector evenLuma, SignedVector evenRed, Signed
 }
 
 // The same where even and odd neighbours share their chroma.
-HWY_INLINE void StoreDecodedPairs(LaneVector yEven, LaneVector yOdd, SignedVector red, SignedVector green,
+HWY_INLINE void StoreDecodedPairs(SignedVector evenLuma, SignedVector oddLuma, SignedVector red, SignedVector green,
                                   SignedVector blue, uint8_t* rgb) {
-    StoreDecoded(LumaTerm(yEven), red, green, blue, LumaTerm(yOdd), red, green, blue, rgb);
+    StoreDecoded(evenLuma, red, green, blue, oddLuma, red, green, blue, rgb);
 }
 
-HWY_INLINE void StoreDecodedPairs(LaneVector yEven, LaneVector yOdd, LaneVector uBytes, LaneVector vBytes,
+HWY_INLINE void StoreDecodedPairs(SignedVector evenLuma, SignedVector oddLuma, LaneVector uBytes, LaneVector vBytes,
                                   uint8_t* rgb) {
     const SignedVector u = ChromaEighths(uBytes);
     const SignedVector v = ChromaEighths(vBytes);
     const SignedVector green = hn::Add(Truncated(u, kGreenFromU), Truncated(v, kGreenFromV));
-    StoreDecodedPairs(yEven, yOdd, Truncated(v, kRedFromV), green, Truncated(u, kBlueFromU), rgb);
+    StoreDecodedPairs(evenLuma, oddLuma, Truncated(v, kRedFromV), green, Truncated(u, kBlueFromU), rgb);
 }
 
 template <bool kUFirst>
 HWY_INLINE void DecodePackedPairs(const uint8_t* packed, uint8_t* rgb, size_t pairs, ColorKernels::Packed tail) {
-    const LaneTag d;
-    const LaneVector low = hn::Set(d, 0x00FF);
-    const size_t step = hn::Lanes(d);
+    const size_t step = hn::Lanes(LaneTag());
     size_t i = 0;
     for (; i + step <= pairs; i += step) {
         LaneVector even, odd;
         LoadWords(packed + 4 * i, even, odd);
         const LaneVector u = hn::ShiftRight<8>(kUFirst ? even : odd);
         const LaneVector v = hn::ShiftRight<8>(kUFirst ? odd : even);
-        StoreDecodedPairs(hn::And(even, low), hn::And(odd, low), u, v, rgb + 6 * i);
+        StoreDecodedPairs(EvenLuma(hn::BitCast(ByteTag(), even)), EvenLuma(hn::BitCast(ByteTag(), odd)), u, v,
+                          rgb + 6 * i);
     }
     tail(packed + 4 * i, rgb + 6 * i, pairs - i);
 }
@@ -467,7 +572,7 @@ void Yuv422p2Rgb(const uint8_t* yPlane, const uint8_t* uPlane, const uint8_t* vP
         const ByteVector y = hn::LoadU(ByteTag(), yPlane + 2 * i);
         const LaneVector u = hn::PromoteTo(d, hn::LoadU(dHalf, uPlane + i));
         const LaneVector v = hn::PromoteTo(d, hn::LoadU(dHalf, vPlane + i));
-        StoreDecodedPairs(Even(y), Odd(y), u, v, rgb + 6 * i);
+        StoreDecodedPairs(EvenLuma(y), OddLuma(y), u, v, rgb + 6 * i);
     }
     kColorKernelsScalar.yuv422p2rgb(yPlane + 2 * i, uPlane + i, vPlane + i, rgb + 6 * i, pairs - i);
 }
@@ -502,7 +607,7 @@ HWY_INLINE void StoreDecodedQuads(const uint8_t* yFrom, LaneVector chroma, uint8
     const SignedVector first = InEachQuad(outer, kFirstLane);
     const SignedVector second = InEachQuad(outer, kSecondLane);
     const ByteVector y = hn::LoadU(ByteTag(), yFrom);
-    StoreDecodedPairs(Even(y), Odd(y), kUFirst ? second : first, green, kUFirst ? first : second, rgb);
+    StoreDecodedPairs(EvenLuma(y), OddLuma(y), kUFirst ? second : first, green, kUFirst ? first : second, rgb);
 }
 
 void Yv12OrYu122Rgb(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, size_t quads) {
@@ -550,9 +655,9 @@ void Yuv2Rgb(const uint8_t* yuv, uint8_t* rgb, size_t pixels) {
         const SignedVector uOdd = ChromaEighths(Odd(u));
         const SignedVector vEven = ChromaEighths(Even(v));
         const SignedVector vOdd = ChromaEighths(Odd(v));
-        StoreDecoded(LumaTerm(Even(y)), Truncated(vEven, kRedFromV),
+        StoreDecoded(EvenLuma(y), Truncated(vEven, kRedFromV),
                      hn::Add(Truncated(uEven, kGreenFromU), Truncated(vEven, kGreenFromV)),
-                     Truncated(uEven, kBlueFromU), LumaTerm(Odd(y)), Truncated(vOdd, kRedFromV),
+                     Truncated(uEven, kBlueFromU), OddLuma(y), Truncated(vOdd, kRedFromV),
                      hn::Add(Truncated(uOdd, kGreenFromU), Truncated(vOdd, kGreenFromV)), Truncated(uOdd, kBlueFromU),
                      rgb + 3 * i);
     }
