@@ -2,6 +2,7 @@
 #include <libyuv.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -14,25 +15,15 @@
 #include "applications/super_capture/merge_kernels.h"
 #include "applications/super_capture/merge_kernels_scalar.h"
 #include "benchmarks/support/comparison.h"
+#include "benchmarks/support/huge_pages.h"
 #include "benchmarks/support/picture.h"
+#include "benchmarks/support/plain_loop.h"
 
 namespace {
 
 using namespace korvane::bench;
 
 constexpr int kFrames = 8;
-
-// The loop as one writes it first, one element at a time. The scalar twins look alike, but compilers turn most of them
-// into vector code, which then runs at the speed of memory too.
-template <typename Body>
-void plain_loop(size_t count, const Body& body) {
-#if defined(__clang__)
-#pragma clang loop vectorize(disable) interleave(disable) unroll(disable)
-#endif
-    for (size_t i = 0; i < count; ++i) {
-        body(i);
-    }
-}
 
 size_t pixels_of(int width, int height) {
     return static_cast<size_t>(width) * static_cast<size_t>(height);
@@ -41,15 +32,16 @@ size_t pixels_of(int width, int height) {
 // What one contestant works on: the bytes of a YUYV frame and an accumulator for each. Nobody shares with the one who
 // ran just before, or would find half the work in the cache.
 struct Burst {
-    Burst(int width, int height) : bytes(rgba_picture(width, height)), sums(pixels_of(width, height) * 2) {
-        bytes.resize(sums.size());
+    Burst(int width, int height) : sums(pixels_of(width, height) * 2) {
+        const std::vector<uint8_t> picture = rgba_picture(width, height);
+        bytes.assign(picture.begin(), picture.begin() + static_cast<std::ptrdiff_t>(sums.size()));
         for (size_t i = 0; i < sums.size(); ++i) {
             sums[i] = bytes[i] * kFrames / 2;
         }
     }
 
-    std::vector<uint8_t> bytes;
-    std::vector<int> sums;
+    HugeVector<uint8_t> bytes;
+    HugeVector<int> sums;
 };
 
 struct Bursts {
@@ -68,7 +60,7 @@ void fold(Fold fold, Burst& burst) {
 
 void compare_add(Comparison& comparison, int width, int height) {
     auto b = std::make_shared<Bursts>(width, height);
-    auto floats = std::make_shared<cv::Mat>(height, width * 2, CV_32FC1, cv::Scalar(0));
+    auto floats = std::make_shared<HugeVector<float>>(b->peer.sums.size());
     comparison.verify("equals the scalar twin", [b] {
         fold(korvane::merge_add, b->ours);
         fold(korvane::merge_add_scalar, b->twin);
@@ -81,7 +73,8 @@ void compare_add(Comparison& comparison, int width, int height) {
     });
     comparison.against("scalar twin", {}, [b] { fold(korvane::merge_add_scalar, b->twin); });
     comparison.against("cv::accumulate", {faster(0.9)}, [b, floats, width, height] {
-        cv::accumulate(cv::Mat(height, width * 2, CV_8UC1, b->peer.bytes.data()), *floats);
+        cv::accumulate(cv::Mat(height, width * 2, CV_8UC1, b->peer.bytes.data()),
+                       cv::Mat(height, width * 2, CV_32FC1, floats->data()));
     });
     comparison.against_memcpy({}, pixels_of(width, height) * 4);
 }
@@ -105,8 +98,7 @@ void compare_max(Comparison& comparison, int width, int height) {
 
 void compare_mean(Comparison& comparison, int width, int height) {
     auto b = std::make_shared<Bursts>(width, height);
-    auto floats = std::make_shared<cv::Mat>();
-    cv::Mat(height, width * 2, CV_32SC1, b->peer.sums.data()).convertTo(*floats, CV_32F);
+    auto floats = std::make_shared<HugeVector<float>>(b->peer.sums.begin(), b->peer.sums.end());
     const auto ours = [b] {
         korvane::merged_mean(b->ours.sums.data(), b->ours.bytes.data(), b->ours.bytes.size(), kFrames);
     };
@@ -122,7 +114,7 @@ void compare_mean(Comparison& comparison, int width, int height) {
     comparison.against("scalar twin", {faster(4.0)}, twin);
     comparison.against("cv::Mat::convertTo", {at_most(1.3)}, [b, floats, width, height] {
         cv::Mat target(height, width * 2, CV_8UC1, b->peer.bytes.data());
-        floats->convertTo(target, CV_8U, 1.0 / kFrames);
+        cv::Mat(height, width * 2, CV_32FC1, floats->data()).convertTo(target, CV_8U, 1.0 / kFrames);
     });
     comparison.against_memcpy({}, pixels_of(width, height) * 4);
 }

@@ -1,5 +1,6 @@
 // LBP features of a 2-megapixel image over five levels: sparse against a copy of the image, dense against the bare
 // minimum of memory traffic, one increment in each position's block of 256 bytes.
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -7,6 +8,7 @@
 #include "algorithms/lbp_scalar.h"
 #include "benchmarks/support/comparison.h"
 #include "benchmarks/support/picture.h"
+#include "benchmarks/support/plain_loop.h"
 
 namespace {
 
@@ -37,6 +39,38 @@ std::shared_ptr<Scene> make_scene() {
     return scene;
 }
 
+// All levels, one pixel and one neighbour after the other.
+void list_plainly(std::vector<unsigned int>& slots, std::vector<unsigned int>& image) {
+    const std::ptrdiff_t step = kRows;
+    const std::ptrdiff_t neighbours[] = {-step - 1, -step, -step + 1, -1, 1, step - 1, step, step + 1};
+    size_t position = 0;
+    size_t rows = kRows;
+    size_t cols = kCols;
+    for (unsigned short level = 0; level < kLevels; ++level) {
+        for (size_t c = 1; c + 1 < cols; ++c) {
+            plain_loop(rows - 2, [&](size_t r) {
+                const unsigned int* centre = &image[c * kRows + r + 1];
+                unsigned int pattern = 0;
+                plain_loop(8, [&](size_t bit) {
+                    if (centre[neighbours[bit]] < *centre) {
+                        pattern |= 1U << bit;
+                    }
+                });
+                slots[position] = static_cast<unsigned int>(position * 256 + pattern);
+                ++position;
+            });
+        }
+        rows /= 2;
+        cols /= 2;
+        for (size_t c = 0; c < cols; ++c) {
+            plain_loop(rows, [&](size_t r) {
+                const unsigned int* corner = &image[2 * c * kRows + 2 * r];
+                image[c * kRows + r] = corner[0] + corner[1] + corner[kRows] + corner[kRows + 1];
+            });
+        }
+    }
+}
+
 void compare_sparse(Comparison& comparison) {
     const auto scene = make_scene();
     const unsigned int entries = scene->dim / 256;
@@ -48,11 +82,19 @@ void compare_sparse(Comparison& comparison) {
         lbp_pyr_features_sparse_scalar(expected.data(), entries, scene->image.data(), kRows, kCols);
         return *slots == expected;
     });
+    comparison.verify("equals the plain loop", [=] {
+        std::vector<unsigned int> expected(entries);
+        scene->restore();
+        list_plainly(expected, scene->image);
+        return *slots == expected;
+    });
     const auto restore = [=] { scene->restore(); };
     comparison.kernel([=] { lbp_pyr_features_sparse(slots->data(), entries, scene->image.data(), kRows, kCols); },
                       restore);
     comparison.against(
-        "scalar twin", {faster(12)},
+        "plain loop", {faster(12)}, [=] { list_plainly(*slots, scene->image); }, restore);
+    comparison.against(
+        "scalar twin", {},
         [=] { lbp_pyr_features_sparse_scalar(slots->data(), entries, scene->image.data(), kRows, kCols); }, restore);
     comparison.against_memcpy({at_most(4.0)}, scene->source.size() * sizeof(unsigned int));
 }
