@@ -313,13 +313,27 @@ class Blur {
         const auto red = hn::LoadU(d, slot);
         const auto green = hn::LoadU(d, slot + kLines);
         const auto blue = hn::LoadU(d, slot + 2 * kLines);
-        if (m_Depth == 4) {
-            hn::Vec<decltype(d)> oldRed, oldGreen, oldBlue, rest;
-            hn::LoadInterleaved4(d, pixels, oldRed, oldGreen, oldBlue, rest);
-            hn::StoreInterleaved4(red, green, blue, rest, d, pixels);
-        } else {
+        if (m_Depth == 3) {
             hn::StoreInterleaved3(red, green, blue, d, pixels);
+            return;
         }
+        const hn::Repartition<uint16_t, decltype(d)> dHalf;
+        const hn::Repartition<uint32_t, decltype(d)> dPixel;
+        const auto rest = hn::Set(dPixel, 0xFF000000);
+        const auto store = [&](auto pixel, size_t i) HWY_ATTR {
+            uint8_t* to = pixels + i * hn::Lanes(d);
+            const auto old = hn::BitCast(dPixel, hn::LoadU(d, to));
+            hn::StoreU(hn::BitCast(d, hn::OrAnd(hn::BitCast(dPixel, pixel), old, rest)), d, to);
+        };
+        const auto zero = hn::Zero(d);
+        const auto redGreen0 = hn::BitCast(dHalf, hn::InterleaveLower(d, red, green));
+        const auto redGreen1 = hn::BitCast(dHalf, hn::InterleaveUpper(d, red, green));
+        const auto blue0 = hn::BitCast(dHalf, hn::InterleaveLower(d, blue, zero));
+        const auto blue1 = hn::BitCast(dHalf, hn::InterleaveUpper(d, blue, zero));
+        store(hn::InterleaveLower(dHalf, redGreen0, blue0), 0);
+        store(hn::InterleaveUpper(dHalf, redGreen0, blue0), 1);
+        store(hn::InterleaveLower(dHalf, redGreen1, blue1), 2);
+        store(hn::InterleaveUpper(dHalf, redGreen1, blue1), 3);
     }
 
     // 16 slots: positions along the lines become lines.
