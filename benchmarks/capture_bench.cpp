@@ -170,10 +170,11 @@ void compare_luma_yuyv(Comparison& comparison, int width, int height) {
 
 void compare_nv12(Comparison& comparison, int width, int height) {
     const size_t luma = pixels_of(width, height);
-    auto source = std::make_shared<std::vector<uint8_t>>(rgba_picture(width, height));
-    auto ours = std::make_shared<std::vector<uint8_t>>(luma * 3 / 2);
-    auto twins = std::make_shared<std::vector<uint8_t>>(luma * 3 / 2);
-    auto theirs = std::make_shared<std::vector<uint8_t>>(luma * 3 / 2);
+    const std::vector<uint8_t> picture = rgba_picture(width, height);
+    auto source = std::make_shared<HugeVector<uint8_t>>(picture.begin(), picture.end());
+    auto ours = std::make_shared<HugeVector<uint8_t>>(luma * 3 / 2);
+    auto twins = std::make_shared<HugeVector<uint8_t>>(luma * 3 / 2);
+    auto theirs = std::make_shared<HugeVector<uint8_t>>(luma * 3 / 2);
     const auto twin = [=] {
         std::memcpy(twins->data(), source->data(), luma);
         korvane::split_pairs_scalar(source->data() + luma, twins->data() + luma * 5 / 4, twins->data() + luma,

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "benchmarks/support/comparison.h"
+#include "benchmarks/support/huge_pages.h"
 #include "benchmarks/support/picture.h"
 #include "frameworks/images/color_convert.h"
 #include "frameworks/images/color_kernels_scalar.h"
@@ -16,7 +17,7 @@ namespace {
 
 using namespace korvane::bench;
 
-using Bytes = std::vector<unsigned char>;
+using Bytes = HugeVector<unsigned char>;
 
 constexpr int kLarge = 4000 * 3000;
 
@@ -26,13 +27,14 @@ struct Frame {
         : width(frameWidth),
           height(frameHeight),
           pixels(static_cast<size_t>(width) * static_cast<size_t>(height)),
-          rgba(rgba_picture(width, height)),
           rgb(3 * pixels),
           yuv(3 * pixels),
           yuyv(2 * pixels),
           planar(2 * pixels),
           out(4 * pixels + 2),
           step(4 * pixels) {
+        const std::vector<unsigned char> picture = rgba_picture(width, height);
+        rgba.assign(picture.begin(), picture.end());
         color_convert_rgba2rgb(rgba.data(), rgb.data(), width, height);
         color_convert_rgb2yuv(rgb.data(), yuv.data(), width, height);
         color_convert_rgb2yuyv(rgb.data(), yuyv.data(), width, height);

@@ -7,14 +7,15 @@
 #include <sys/mman.h>
 
 #include <cstddef>
-#include <cstdlib>
+#include <cstdint>
 #include <new>
 #include <vector>
 
 namespace korvane::bench {
 
 template <typename T>
-struct HugePageAllocator {
+class HugePageAllocator {
+  public:
     using value_type = T;
 
     HugePageAllocator() = default;
@@ -22,18 +23,29 @@ struct HugePageAllocator {
     HugePageAllocator(const HugePageAllocator<U>&) {}
 
     T* allocate(size_t count) {
-        constexpr size_t kPage = size_t{2} << 20;
-        const size_t bytes = (count * sizeof(T) + kPage - 1) / kPage * kPage;
-        void* memory = std::aligned_alloc(kPage, bytes);
-        if (memory == nullptr) {
+        const size_t bytes = bytes_for(count);
+        // Room to begin at a whole huge page; what is too much goes back.
+        void* memory = mmap(nullptr, bytes + kPageBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (memory == MAP_FAILED) {
             throw std::bad_alloc();
         }
-        madvise(memory, bytes, MADV_HUGEPAGE);
-        return static_cast<T*>(memory);
+        char* begin = static_cast<char*>(memory);
+        const size_t before = (kPageBytes - reinterpret_cast<uintptr_t>(begin) % kPageBytes) % kPageBytes;
+        if (before > 0) {
+            munmap(begin, before);
+        }
+        munmap(begin + before + bytes, kPageBytes - before);
+        madvise(begin + before, bytes, MADV_HUGEPAGE);
+        return reinterpret_cast<T*>(begin + before);
     }
-    void deallocate(T* memory, size_t) { std::free(memory); }
+    void deallocate(T* memory, size_t count) { munmap(memory, bytes_for(count)); }
 
     bool operator==(const HugePageAllocator&) const = default;
+
+  private:
+    static constexpr size_t kPageBytes = size_t{2} << 20;
+
+    static size_t bytes_for(size_t count) { return (count * sizeof(T) + kPageBytes - 1) / kPageBytes * kPageBytes; }
 };
 
 template <typename T>

@@ -1,6 +1,7 @@
 // korvane_bench: ratios of the kernels against peers and floors. README.md in this program's folder says how to read
 // it.
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -58,6 +59,10 @@ int main(int count, char** arguments) {
         return 2;
     }
     cv::setNumThreads(1);
+    // Pictures come fresh from the system, not from what an earlier comparison left, or figures would depend on its
+    // place in the run.
+    constexpr int kPictureBytes = 4 << 20;
+    mallopt(M_MMAP_THRESHOLD, kPictureBytes);
     Reporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
