@@ -244,8 +244,8 @@ namespace {
 constexpr int kCircleEntries = 25;
 
 struct CircleStep {
-    signed char dx;
-    signed char dy;
+    int dx;
+    int dy;
 };
 
 constexpr CircleStep offsets16[] = {{0, 3},  {1, 3},   {2, 2},   {3, 1},   {3, 0},  {3, -1}, {2, -2}, {1, -3},

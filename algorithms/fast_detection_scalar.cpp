@@ -17,9 +17,9 @@ constexpr int kArc = 9;
 
 FastPixelTest::FastPixelTest(int stride, int threshold) : m_Threshold(threshold) {
     makeOffsets(m_Pixel.data(), stride, 16);
-    for (int difference = -255; difference <= 255; ++difference) {
-        m_Side[static_cast<size_t>(difference + 255)] =
-            difference < -threshold ? kDarker : (difference > threshold ? kBrighter : 0);
+    for (size_t i = 0; i < m_Side.size(); ++i) {
+        const int difference = static_cast<int>(i) - 255;
+        m_Side[i] = difference < -threshold ? kDarker : (difference > threshold ? kBrighter : 0);
     }
 }
 

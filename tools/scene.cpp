@@ -200,7 +200,7 @@ class Scene {
 };
 
 unsigned char to_byte(float value) {
-    return static_cast<unsigned char>(std::clamp(value, 0.0f, 255.0f) + 0.5f);
+    return static_cast<unsigned char>(std::lround(std::clamp(value, 0.0f, 255.0f)));
 }
 
 }  // namespace

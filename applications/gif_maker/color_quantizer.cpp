@@ -237,7 +237,7 @@ void ColorQuantizer::addColor(int32_t r, int32_t g, int32_t b) {
     }
     pixelIndex = at + 1;
     // Cell 0 of each axis stays empty: it is the zero that cumulative sums begin with.
-    const auto cell_of = [](int32_t channel) { return static_cast<size_t>((channel >> 3) + 1); };
+    const auto cell_of = [](int32_t channel) { return static_cast<size_t>(channel >> 3) + 1; };
     quantizedPixels[at] = static_cast<int32_t>(korvane::cell_index(cell_of(r), cell_of(g), cell_of(b)));
     uint8_t* const red = pixelsR + at;
     uint8_t* const green = pixelsG + at;
@@ -370,7 +370,7 @@ double ColorQuantizer::calculateVariance(const ColorCube& cube) const {
 void ColorQuantizer::mark(const ColorCube& cube, int32_t label) {
     for (int32_t r = cube.RedMinimum + 1; r <= cube.RedMaximum; ++r) {
         for (int32_t g = cube.GreenMinimum + 1; g <= cube.GreenMaximum; ++g) {
-            int32_t* line = tag + r * static_cast<int32_t>(kPlane) + g * static_cast<int32_t>(kSide);
+            int32_t* line = tag + static_cast<size_t>(r) * kPlane + static_cast<size_t>(g) * kSide;
             std::fill(line + cube.BlueMinimum + 1, line + cube.BlueMaximum + 1, label);
         }
     }

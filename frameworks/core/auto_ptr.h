@@ -27,6 +27,7 @@ class auto_ptr {
         return *this;
     }
 
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the one above sees to it.
     auto_ptr<T>& operator=(const auto_ptr<T>& o) { return *this = o.m_Ptr; }
 
     // None of the three checks for null.

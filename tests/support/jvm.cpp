@@ -1,6 +1,5 @@
 #include "tests/support/jvm.h"
 
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -74,93 +73,10 @@ jfieldID JvmTest::field(jobject object, const char* name, const char* signature)
     return id;
 }
 
-jobject JvmTest::new_object(const char* className, const char* signature, ...) {
-    const jclass type = env->FindClass(className);
-    expect_no_exception(className);
-    if (type == nullptr) {
-        return nullptr;
-    }
-    const jmethodID constructor = env->GetMethodID(type, "<init>", signature);
-    expect_no_exception(className);
-    if (constructor == nullptr) {
-        return nullptr;
-    }
-    va_list arguments;
-    va_start(arguments, signature);
-    const jobject object = env->NewObjectV(type, constructor, arguments);
-    va_end(arguments);
-    expect_no_exception(className);
-    return object;
-}
-
-void JvmTest::call_void(jobject object, const char* name, const char* signature, ...) {
-    const jmethodID id = method(object, name, signature);
-    if (id == nullptr) {
-        return;
-    }
-    va_list arguments;
-    va_start(arguments, signature);
-    env->CallVoidMethodV(object, id, arguments);
-    va_end(arguments);
+jclass JvmTest::find_class(const char* name) {
+    const jclass type = env->FindClass(name);
     expect_no_exception(name);
-}
-
-jint JvmTest::call_int(jobject object, const char* name, const char* signature, ...) {
-    const jmethodID id = method(object, name, signature);
-    if (id == nullptr) {
-        return 0;
-    }
-    va_list arguments;
-    va_start(arguments, signature);
-    const jint result = env->CallIntMethodV(object, id, arguments);
-    va_end(arguments);
-    expect_no_exception(name);
-    return result;
-}
-
-jlong JvmTest::call_long(jobject object, const char* name, const char* signature, ...) {
-    const jmethodID id = method(object, name, signature);
-    if (id == nullptr) {
-        return 0;
-    }
-    va_list arguments;
-    va_start(arguments, signature);
-    const jlong result = env->CallLongMethodV(object, id, arguments);
-    va_end(arguments);
-    expect_no_exception(name);
-    return result;
-}
-
-jobject JvmTest::call_object(jobject object, const char* name, const char* signature, ...) {
-    const jmethodID id = method(object, name, signature);
-    if (id == nullptr) {
-        return nullptr;
-    }
-    va_list arguments;
-    va_start(arguments, signature);
-    const jobject result = env->CallObjectMethodV(object, id, arguments);
-    va_end(arguments);
-    expect_no_exception(name);
-    return result;
-}
-
-jobject JvmTest::call_static_object(const char* className, const char* name, const char* signature, ...) {
-    const jclass type = env->FindClass(className);
-    expect_no_exception(className);
-    if (type == nullptr) {
-        return nullptr;
-    }
-    const jmethodID id = env->GetStaticMethodID(type, name, signature);
-    expect_no_exception(name);
-    if (id == nullptr) {
-        return nullptr;
-    }
-    va_list arguments;
-    va_start(arguments, signature);
-    const jobject result = env->CallStaticObjectMethodV(type, id, arguments);
-    va_end(arguments);
-    expect_no_exception(name);
-    return result;
+    return type;
 }
 
 jint JvmTest::int_field(jobject object, const char* name) {

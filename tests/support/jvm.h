@@ -22,13 +22,42 @@ class JvmTest : public testing::Test {
     void SetUp() override;
     void TearDown() override;
 
-    // `arguments` as in JNI's variadic calls. All fail the test and give null or 0 on a missing name or an exception.
-    jobject new_object(const char* className, const char* signature, ...);
-    void call_void(jobject object, const char* name, const char* signature, ...);
-    jint call_int(jobject object, const char* name, const char* signature, ...);
-    jlong call_long(jobject object, const char* name, const char* signature, ...);
-    jobject call_object(jobject object, const char* name, const char* signature, ...);
-    jobject call_static_object(const char* className, const char* name, const char* signature, ...);
+    // Arguments as in JNI's variadic calls. All fail the test and give null or 0 on a missing name or an exception.
+    template <typename... Arguments>
+    jobject new_object(const char* className, const char* signature, Arguments... arguments) {
+        const jclass type = find_class(className);
+        const jmethodID id = type == nullptr ? nullptr : env->GetMethodID(type, "<init>", signature);
+        const jobject object = id == nullptr ? nullptr : env->NewObject(type, id, arguments...);
+        expect_no_exception(className);
+        return object;
+    }
+    template <typename... Arguments>
+    jobject call_static_object(const char* className, const char* name, const char* signature, Arguments... arguments) {
+        const jclass type = find_class(className);
+        const jmethodID id = type == nullptr ? nullptr : env->GetStaticMethodID(type, name, signature);
+        const jobject result = id == nullptr ? nullptr : env->CallStaticObjectMethod(type, id, arguments...);
+        expect_no_exception(name);
+        return result;
+    }
+    template <typename... Arguments>
+    void call_void(jobject object, const char* name, const char* signature, Arguments... arguments) {
+        if (const jmethodID id = method(object, name, signature)) {
+            env->CallVoidMethod(object, id, arguments...);
+            expect_no_exception(name);
+        }
+    }
+    template <typename... Arguments>
+    jint call_int(jobject object, const char* name, const char* signature, Arguments... arguments) {
+        return call<jint>(&JNIEnv::CallIntMethod, object, name, signature, arguments...);
+    }
+    template <typename... Arguments>
+    jlong call_long(jobject object, const char* name, const char* signature, Arguments... arguments) {
+        return call<jlong>(&JNIEnv::CallLongMethod, object, name, signature, arguments...);
+    }
+    template <typename... Arguments>
+    jobject call_object(jobject object, const char* name, const char* signature, Arguments... arguments) {
+        return call<jobject>(&JNIEnv::CallObjectMethod, object, name, signature, arguments...);
+    }
 
     jint int_field(jobject object, const char* name);
     void set_field(jobject object, const char* name, jint value);
@@ -46,6 +75,16 @@ class JvmTest : public testing::Test {
     JNIEnv* env = nullptr;
 
   private:
+    template <typename Result, typename... Arguments>
+    Result call(Result (JNIEnv::*function)(jobject, jmethodID, ...), jobject object, const char* name,
+                const char* signature, Arguments... arguments) {
+        const jmethodID id = method(object, name, signature);
+        const Result result = id == nullptr ? Result() : (env->*function)(object, id, arguments...);
+        expect_no_exception(name);
+        return result;
+    }
+
+    jclass find_class(const char* name);
     jmethodID method(jobject object, const char* name, const char* signature);
     jfieldID field(jobject object, const char* name, const char* signature);
     void expect_no_exception(const char* what);
