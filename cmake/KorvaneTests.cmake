@@ -31,7 +31,7 @@ function(korvane_add_jvm_test name)
                      WRAPPER ${arg_WRAPPER})
     add_dependencies(${name} korvane korvane_java korvane_test_java)
     set_tests_properties(${name} PROPERTIES
-        FAIL_REGULAR_EXPRESSION "WARNING in native method;FATAL ERROR in native method")
+        FAIL_REGULAR_EXPRESSION "WARNING in native method;FATAL ERROR in native method;WARNING: JNI")
 endfunction()
 
 # korvane_add_gpu_test(NAME SOURCES ... [LABELS ...] [ENVIRONMENT ...]): a test program that draws through EGL on a

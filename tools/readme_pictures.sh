@@ -10,3 +10,9 @@ cd "$folder"
 "$tools/korvane" blur scene.jpg -o blurred.jpg --radius 16
 "$tools/korvane" blur scene.jpg -o dimmed.jpg --radius 40 --color '#102040' --alpha 128
 "$tools/korvane_strip" "$images/strip.jpg" 180 scene.jpg blurred.jpg dimmed.jpg
+filtered=()
+for filter in Distorted Mirror Xray Temperature; do
+    xvfb-run -a -s -noreset "$tools/korvane" filter ImageFilter$filter scene.jpg -o $filter.jpg
+    filtered+=($filter.jpg)
+done
+"$tools/korvane_strip" "$images/filters.jpg" 150 "${filtered[@]}"

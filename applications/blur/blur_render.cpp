@@ -11,8 +11,7 @@ namespace {
 
 class LockedBitmap {
   public:
-    // Only the pointer tells whether there are pixels; Java gets its lock back in either case, since the platform
-    // counts a lock also when it gives none.
+    // Only the pointer tells whether there are pixels; Java gets its lock back in either case.
     LockedBitmap(JNIEnv* env, jobject bitmap) : m_Env(env), m_Bitmap(bitmap) {
         AndroidBitmap_lockPixels(env, bitmap, &m_Pixels);
     }

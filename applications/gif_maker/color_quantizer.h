@@ -95,13 +95,14 @@ class KORVANE_API ColorQuantizer {
 
     // Per cell, the box that holds it.
     int32_t* tag = nullptr;
-    // Per pixel, its cell and its channels.
+    // Per pixel, its cell.
     int32_t* quantizedPixels = nullptr;
+    // Squares of 0 ... 255.
+    int32_t* table = nullptr;
+    // Per pixel, its channels. Which entry a pixel falls to is not kept: the refinement adds it up at once.
     uint8_t* pixelsR = nullptr;
     uint8_t* pixelsG = nullptr;
     uint8_t* pixelsB = nullptr;
-    // Squares of 0 ... 255.
-    int32_t* table = nullptr;
 
     int32_t imageWidth = 0;
     int32_t imageSize = 0;

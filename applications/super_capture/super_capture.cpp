@@ -67,12 +67,13 @@ result_t SuperCapture::pushFrame(unsigned char** planes) {
     if (all_null(planes)) {
         return -1;
     }
-    const auto id = static_cast<uint32_t>(m_Frames.size() + 1);
     const auto_ptr<SuperCaptureFrame> frame(
-        SuperCaptureFrame::createFrame(id, m_FrameWidth, m_FrameHeight, m_FrameFormat, planes));
+        SuperCaptureFrame::createFrame(0, m_FrameWidth, m_FrameHeight, m_FrameFormat, planes));
     if (frame.get() == nullptr) {
         return -3;
     }
+    // Numbered only now: the worker may have taken frames while this one was copied.
+    frame->setID(static_cast<uint32_t>(m_Frames.size() + 1));
     KORVANE_LOGD("SuperCapture::pushFrame success\n");
     // Without m_MutexInput, which the worker holds while it merges: a push never waits for a merge.
     if (!m_Frames.push_back(frame)) {

@@ -1,9 +1,15 @@
 #include "frameworks/images/image_decoder_factory.h"
 
+#include <new>
+
 #include "frameworks/images/jpeg_decoder.h"
 
 ImageDecoderFactory::ImageDecoderFactory() {
-    m_ImageDecoders.emplace_back(new JpegDecoder);
+    try {
+        m_ImageDecoders.emplace_back(new JpegDecoder);
+    } catch (const std::bad_alloc&) {
+        // A factory without decoders knows no stream.
+    }
 }
 
 ImageDecoder* ImageDecoderFactory::createImageDecoder(auto_ptr<Stream>& stream) {

@@ -35,11 +35,13 @@ void Thread::detach() {
 }
 
 status_t Thread::create(void* (*entry)(void*)) {
-    const int error = pthread_create(&m_Tid, nullptr, entry, this);
+    pthread_t tid{};
+    const int error = pthread_create(&tid, nullptr, entry, this);
     if (error != 0) {
         KORVANE_LOGD("thread start fail.......");
         return error;
     }
+    m_Tid = tid;
     m_IsJoinable.store(true, std::memory_order_relaxed);
     // Cleared only now: a thread object that was joined and is started again loses the race when its new thread looks
     // at the flag first, and then ends without running. Callers make a new object for a new run.
@@ -74,7 +76,12 @@ status_t Thread::join() {
     if (!m_IsJoinable.exchange(false, std::memory_order_relaxed)) {
         return ESRCH;
     }
-    return pthread_join(m_Tid, nullptr);
+    const int error = pthread_join(m_Tid, nullptr);
+    if (error != 0) {
+        // A thread that joined itself is still there for its owner to join.
+        m_IsJoinable.store(true, std::memory_order_relaxed);
+    }
+    return error;
 }
 
 void Thread::sleep(int64_t ns) {

@@ -1,6 +1,7 @@
 #include "frameworks/utils/thread_pool.h"
 
 #include <mutex>
+#include <new>
 
 #include "frameworks/utils/guarded_array.h"
 
@@ -73,9 +74,16 @@ void ThreadWorker::stopWork() {
     m_IsRunning.store(false, std::memory_order_relaxed);
 }
 
-ThreadPool::ThreadPool(int workerNum) : m_WorkerNum(workerNum), m_Tasks(new ThreadPoolTasks) {
-    for (int i = 0; i < m_WorkerNum; ++i) {
-        m_WorkerThread.emplace_back(new ThreadWorker(this));
+ThreadPool::ThreadPool(int workerNum) : m_WorkerNum(workerNum), m_Tasks(new (std::nothrow) ThreadPoolTasks) {
+    if (m_Tasks.get() == nullptr) {
+        return;
+    }
+    try {
+        for (int i = 0; i < m_WorkerNum; ++i) {
+            m_WorkerThread.emplace_back(new ThreadWorker(this));
+        }
+    } catch (const std::bad_alloc&) {
+        // The workers that memory sufficed for do all the work.
     }
 }
 
@@ -95,12 +103,15 @@ void ThreadPool::submit(IRunnable* task) {
 }
 
 void ThreadPool::submit(auto_ptr<IRunnable>& task) {
-    if (task.get() != nullptr) {
+    if (task.get() != nullptr && m_Tasks.get() != nullptr) {
         m_Tasks->submit(task);
     }
 }
 
 void ThreadPool::shutdown() {
+    if (m_Tasks.get() == nullptr) {
+        return;
+    }
     while (!m_Tasks->empty()) {
         Thread::sleep(10);
     }

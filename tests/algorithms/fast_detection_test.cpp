@@ -257,19 +257,15 @@ TEST(Fast16, SizesAndPointersOfNoImage) {
 }
 
 TEST(MakeOffsets, WrapsThreeCirclesAndNoOther) {
-    struct Case {
-        int size;
-        int first;
-        int quarter;
-    };
-    for (const Case& sized : {Case{16, 300, 3}, Case{12, 200, 2}, Case{8, 100, 1}}) {
+    const std::vector<int> circles[] = {
+        {300, 301, 202, 103, 3, -97, -198, -299, -300, -301, -202, -103, -3, 97, 198, 299},
+        {200, 201, 102, 2, -98, -199, -200, -201, -102, -2, 98, 199},
+        {100, 101, 1, -99, -100, -101, -1, 99}};
+    for (const std::vector<int>& circle : circles) {
         int pixel[25];
-        makeOffsets(pixel, 100, sized.size);
-        EXPECT_EQ(pixel[0], sized.first);
-        EXPECT_EQ(pixel[sized.size / 4], sized.quarter);
-        EXPECT_EQ(pixel[sized.size / 2], -sized.first);
-        for (int k = sized.size; k < 25; ++k) {
-            EXPECT_EQ(pixel[k], pixel[k - sized.size]);
+        makeOffsets(pixel, 100, static_cast<int>(circle.size()));
+        for (size_t k = 0; k < 25; ++k) {
+            EXPECT_EQ(pixel[k], circle[k % circle.size()]) << k << " of " << circle.size();
         }
     }
     for (const int size : {0, -1, 10, 24, kMax}) {

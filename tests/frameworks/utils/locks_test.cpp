@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -134,12 +138,49 @@ class Waiters {
 TEST(Condition, SignalWakesOneAndEveryOtherTypeWakesAll) {
     Waiters waiters(3);
     waiters.give(1, [](Condition& condition) { condition.signal(Condition::WAKE_UP_ONE); });
+    // Time for others to wake up, if any were woken.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_LT(waiters.wakeups(), 3);
     waiters.give(2, [](Condition& condition) { condition.signal(static_cast<Condition::WakeUpType>(5)); });
 
     Waiters others(2);
     others.give(1, [](Condition& condition) { condition.signal(); });
     others.give(1, [](Condition& condition) { condition.broadcast(); });
+}
+
+TEST(Locks, SharedOnesSpanProcesses) {
+    struct Locks {
+        Mutex mutex{Mutex::SHARED, "mutex"};
+        Condition condition{Condition::SHARED};
+        RWLock rwLock{RWLock::SHARED, "lock"};
+        bool isOver = false;
+    };
+    void* memory = mmap(nullptr, sizeof(Locks), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    auto* locks = new (memory) Locks;
+    locks->mutex.lock();
+    locks->rwLock.writeLock();
+    const pid_t child = fork();
+    alarm(20);  // Locks of one process leave both waiting for ever.
+    if (child == 0) {
+        locks->rwLock.readLock();
+        locks->mutex.lock();
+        locks->isOver = true;
+        locks->condition.signal();
+        locks->mutex.unlock();
+        _exit(0);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    locks->rwLock.unlock();
+    while (!locks->isOver) {
+        locks->condition.wait(locks->mutex);
+    }
+    locks->mutex.unlock();
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    alarm(0);
+    munmap(memory, sizeof(Locks));
 }
 
 }  // namespace

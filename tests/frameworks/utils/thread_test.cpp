@@ -57,6 +57,18 @@ TEST(Thread, JoinWithoutAThreadAnswersNoSuchThread) {
     again.start();
     EXPECT_EQ(again.join(), 0);
     EXPECT_EQ(again.join(), ESRCH);
+
+    class JoinsItself : public Thread {
+        void run() override { result = join(); }
+
+      public:
+        std::atomic<int> result{0};
+    };
+    JoinsItself itself;
+    itself.start();
+    wait_for(itself.result);
+    EXPECT_EQ(itself.result, EDEADLK);
+    EXPECT_EQ(itself.join(), 0);
 }
 
 TEST(Thread, ProcRunsNothingForNullOrOnceStopped) {
