@@ -29,7 +29,7 @@ status_t Thread::startCounted() {
 }
 
 void Thread::detach() {
-    if (m_IsJoinable.exchange(false, std::memory_order_relaxed)) {
+    if (m_IsJoinable.exchange(false, std::memory_order_acquire)) {
         pthread_detach(m_Tid);
     }
 }
@@ -42,7 +42,8 @@ status_t Thread::create(void* (*entry)(void*)) {
         return error;
     }
     m_Tid = tid;
-    m_IsJoinable.store(true, std::memory_order_relaxed);
+    // Whoever sees the flag sees m_Tid, also the new thread.
+    m_IsJoinable.store(true, std::memory_order_release);
     // Cleared only now: a thread object that was joined and is started again loses the race when its new thread looks
     // at the flag first, and then ends without running. Callers make a new object for a new run.
     m_IsStop.store(false, std::memory_order_relaxed);
@@ -73,13 +74,13 @@ void Thread::run() {}
 
 status_t Thread::join() {
     m_IsStop.store(true, std::memory_order_relaxed);
-    if (!m_IsJoinable.exchange(false, std::memory_order_relaxed)) {
+    if (!m_IsJoinable.exchange(false, std::memory_order_acquire)) {
         return ESRCH;
     }
     const int error = pthread_join(m_Tid, nullptr);
     if (error != 0) {
         // A thread that joined itself is still there for its owner to join.
-        m_IsJoinable.store(true, std::memory_order_relaxed);
+        m_IsJoinable.store(true, std::memory_order_release);
     }
     return error;
 }

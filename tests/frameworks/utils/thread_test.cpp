@@ -57,18 +57,6 @@ TEST(Thread, JoinWithoutAThreadAnswersNoSuchThread) {
     again.start();
     EXPECT_EQ(again.join(), 0);
     EXPECT_EQ(again.join(), ESRCH);
-
-    class JoinsItself : public Thread {
-        void run() override { result = join(); }
-
-      public:
-        std::atomic<int> result{0};
-    };
-    JoinsItself itself;
-    itself.start();
-    wait_for(itself.result);
-    EXPECT_EQ(itself.result, EDEADLK);
-    EXPECT_EQ(itself.join(), 0);
 }
 
 TEST(Thread, ProcRunsNothingForNullOrOnceStopped) {
@@ -82,6 +70,26 @@ TEST(Thread, ProcRunsNothingForNullOrOnceStopped) {
 }
 
 #if !defined(KORVANE_SANITIZED)
+// The thread sanitizer gives up on a thread that joins itself.
+TEST(Thread, OneThatJoinsItselfIsStillThereForItsOwner) {
+    class JoinsItself : public Thread {
+      public:
+        void run() override {
+            int error = ESRCH;
+            while (error == ESRCH) {  // until start() is through
+                error = join();
+            }
+            result = error;
+        }
+        std::atomic<int> result{0};
+    };
+    JoinsItself thread;
+    thread.start();
+    wait_for(thread.result);
+    EXPECT_EQ(thread.result, EDEADLK);
+    EXPECT_EQ(thread.join(), 0);
+}
+
 TEST(Thread, FailedStartLogsAndAnswersThePositiveError) {
     // A stack that no address space can hold makes the creation fail; the sanitizers choose stacks of their own.
     pthread_attr_t attributes;
