@@ -7,6 +7,7 @@
 #include <link.h>
 
 #include <algorithm>
+#include <mutex>
 #include <set>
 #include <utility>
 
@@ -15,6 +16,8 @@
 namespace {
 
 GlRecorder* gRecorder = nullptr;
+// Several threads may draw, as long as no recorder listens.
+std::mutex gLiveNamesMutex;
 std::map<std::string, std::set<GLuint>> gLiveNames;
 
 // The driver's own entry behind ours.
@@ -56,10 +59,12 @@ void pin_loaded_modules() {
 }
 
 void born(const char* maker, GLsizei count, const GLuint* names) {
+    const std::lock_guard<std::mutex> guard(gLiveNamesMutex);
     gLiveNames[maker].insert(names, names + count);
 }
 
 void died(const char* maker, GLsizei count, const GLuint* names) {
+    const std::lock_guard<std::mutex> guard(gLiveNamesMutex);
     std::for_each(names, names + count, [maker](GLuint name) { gLiveNames[maker].erase(name); });
 }
 
@@ -167,6 +172,7 @@ void GlRecorder::heal() {
 
 std::map<std::string, size_t> GlRecorder::live_names() {
     std::map<std::string, size_t> counts;
+    const std::lock_guard<std::mutex> guard(gLiveNamesMutex);
     for (const auto& [maker, names] : gLiveNames) {
         counts[maker] = names.size();
     }
