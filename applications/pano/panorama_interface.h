@@ -14,7 +14,7 @@ class PanoramaInterface : public RefBase {
     virtual result_t getResult(unsigned char* buffer);
     virtual result_t close();
 
-    size_t frameBytes() const { return m_PanoramaModule.frameBytes(); }
+    size_t bytesToRead() const { return m_PanoramaModule.bytesToRead(); }
 
   private:
     friend class PanoramaModulePeer;

@@ -4,7 +4,8 @@
 #include <new>
 
 #include "applications/pano/panorama_interface.h"
-#include "frameworks/utils/jni_byte_array.h"
+#include "frameworks/jni/array_elements.h"
+#include "frameworks/jni/java_object.h"
 #include "platform/log.h"
 
 namespace {
@@ -15,24 +16,10 @@ PanoramaInterface* from_handle(jlong handle) {
     return reinterpret_cast<PanoramaInterface*>(handle);
 }
 
-// A field that is not found is left alone.
-void set_int_field(JNIEnv* env, jobject object, jclass objectClass, const char* name, int value) {
-    const jfieldID field = env->GetFieldID(objectClass, name, "I");
-    if (field == nullptr) {
-        env->ExceptionClear();
-        return;
-    }
-    env->SetIntField(object, field, value);
-}
-
 void set_offsets(JNIEnv* env, jobject thiz, int offsetX, int offsetY) {
-    const jclass panoramaClass = env->FindClass("com/tervo/media/effects/pano/PanoramaModule");
-    if (panoramaClass == nullptr) {
-        env->ExceptionClear();
-        return;
-    }
-    set_int_field(env, thiz, panoramaClass, "mOffsetX", offsetX);
-    set_int_field(env, thiz, panoramaClass, "mOffsetY", offsetY);
+    const jclass type = korvane::find_java_class(env, "com/tervo/media/effects/pano/PanoramaModule");
+    korvane::set_java_int(env, thiz, type, "mOffsetX", offsetX);
+    korvane::set_java_int(env, thiz, type, "mOffsetY", offsetY);
 }
 
 }  // namespace
@@ -55,9 +42,9 @@ extern "C" JNIEXPORT jlong JNICALL Java_com_tervo_media_effects_pano_PanoramaMod
 
 extern "C" JNIEXPORT jint JNICALL Java_com_tervo_media_effects_pano_PanoramaModule_nativeProcess(
     JNIEnv* env, jobject thiz, jlong handle, jbyteArray data, jfloat gyroX, jfloat gyroY) {
-    const JniByteArray elements(env, data);
+    const korvane::ArrayElements<jbyteArray> elements(env, data);
     PanoramaInterface* panorama = from_handle(handle);
-    unsigned char* frame = elements.atLeast(panorama != nullptr ? panorama->frameBytes() : 0);
+    unsigned char* frame = elements.at_least(panorama != nullptr ? panorama->bytesToRead() : 0);
     KORVANE_LOGD(
         "Java_com_tervo_media_effects_pano_PanoramaModule_nativeProcess pano_handle:%p, data:%p, gyroX:%f, gyroY:%f\n",
         static_cast<void*>(panorama), static_cast<void*>(frame), static_cast<double>(gyroX),

@@ -79,12 +79,14 @@ size_t PanoramaModule::frameBytes() const {
     return static_cast<size_t>(m_FrameWidth) * static_cast<size_t>(m_FrameHeight) * 3 / 2;
 }
 
-auto_ptr<PanoramaFrame> PanoramaModule::createFrame(unsigned char* pBuffer) const {
+size_t PanoramaModule::bytesToRead() const {
+    // The stitching side counts a frame's bytes in a signed 32-bit number.
     const size_t bytes = frameBytes();
-    // The frame's size is a 32-bit number to the stitching side; what does not fit cannot be had.
-    if (bytes > static_cast<size_t>(std::numeric_limits<int>::max())) {
-        return nullptr;
-    }
+    return bytes <= static_cast<size_t>(std::numeric_limits<int>::max()) ? bytes : 0;
+}
+
+auto_ptr<PanoramaFrame> PanoramaModule::createFrame(unsigned char* pBuffer) const {
+    const size_t bytes = bytesToRead();
     auto* buffer = static_cast<unsigned char*>(galloc_malloc(bytes));
     if (buffer == nullptr) {
         return nullptr;

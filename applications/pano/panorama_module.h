@@ -73,6 +73,10 @@ class PanoramaModule : public Thread {
     // Bytes of a frame, 0 before startup().
     size_t frameBytes() const;
 
+    // What pushFrame() reads of a frame: frameBytes(), or 0 when a frame of that size cannot be had. The size is judged
+    // before the buffer, so the answer to it is OUT_OF_MEMRORY for a buffer of any length.
+    size_t bytesToRead() const;
+
   private:
     // Lets tests close a sweep while they hold the worker back.
     friend class PanoramaModulePeer;

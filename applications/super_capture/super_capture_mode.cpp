@@ -6,6 +6,8 @@
 #include <numeric>
 
 #include "applications/super_capture/merge_kernels.h"
+#include "frameworks/jni/java_exception.h"
+#include "frameworks/jni/java_object.h"
 #include "platform/log.h"
 
 namespace {
@@ -40,13 +42,12 @@ void onResultCallback(JNIEnv* env, jobject object, float aperture, int gain) {
     const jclass objectClass = env->GetObjectClass(object);
     if (objectClass == nullptr) {
         KORVANE_LOGD("class com/tervo/media/korvane/module/SuperCaptureModule is not found!");
-        env->ExceptionClear();
+        korvane::clear_java_exception(env);
         return;
     }
-    const jmethodID method = env->GetMethodID(objectClass, "onResultCallback", "(FI)V");
+    const jmethodID method = korvane::find_java_method(env, objectClass, "onResultCallback", "(FI)V");
     if (method == nullptr) {
         KORVANE_LOGD("method onResultCallback is not found!");
-        env->ExceptionClear();
         return;
     }
     env->CallVoidMethod(object, method, aperture, gain);

@@ -6,13 +6,12 @@
 #ifndef KORVANE_APPLICATIONS_SUPER_CAPTURE_SUPER_CAPTURE_MODE_H_
 #define KORVANE_APPLICATIONS_SUPER_CAPTURE_SUPER_CAPTURE_MODE_H_
 
-#include <jni.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "frameworks/core/ref_base.h"
+#include "frameworks/jni/jni_types.h"
 
 // Calls `void onResultCallback(float aperture, int gain)` on a Java object. What cannot be found is logged, and the
 // call left out; an exception that the callback throws stays pending for the caller of the native method.

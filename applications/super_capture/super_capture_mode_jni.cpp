@@ -4,7 +4,7 @@
 #include <new>
 
 #include "applications/super_capture/super_capture_mode.h"
-#include "frameworks/utils/jni_byte_array.h"
+#include "frameworks/jni/array_elements.h"
 #include "platform/log.h"
 
 extern "C" JNIEXPORT jlong JNICALL Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeCreate(
@@ -21,10 +21,10 @@ extern "C" JNIEXPORT jlong JNICALL Java_com_tervo_media_supercapture_mode_SuperC
 
 extern "C" JNIEXPORT void JNICALL Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeProcess(
     JNIEnv* env, jobject thiz, jlong handle, jbyteArray data) {
-    const JniByteArray elements(env, data);
+    const korvane::ArrayElements<jbyteArray> elements(env, data);
     if (handle != 0) {
         auto* mode = reinterpret_cast<SuperCaptureMode*>(handle);
-        mode->process(env, thiz, elements.atLeast(mode->frameBytes()));
+        mode->process(env, thiz, elements.at_least(mode->frameBytes()));
     }
 }
 

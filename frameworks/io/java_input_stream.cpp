@@ -1,8 +1,12 @@
 #include "frameworks/io/java_input_stream.h"
 
+#include <jni.h>
+
 #include <algorithm>
 
-#include "frameworks/io/java_exception.h"
+#include "frameworks/jni/java_exception.h"
+
+using korvane::clear_java_exception;
 
 JavaInputStream::JavaInputStream(JNIEnv* env, jobject inputStream, jbyteArray buffer)
     : m_JvmEnv(env), m_JavaInputStreamObject(inputStream), m_JavaByteArray(buffer) {

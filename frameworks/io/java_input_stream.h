@@ -7,10 +7,9 @@
 #ifndef KORVANE_FRAMEWORKS_IO_JAVA_INPUT_STREAM_H_
 #define KORVANE_FRAMEWORKS_IO_JAVA_INPUT_STREAM_H_
 
-#include <jni.h>
-
 #include "frameworks/core/export.h"
 #include "frameworks/io/stream.h"
+#include "frameworks/jni/jni_types.h"
 
 class KORVANE_API JavaInputStream : public Stream {
   public:

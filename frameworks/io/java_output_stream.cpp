@@ -1,8 +1,12 @@
 #include "frameworks/io/java_output_stream.h"
 
+#include <jni.h>
+
 #include <algorithm>
 
-#include "frameworks/io/java_exception.h"
+#include "frameworks/jni/java_exception.h"
+
+using korvane::clear_java_exception;
 
 JavaOutputStream::JavaOutputStream(JNIEnv* env, jobject outputStream, jbyteArray buffer)
     : m_JvmEnv(env), m_JavaOutputStreamObject(outputStream), m_JavaByteArray(buffer) {

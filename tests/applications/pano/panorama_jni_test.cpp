@@ -79,4 +79,17 @@ TEST_F(PanoramaJniTest, ASweepWritesTheOffsetsOfTakenFrames) {
                                   hex(handle)));
 }
 
+TEST_F(PanoramaJniTest, JudgesTheSizeOfAFrameBeforeTheArray) {
+    const jobject panorama = new_object(kClass, "()V");
+    // One row more than a signed 32-bit number of bytes holds.
+    const jlong handle = call_long(panorama, "nativeCreate", "(III)J", 1 << 16, 21846, 3);
+    const auto process = [&] {
+        return call_int(panorama, "nativeProcess", "(J[BFF)I", handle, env->NewByteArray(11), 1.0, 1.0);
+    };
+    EXPECT_EQ(process(), 3) << "the reference";
+    EXPECT_EQ(process(), 1);
+    // Not nativeDestroy, which waits for one more frame.
+    delete reinterpret_cast<PanoramaInterface*>(handle);
+}
+
 }  // namespace
