@@ -18,7 +18,7 @@ struct AdviseOptions {
     std::vector<std::string> frames;
 };
 
-// The advisor reports to a Java object; here there is none, so a report is read from what it leaves behind.
+// The advisor reports to a Java object. Without one, a changed m_LastLumAvg shows that it made a report.
 class Advisor : public SuperCaptureMode {
   public:
     // True when the frame made a report.

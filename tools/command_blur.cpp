@@ -10,7 +10,7 @@
 #include "algorithms/gauss_blur.h"
 #include "algorithms/gauss_blur_iir.h"
 #include "algorithms/stack_blur.h"
-#include "tools/colour.h"
+#include "tools/color.h"
 #include "tools/command.h"
 #include "tools/photo_io.h"
 
@@ -26,7 +26,7 @@ struct BlurOptions {
     int alpha = 0;
 };
 
-// Blurs that know one byte a pixel get the channels one by one.
+// For blurs that take one byte a pixel: each channel is blurred by itself.
 template <void (*kBlur)(unsigned char*, unsigned char*, int, int, int)>
 void blur_channels(unsigned char* pixels, int width, int height, int radius) {
     const size_t count = static_cast<size_t>(width) * static_cast<size_t>(height);
@@ -62,7 +62,7 @@ struct Method {
     void (*blur)(unsigned char* rgba, int width, int height, int radius);
 };
 
-// Beyond a distance of 80 single precision no longer carries the recursive Gaussian.
+// Above 80 the recursive Gaussian loses its precision in 32-bit floats.
 constexpr Method kMethods[] = {
     {"stack", 254, stack_blur}, {"box", 2000, blur_channels<box_blur>}, {"gauss", 2000, blur_channels<gauss_blur>},
     {"fast", 2000, blur_fast},  {"iir", 80, blur_recursively},
@@ -88,13 +88,13 @@ const Method& find_method(const BlurOptions& options) {
 
 void blur(const BlurOptions& options) {
     const Method& method = find_method(options);
-    const Colour colour = parse_colour(options.color);
+    const RgbColor color = parse_color(options.color);
     auto_ptr<Image> photo = read_photo(options.input, IMAGE_FORMAT_TYPE_RGBA);
     unsigned char* pixels = photo->getPlanes()[0];
     const int width = static_cast<int>(photo->getWidth());
     const int height = static_cast<int>(photo->getHeight());
     method.blur(pixels, width, height, options.radius);
-    alpha_blend(pixels, width * height, colour.red, colour.green, colour.blue, options.alpha);
+    alpha_blend(pixels, width * height, color.red, color.green, color.blue, options.alpha);
     write_photo(options.output, photo);
 }
 

@@ -20,7 +20,7 @@ struct CornersOptions {
     bool keepAll = false;
 };
 
-// A square of lines one pixel wide about the corner, so that the corner itself stays to be seen.
+// Draws the outline of a square around the corner. The corner itself stays visible.
 void mark(Image& photo, const KeyPoint& corner) {
     constexpr int kReach = 4;
     constexpr unsigned char kRed[3] = {255, 0, 0};

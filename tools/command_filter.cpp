@@ -37,7 +37,7 @@ void filter_photo(const FilterOptions& options) {
     const FilterDescription& description = describe_filter(options.name);
     auto_ptr<Image> photo = read_photo(options.input, IMAGE_FORMAT_TYPE_RGBA);
     auto_ptr<ImageFilterBaseGL> filter = open_filter(options.name);
-    // The filters' own quad turns camera frames; a photo is upright already.
+    // By default the filters turn their picture, as camera frames need. A photo is upright already.
     float upright[8] = {0, 0, 1, 0, 0, 1, 1, 1};
     filter->setParameters("mTexVertices", upright);
     if (!options.table.empty()) {

@@ -19,12 +19,12 @@ constexpr size_t kLeastSwatchWidth = 8;
 struct PaletteOptions {
     std::string input;
     std::string output;
-    int colours = 16;
+    int colors = 16;
 };
 
 using Rgb = std::array<unsigned char, 3>;
 
-std::vector<Rgb> palette_of(Image& photo, int colours) {
+std::vector<Rgb> palette_of(Image& photo, int colors) {
     ColorQuantizer quantizer;
     quantizer.prepare(static_cast<int32_t>(photo.getWidth()), static_cast<int32_t>(photo.getHeight()));
     const unsigned char* pixels = photo.getPlanes()[0];
@@ -33,7 +33,7 @@ std::vector<Rgb> palette_of(Image& photo, int colours) {
         quantizer.addColor(pixels[i], pixels[i + 1], pixels[i + 2]);
     }
     std::vector<Rgb> palette;
-    for (const Color& color : quantizer.getPalette(colours)) {
+    for (const Color& color : quantizer.getPalette(colors)) {
         palette.push_back({static_cast<unsigned char>(color.red), static_cast<unsigned char>(color.green),
                            static_cast<unsigned char>(color.blue)});
     }
@@ -43,7 +43,7 @@ std::vector<Rgb> palette_of(Image& photo, int colours) {
     return palette;
 }
 
-// The nearest palette entry of any colour. Each colour is searched for once: photos repeat theirs many times.
+// Finds the nearest palette entry of a colour. Results are kept, because photos repeat their colours.
 class NearestEntry {
   public:
     explicit NearestEntry(const std::vector<Rgb>& palette) : m_Palette(palette), m_Known(size_t{1} << 24, kUnknown) {}
@@ -72,7 +72,7 @@ class NearestEntry {
     std::vector<uint16_t> m_Known;
 };
 
-// The palette's colours in rows of equal swatches, white where the last row runs out of them.
+// The palette's colours as rows of equal swatches. The unused rest of the last row is white.
 std::vector<unsigned char> draw_swatches(const std::vector<Rgb>& palette, size_t width) {
     const size_t most = std::max<size_t>(1, width / kLeastSwatchWidth);
     const size_t rows = (palette.size() + most - 1) / most;
@@ -111,14 +111,14 @@ auto_ptr<Image> with_palette(Image& photo, const std::vector<Rgb>& palette) {
 
 void palette(const PaletteOptions& options) {
     auto_ptr<Image> photo = read_photo(options.input);
-    const std::vector<Rgb> colours = palette_of(*photo, options.colours);
+    const std::vector<Rgb> colors = palette_of(*photo, options.colors);
     if (!options.output.empty()) {
-        auto_ptr<Image> reduced = with_palette(*photo, colours);
+        auto_ptr<Image> reduced = with_palette(*photo, colors);
         write_photo(options.output, reduced);
     }
-    for (const Rgb& colour : colours) {
+    for (const Rgb& color : colors) {
         char line[9];
-        std::snprintf(line, sizeof(line), "#%02X%02X%02X\n", colour[0], colour[1], colour[2]);
+        std::snprintf(line, sizeof(line), "#%02X%02X%02X\n", color[0], color[1], color[2]);
         std::cout << line;
     }
 }
@@ -128,7 +128,7 @@ void palette(const PaletteOptions& options) {
 std::function<void()> setup_palette_command(CLI::App& app) {
     auto options = std::make_shared<PaletteOptions>();
     app.add_option("input", options->input, "The photo, a JPEG file")->required();
-    app.add_option("-n,--colours", options->colours, "How many colours the palette may have")
+    app.add_option("-n,--colors", options->colors, "How many colours the palette may have")
         ->check(CLI::Range(1, static_cast<int>(ColorQuantizer::kMaxColors)))
         ->capture_default_str();
     app.add_option("-o,--output", options->output,

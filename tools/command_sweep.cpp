@@ -43,7 +43,7 @@ bool is_blank_or_comment(const std::string& line) {
     return first == std::string::npos || line[first] == '#';
 }
 
-// Lines "gyroX,gyroY" in degrees; blank lines and lines that begin with '#' are passed over.
+// Lines "gyroX,gyroY" in degrees; blank lines and lines that begin with '#' are ignored.
 std::vector<Reading> read_track(const std::string& path) {
     std::ifstream file(path);
     if (!file) {
@@ -75,7 +75,7 @@ Nv21Frame read_frame(const std::string& path) {
     const std::vector<unsigned char> rgb = even_width_rgb(photo);
     Nv21Frame frame;
     frame.width = static_cast<int>(photo->getWidth() + photo->getWidth() % 2);
-    // Chroma goes by pairs of rows: the last row of an odd height has none.
+    // Two rows share their chroma, so the last row of an odd height is left out.
     frame.height = static_cast<int>(photo->getHeight() - photo->getHeight() % 2);
     if (frame.height == 0) {
         throw CommandError(path + " is a single row of pixels");
@@ -86,7 +86,7 @@ Nv21Frame read_frame(const std::string& path) {
     return frame;
 }
 
-// Stands in where there are no photos: the answers depend on the angles alone.
+// Used when no photos are given: the answers depend on the angles only.
 Nv21Frame blank_frame() {
     return {2, 2, std::vector<unsigned char>(6)};
 }
@@ -116,7 +116,7 @@ void sweep(const SweepOptions& options) {
                << offsetX << ',' << offsetY << '\n';
     }
     std::cout << report.str();
-    // Not closed, which would wait for one more frame: the destructor ends the worker.
+    // Closing would wait for one more frame. The destructor ends the worker without it.
 }
 
 }  // namespace

@@ -3,68 +3,20 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <system_error>
 
 #include "frameworks/images/color_convert.h"
-#include "frameworks/images/image_decoder_factory.h"
 #include "frameworks/images/image_encoder_factory.h"
+#include "frameworks/images/jpeg_decoder.h"
+#include "frameworks/images/jpeg_report.h"
 #include "frameworks/io/file_stream.h"
-#include "platform/log.h"
 #include "tools/command.h"
 
 namespace korvane {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The codec says only that it failed; what libjpeg had to say about it goes to the log, and is picked up there.
-class CodecMessage {
-  public:
-    CodecMessage() { swap_android_log_listener(m_Others); }
-    ~CodecMessage() { swap_android_log_listener(m_Others); }
-    CodecMessage(const CodecMessage&) = delete;
-    CodecMessage& operator=(const CodecMessage&) = delete;
-
-    const std::string& text() const { return m_Text; }
-
-  private:
-    static void sink(void* user, int priority, const char* tag, const char* text) {
-        auto* self = static_cast<CodecMessage*>(user);
-        constexpr char kBeforeMessage[] = "  msg: ";
-        if (const char* found = strstr(text, kBeforeMessage)) {
-            std::string& message = self->m_Text;
-            message = found + strlen(kBeforeMessage);
-            message.erase(message.find_last_not_of('\n') + 1);
-        }
-        // Another thread may be at work while a photo is read, and somebody may be following it.
-        if (self->m_Others.sink != nullptr) {
-            self->m_Others.sink(self->m_Others.user, priority, tag, text);
-        }
-    }
-
-    std::string m_Text;
-    // Ours, until the constructor swaps it for the one that was there.
-    AndroidLogListener m_Others{sink, this};
-};
-
-// Knows whether the decoder, at the last, asked for more than the file holds.
-class PhotoSource : public FileStream {
-  public:
-    explicit PhotoSource(const std::string& path) : FileStream(path.c_str(), FILE_MODE_ONLY_READ) {}
-
-    size_t read(void* buffer, size_t count) override {
-        const size_t got = FileStream::read(buffer, count);
-        m_RanOut = got == 0;
-        return got;
-    }
-
-    bool ranOut() const { return m_RanOut; }
-
-  private:
-    bool m_RanOut = false;
-};
 
 // Counts what it was asked to write: a full disk may show as late as in the last flush, which has no answer.
 class PhotoTarget : public FileStream {
@@ -152,20 +104,17 @@ auto_ptr<Image> convert_photo(auto_ptr<Image>& image, ImageFormatType format, co
 
 auto_ptr<Image> read_photo(const std::string& path, ImageFormatType format) {
     check_readable(path);
-    const CodecMessage message;
-    auto* source = new PhotoSource(path);
-    auto_ptr<Stream> stream(source);
-    auto_ptr<ImageDecoderFactory> factory(new ImageDecoderFactory);
-    ImageDecoder* decoder = factory->createImageDecoder(stream);
-    if (decoder == nullptr) {
+    auto_ptr<Stream> stream(new FileStream(path.c_str(), FileStream::FILE_MODE_ONLY_READ));
+    if (!JpegDecoder().isSupported(stream)) {
         fail("cannot read", path, "it is not a JPEG file");
     }
     auto_ptr<Image> image(new Image(0, 0, 1, IMAGE_FORMAT_TYPE_NONE, nullptr));
-    if (!decoder->decode(stream, image)) {
-        if (!message.text().empty()) {
-            fail("cannot read", path, "damaged or unsupported JPEG: " + message.text());
+    JpegReport report;
+    if (!decode_jpeg(*stream, *image, report)) {
+        if (report.error[0] != '\0') {
+            fail("cannot read", path, std::string("damaged or unsupported JPEG: ") + report.error);
         }
-        fail("cannot read", path, source->ranOut() ? "the JPEG file is cut short" : "the picture is too large");
+        fail("cannot read", path, report.endsEarly ? "the JPEG file is cut short" : "the picture is too large");
     }
     if (image->getFormatType() == IMAGE_FORMAT_TYPE_NONE) {
         fail("cannot read", path, "only grayscale and colour JPEG files are supported, not CMYK ones");
@@ -179,7 +128,6 @@ auto_ptr<Image> read_photo(const std::string& path, ImageFormatType format) {
 void write_photo(const std::string& path, auto_ptr<Image>& image, int quality) {
     const fs::path target = resolve_target(path);
     const TemporaryFile temporary(target.string() + "." + std::to_string(getpid()) + ".tmp");
-    const CodecMessage message;
     errno = 0;
     auto* file = new PhotoTarget(temporary.path());
     auto_ptr<Stream> stream(file);
@@ -191,7 +139,7 @@ void write_photo(const std::string& path, auto_ptr<Image>& image, int quality) {
     const bool encoded = encoder->encode(stream, image, quality);
     stream->close();
     if (!encoded) {
-        fail("cannot write", path, message.text().empty() ? "not enough memory" : message.text());
+        fail("cannot write", path, "the picture cannot be encoded, or the disk is full");
     }
     std::error_code error;
     if (fs::file_size(temporary.path(), error) != file->asked() || error) {

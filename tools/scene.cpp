@@ -53,7 +53,7 @@ float box(Point p, Point topLeft, Point bottomRight) {
     return std::max(std::max(topLeft.x - p.x, p.x - bottomRight.x), std::max(topLeft.y - p.y, p.y - bottomRight.y));
 }
 
-// Left of the line from `a` to `b`, seen on the screen, is outside.
+// The left side of the line from `a` to `b` is outside.
 float beside(Point p, Point a, Point b) {
     const float dx = b.x - a.x;
     const float dy = b.y - a.y;
@@ -185,7 +185,7 @@ class Scene {
         if (on_text(p, {0.853f, 0.675f}, 0.0082f, "KORVANE", 7)) {
             paint = {26, 30, 48};
         }
-        // A line too small to read and a fan of lines that draw together: what sharpness is judged by.
+        // Text too small to read and lines that meet in one point: they show how sharp a picture is.
         if (on_text(p, {0.853f, 0.755f}, 0.0024f, "NERVEAKORVANERAVEN", 18)) {
             paint = {60, 40, 90};
         }

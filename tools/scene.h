@@ -1,6 +1,6 @@
 // The test scene: a picture drawn in code, so that demo, tests and benchmarks need no photo.
 //
-// A house on a meadow in front of hills, with nothing in it that a turn or a mirror image would leave as it is: smooth
+// A house on a meadow in front of hills. A turned or mirrored picture always differs from the original. It has smooth
 // gradients (sky, sun), fine texture (grass, shingles), text-like edges (the board), saturated shapes and thin lines.
 #ifndef KORVANE_TOOLS_SCENE_H_
 #define KORVANE_TOOLS_SCENE_H_

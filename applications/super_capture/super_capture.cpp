@@ -48,6 +48,7 @@ result_t SuperCapture::init(uint32_t width, uint32_t height, uint32_t format) {
     m_FrameFormat = format;
     m_Frames.clear();
     m_OutputFrame.clear();
+    m_Summary = {};
     m_IsFinished = false;
     m_IsRunning.store(true, std::memory_order_relaxed);
     // The join above has set it, and the new worker would end before it ran.
@@ -94,6 +95,7 @@ bool SuperCapture::waitForFrame(auto_ptr<SuperCaptureFrame>& frame) {
         m_CondInput.waitRelative(m_MutexInput, kInputWaitNanoseconds);
     }
     KORVANE_LOGD("SuperCapture::run   getFrame\n");
+    countTaken();
     return true;
 }
 
@@ -101,6 +103,11 @@ void SuperCapture::merge(auto_ptr<SuperCaptureFrame>& frame, auto_ptr<SuperCaptu
     if (scheme.get() == nullptr) {
         const int lum = mean_luma_of(*frame);
         KORVANE_LOGD("SuperCapture::run lum:%d select scheme", lum);
+        {
+            const std::lock_guard<Mutex> guard(m_MutexOutput);
+            m_Summary.meanLuma = lum;
+            m_Summary.isLowLight = lum <= kLowLightMeanLuma;
+        }
         scheme = create_scheme(lum);
         if (scheme.get() == nullptr) {
             return;
@@ -108,6 +115,20 @@ void SuperCapture::merge(auto_ptr<SuperCaptureFrame>& frame, auto_ptr<SuperCaptu
         scheme->init(m_FrameWidth, m_FrameHeight, m_FrameFormat);
     }
     scheme->process(frame);
+    countMerged(scheme->count());
+}
+
+void SuperCapture::countTaken() {
+    {
+        const std::lock_guard<Mutex> guard(m_MutexOutput);
+        ++m_Summary.framesTaken;
+    }
+    m_CondOutput.signal();
+}
+
+void SuperCapture::countMerged(int frames) {
+    const std::lock_guard<Mutex> guard(m_MutexOutput);
+    m_Summary.framesMerged = static_cast<size_t>(frames);
 }
 
 void SuperCapture::run() {
@@ -173,6 +194,19 @@ result_t SuperCapture::final() {
     m_Frames.clear();
     KORVANE_LOGD("SuperCapture::final .....................  4");
     return 0;
+}
+
+bool SuperCapture::waitUntilTaken(size_t frames) {
+    const std::lock_guard<Mutex> guard(m_MutexOutput);
+    while (m_Summary.framesTaken < frames && !m_IsFinished) {
+        m_CondOutput.wait(m_MutexOutput);
+    }
+    return m_Summary.framesTaken >= frames;
+}
+
+SuperCaptureSummary SuperCapture::summary() {
+    const std::lock_guard<Mutex> guard(m_MutexOutput);
+    return m_Summary;
 }
 
 void SuperCapture::stopAndJoin() {

@@ -10,6 +10,7 @@
 #define KORVANE_APPLICATIONS_SUPER_CAPTURE_SUPER_CAPTURE_H_
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 #include "applications/super_capture/super_capture_frame.h"
@@ -19,6 +20,15 @@
 #include "frameworks/utils/guarded_array.h"
 #include "frameworks/utils/mutex.h"
 #include "frameworks/utils/thread.h"
+
+// What the worker has done with a burst so far.
+struct SuperCaptureSummary {
+    size_t framesTaken = 0;
+    size_t framesMerged = 0;
+    // Of the first frame taken.
+    int meanLuma = 0;
+    bool isLowLight = false;
+};
 
 class SuperCapture : public Thread {
   public:
@@ -50,9 +60,17 @@ class SuperCapture : public Thread {
     // Stops and joins the worker and drops the queue. 0.
     result_t final();
 
+    // Waits until the worker has taken this many frames of the burst. False when it ended before, or never began.
+    bool waitUntilTaken(size_t frames);
+
+    // Complete after popFrame() or final().
+    SuperCaptureSummary summary();
+
   private:
     bool waitForFrame(auto_ptr<SuperCaptureFrame>& frame);
     void merge(auto_ptr<SuperCaptureFrame>& frame, auto_ptr<SuperCaptureScheme>& scheme);
+    void countTaken();
+    void countMerged(int frames);
     void finish(const auto_ptr<SuperCaptureFrame>& frame);
     void stopAndJoin();
 
@@ -63,6 +81,8 @@ class SuperCapture : public Thread {
     auto_ptr<SuperCaptureFrame> m_OutputFrame;
     // No worker is, or will be, on its way to m_OutputFrame. Guarded, like that, by m_MutexOutput.
     bool m_IsFinished = true;
+    // Guarded by m_MutexOutput as well.
+    SuperCaptureSummary m_Summary;
     std::atomic<bool> m_IsRunning{false};
     Mutex m_MutexInput;
     Mutex m_MutexOutput;

@@ -34,13 +34,16 @@ class SuperCaptureScheme : public RefBase {
     // Frees the accumulator.
     virtual void release();
 
+    // Frames merged so far.
+    int count() const { return m_Count; }
+
   protected:
     // Plane 0 of a frame that fits the accumulator, else null.
     unsigned char* usablePlane(auto_ptr<SuperCaptureFrame>& frame) const;
     size_t bytes() const { return yuyv_frame_bytes(m_Width, m_Height); }
 
     int* m_Buffer = nullptr;
-    // Frames merged so far. Not the reference count of the same name in RefBase.
+    // Not the reference count of the same name in RefBase.
     int m_Count = 0;
     uint32_t m_Width = 0;
     uint32_t m_Height = 0;

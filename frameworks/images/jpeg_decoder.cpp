@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "frameworks/core/memory.h"
+#include "frameworks/images/jpeg_report.h"
 #include "frameworks/images/jpeg_utils.h"
 
 namespace {
@@ -34,7 +35,26 @@ constexpr ImageFormatType kFormats[] = {
 struct Target {
     Image* picture;
     unsigned char* row;
+    korvane::JpegReport* report;
 };
+
+struct ReportingErrors : jpeg_utils_error_mgr {
+    korvane::JpegReport* report;
+};
+
+static_assert(korvane::JpegReport::kMaxTextBytes >= JMSG_LENGTH_MAX);
+
+void report_error(j_common_ptr cinfo) {
+    cinfo->err->format_message(cinfo, static_cast<ReportingErrors*>(cinfo->err)->report->error);
+    jpeg_utils_error_exit(cinfo);
+}
+
+void report_message(j_common_ptr cinfo, int level) {
+    const bool isWarning = level < 0;
+    if (isWarning && cinfo->err->num_warnings++ == 0) {
+        cinfo->err->format_message(cinfo, static_cast<ReportingErrors*>(cinfo->err)->report->warning);
+    }
+}
 
 ImageFormatType format_of(J_COLOR_SPACE space) {
     const auto index = static_cast<size_t>(space);
@@ -62,9 +82,14 @@ bool prepare(const jpeg_decompress_struct* cinfo, size_t strideBytes, Target* ta
     return target->picture->getPlanes()[0] != nullptr;
 }
 
+bool ends_early(Target* target) {
+    target->report->endsEarly = true;
+    return false;
+}
+
 bool read_lines(jpeg_decompress_struct* cinfo, Target* target) {
     if (!jpeg_start_decompress(cinfo)) {
-        return false;
+        return ends_early(target);
     }
     const size_t strideBytes = static_cast<size_t>(cinfo->output_width) * static_cast<size_t>(cinfo->output_components);
     if (!prepare(cinfo, strideBytes, target)) {
@@ -75,20 +100,24 @@ bool read_lines(jpeg_decompress_struct* cinfo, Target* target) {
         JSAMPROW row = pixels == nullptr ? target->row : pixels + cinfo->output_scanline * strideBytes;
         // A call that yields no line means that the stream ran dry; asking again would go on for ever.
         if (jpeg_read_scanlines(cinfo, &row, 1) == 0) {
-            return false;
+            return ends_early(target);
         }
     }
-    jpeg_finish_decompress(cinfo);
+    // All lines are there, with or without an end marker behind them.
+    target->report->endsEarly = !jpeg_finish_decompress(cinfo);
     return true;
 }
 
 // The frame that libjpeg's fatal errors jump back to. Nothing in it is read after the jump, and it has no destructors.
 bool decompress(Stream* stream, Target* target) {
     jpeg_utils_source_mgr source(stream);
-    jpeg_utils_error_mgr error;
+    ReportingErrors error;
     jpeg_progress_mgr progress = {};
     jpeg_decompress_struct cinfo = {};
     cinfo.err = jpeg_utils_init_error_mgr(&error);
+    error.report = target->report;
+    error.error_exit = report_error;
+    error.emit_message = report_message;
     error.addon_message_table = kMessages;
     error.first_addon_message = kMessageTooManyScans;
     error.last_addon_message = kMessageTooManyScans;
@@ -100,7 +129,8 @@ bool decompress(Stream* stream, Target* target) {
     progress.progress_monitor = limit_scans;
     cinfo.progress = &progress;
     cinfo.src = &source;
-    const bool done = jpeg_read_header(&cinfo, TRUE) == JPEG_HEADER_OK && read_lines(&cinfo, target);
+    const bool done =
+        jpeg_read_header(&cinfo, TRUE) == JPEG_HEADER_OK ? read_lines(&cinfo, target) : ends_early(target);
     jpeg_destroy_decompress(&cinfo);
     return done;
 }
@@ -113,18 +143,23 @@ bool JpegDecoder::isSupported(auto_ptr<Stream>& stream) {
 }
 
 bool JpegDecoder::onDecode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) {
+    korvane::JpegReport report;
+    return korvane::decode_jpeg(*stream, *image, report);
+}
+
+bool korvane::decode_jpeg(Stream& stream, Image& image, JpegReport& report) {
     Image picture(0, 0, 1, IMAGE_FORMAT_TYPE_NONE, nullptr);
-    Target target = {&picture, nullptr};
-    const bool done = decompress(stream.get(), &target);
+    Target target = {&picture, nullptr, &report};
+    const bool done = decompress(&stream, &target);
     galloc_free(target.row);
     if (!done) {
         return false;
     }
     if (picture.getFormatType() == IMAGE_FORMAT_TYPE_NONE) {
         // A format without planes leaves the image's depth type as it was.
-        image->set(picture.getWidth(), picture.getHeight(), 1, IMAGE_FORMAT_TYPE_NONE, nullptr);
+        image.set(picture.getWidth(), picture.getHeight(), 1, IMAGE_FORMAT_TYPE_NONE, nullptr);
     } else {
-        image->swap(picture);
+        image.swap(picture);
     }
     return true;
 }

@@ -43,7 +43,7 @@ void blur_channels(const Blur& blur, unsigned char* pixels, int width, int heigh
     }
 }
 
-// The file must equal, byte for byte, what the steps done by hand give, also in the last pixels of an odd count.
+// The file equals, byte for byte, what the single steps give, also in the last pixels of an odd count.
 TEST(BlurCommand, BlursThenDims) {
     const struct {
         const char* name;

@@ -33,8 +33,8 @@ accepts corners scene.jpg -o plain.jpg --threshold 255
 accepts corners scene.jpg -o marked.jpg --threshold 10 --min-dist 4
 holds test "$(reds marked.jpg)" -gt "$(reds plain.jpg)"
 
-refuses '--colours.*0' palette scene.jpg -n 0
-refuses '--colours.*513' palette scene.jpg -n 513
+refuses '--colors.*0' palette scene.jpg -n 0
+refuses '--colors.*513' palette scene.jpg -n 513
 refuses 'cannot read missing.jpg' palette missing.jpg
 refuses 'cannot write nowhere/new.jpg' palette scene.jpg -n 4 -o nowhere/new.jpg
 

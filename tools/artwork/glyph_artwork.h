@@ -1,13 +1,13 @@
 // Draws the glyphs of the photo timestamp: digits, colon and dash, in the two sizes that the library carries.
 //
 // The face is a monoline: every glyph is a path of straight and cubic pieces in a unit box, drawn with one round pen,
-// so that stems are even by construction and all digits have one width. Round forms overshoot the box a little at top
+// so that all stems are equally thick and all digits have one width. Round forms overshoot the box a little at top
 // and bottom, without which they look smaller than flat ones. Edges are anti-aliased from the exact distance to the
 // path.
 //
 // The results are checked in as images (applications/photo_timestamp/artwork) and embedded when the library is built,
 // so a cross build needs no program that runs on the building machine. `korvane_glyphs FOLDER` writes them anew; a test
-// holds the images to what this code draws.
+// checks that the images are what this code draws.
 #ifndef KORVANE_TOOLS_ARTWORK_GLYPH_ARTWORK_H_
 #define KORVANE_TOOLS_ARTWORK_GLYPH_ARTWORK_H_
 

@@ -48,10 +48,8 @@ size_t count_of(const LogCapture& log, const std::string& text) {
         std::count_if(lines.begin(), lines.end(), [&](const std::string& line) { return line.find(text) == 0; }));
 }
 
-void wait_for(const LogCapture& log, const std::string& text, size_t count) {
-    while (count_of(log, text) < count) {
-        std::this_thread::yield();
-    }
+bool wait_for_frames(intptr_t handle, size_t count) {
+    return reinterpret_cast<SuperCapture*>(handle)->waitUntilTaken(count);
 }
 
 // The worker's lines or the caller's: each side's order is fixed, the two interleave as they like.
@@ -93,7 +91,7 @@ TEST(SuperCapture, MergesEveryFrameOnceByTheFirstFramesLight) {
                 model[b] = c.isLowLight ? std::max<int>(model[b], frame[b]) : model[b] + frame[b];
             }
             ASSERT_EQ(super_capture_module_push_frame(handle, Planes(frame)), 0);
-            wait_for(log, "SuperCapture::run   getFrame\n", i + 1);
+            ASSERT_TRUE(wait_for_frames(handle, i + 1));
         }
         Frame result(kBytes + 1, 0xA5);
         EXPECT_EQ(super_capture_module_pop_frame(handle, Planes(result)), 0);
@@ -207,7 +205,7 @@ TEST(SuperCapture, MergesWhileABurstIsPushed) {
         sum += 30 + i;
         ASSERT_EQ(super_capture_module_push_frame(handle, Planes(frame)), 0);
     }
-    wait_for(log, "SuperCapture::run   getFrame\n", kFrames);
+    ASSERT_TRUE(wait_for_frames(handle, kFrames));
     Frame result(kBytes);
     EXPECT_EQ(super_capture_module_pop_frame(handle, Planes(result)), 0);
     EXPECT_EQ(result, Frame(kBytes, static_cast<unsigned char>(sum / kFrames)));
@@ -235,6 +233,7 @@ TEST(SuperCapture, GoesAtEveryStage) {
         }
         // An engine of one's own: left without final(), begun again after it, begun twice.
         SuperCapture engine;
+        EXPECT_FALSE(engine.waitUntilTaken(1));
         engine.init(kWidth, kHeight, 1);
         engine.pushFrame(Planes(frame));
         if (i % 2 == 0) {
@@ -270,7 +269,7 @@ TEST(SuperCapture, ServesTheNewestFrameFirst) {
         engine.pushFrame(Planes(frame));
     }
     engine.isReleased = true;
-    wait_for(log, "SuperCapture::run   getFrame\n", 3);
+    ASSERT_TRUE(engine.waitUntilTaken(3));
     Frame result(kBytes);
     engine.popFrame(Planes(result));
     EXPECT_EQ(count_of(log, "SuperCapture::run lum:150 select scheme"), 1U);
@@ -285,7 +284,7 @@ TEST(SuperCapture, VeryBrightLargeFramesCountAsLowLight) {
     Frame bright(size_t{kLargeWidth} * kLargeHeight * 2, 255);
     const intptr_t handle = super_capture_module_init(kLargeWidth, kLargeHeight, 1);
     ASSERT_EQ(super_capture_module_push_frame(handle, Planes(bright)), 0);
-    wait_for(log, "SuperCapture::run   getFrame\n", 1);
+    ASSERT_TRUE(wait_for_frames(handle, 1));
     Frame result(bright.size());
     EXPECT_EQ(super_capture_module_pop_frame(handle, Planes(result)), 0);
     super_capture_module_destroy(handle);

@@ -1,4 +1,4 @@
-#include "tools/colour.h"
+#include "tools/color.h"
 
 #include <charconv>
 
@@ -6,11 +6,11 @@
 
 namespace korvane {
 
-Colour parse_colour(const std::string& text) {
+RgbColor parse_color(const std::string& text) {
     const size_t start = text.starts_with('#') ? 1 : 0;
     int value = 0;
     const char* const end = text.data() + text.size();
-    // A sign is no digit of a colour.
+    // from_chars would accept a minus sign.
     const bool digits = text.size() == start + 6 && text[start] != '-';
     const auto [stop, error] = std::from_chars(text.data() + start, end, value, 16);
     if (!digits || error != std::errc() || stop != end) {

@@ -1,0 +1,20 @@
+// Colours on the command line.
+#ifndef KORVANE_TOOLS_COLOR_H_
+#define KORVANE_TOOLS_COLOR_H_
+
+#include <string>
+
+namespace korvane {
+
+struct RgbColor {
+    int red;
+    int green;
+    int blue;
+};
+
+// Reads "#RRGGBB" or "RRGGBB", with upper or lower case digits. Throws CommandError for anything else.
+RgbColor parse_color(const std::string& text);
+
+}  // namespace korvane
+
+#endif  // KORVANE_TOOLS_COLOR_H_
