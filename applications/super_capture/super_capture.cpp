@@ -123,7 +123,7 @@ void SuperCapture::countTaken() {
         const std::lock_guard<Mutex> guard(m_MutexOutput);
         ++m_Summary.framesTaken;
     }
-    m_CondOutput.signal();
+    m_CondTaken.broadcast();
 }
 
 void SuperCapture::countMerged(int frames) {
@@ -159,6 +159,7 @@ void SuperCapture::finish(const auto_ptr<SuperCaptureFrame>& frame) {
         m_IsFinished = true;
     }
     m_CondOutput.signal();
+    m_CondTaken.broadcast();
 }
 
 result_t SuperCapture::popFrame(unsigned char** planes) {
@@ -199,7 +200,7 @@ result_t SuperCapture::final() {
 bool SuperCapture::waitUntilTaken(size_t frames) {
     const std::lock_guard<Mutex> guard(m_MutexOutput);
     while (m_Summary.framesTaken < frames && !m_IsFinished) {
-        m_CondOutput.wait(m_MutexOutput);
+        m_CondTaken.wait(m_MutexOutput);
     }
     return m_Summary.framesTaken >= frames;
 }
@@ -213,6 +214,9 @@ void SuperCapture::stopAndJoin() {
     m_IsRunning.store(false, std::memory_order_relaxed);
     join();
     // A worker that was joined before it began never ran; there is nothing to wait for any more.
-    const std::lock_guard<Mutex> guard(m_MutexOutput);
-    m_IsFinished = true;
+    {
+        const std::lock_guard<Mutex> guard(m_MutexOutput);
+        m_IsFinished = true;
+    }
+    m_CondTaken.broadcast();
 }

@@ -88,6 +88,8 @@ class SuperCapture : public Thread {
     Mutex m_MutexOutput;
     Condition m_CondInput;
     Condition m_CondOutput;
+    // Of its own, so that a waiting waitUntilTaken() cannot use up the one signal that popFrame() waits for.
+    Condition m_CondTaken;
 };
 
 #endif  // KORVANE_APPLICATIONS_SUPER_CAPTURE_SUPER_CAPTURE_H_
