@@ -17,14 +17,18 @@ constexpr Command kCommands[] = {
 #undef KORVANE_COMMAND
 };
 
-// Scripts read the first line of standard error, so an error never takes a second one.
-int report(std::string text) {
+// Scripts read standard error line by line, so a text never takes a second one.
+void print_line(std::string text) {
     for (char& c : text) {
         if (c == '\n' || c == '\r') {
             c = ' ';
         }
     }
-    std::cerr << "korvane: " << text << std::endl;
+    std::cerr << "korvane: " + text + '\n' << std::flush;
+}
+
+int report(const std::string& text) {
+    print_line(text);
     return kExitBadInput;
 }
 
@@ -36,6 +40,10 @@ bool lacks(std::span<const Command> commands, const std::string& name) {
 
 std::span<const Command> commands() {
     return kCommands;
+}
+
+void print_warning(const std::string& text) {
+    print_line("warning: " + text);
 }
 
 int run_program(std::span<const Command> commands, const std::vector<std::string>& arguments) {

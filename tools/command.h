@@ -45,6 +45,9 @@ std::span<const Command> commands();
 // one line on standard error for any bad input or usage.
 int run_program(std::span<const Command> commands, const std::vector<std::string>& arguments);
 
+// One line on standard error.
+void print_warning(const std::string& text);
+
 #define KORVANE_COMMAND(name, description) std::function<void()> setup_##name##_command(CLI::App& app);
 #include "tools/commands.def"
 #undef KORVANE_COMMAND

@@ -8,7 +8,7 @@
 
 #include "applications/super_capture/super_capture_mode.h"
 #include "tools/command.h"
-#include "tools/photo_io.h"
+#include "tools/photo/photo_io.h"
 #include "tools/yuyv_photo.h"
 
 namespace korvane {
@@ -16,6 +16,7 @@ namespace {
 
 struct AdviseOptions {
     std::vector<std::string> frames;
+    ReadOptions read;
 };
 
 // The advisor reports to a Java object. Without one, a changed m_LastLumAvg shows that it made a report.
@@ -49,8 +50,8 @@ void advise(const AdviseOptions& options) {
     int width = 0;
     int height = 0;
     for (const std::string& path : options.frames) {
-        auto_ptr<Image> photo = read_photo(path);
-        const YuyvFrame frame = to_yuyv(photo);
+        Photo photo = read_photo(path, IMAGE_FORMAT_TYPE_RGB, options.read);
+        const YuyvFrame frame = to_yuyv(photo.image);
         if (width == 0) {
             width = frame.width;
             height = frame.height;
@@ -68,7 +69,8 @@ void advise(const AdviseOptions& options) {
 
 std::function<void()> setup_advise_command(CLI::App& app) {
     auto options = std::make_shared<AdviseOptions>();
-    app.add_option("frames", options->frames, "The photos in their order, JPEG files of one size")->required();
+    app.add_option("frames", options->frames, "The photos in their order, all of one size")->required();
+    add_read_options(app, options->read);
     return [options] { advise(*options); };
 }
 

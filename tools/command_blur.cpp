@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "algorithms/alpha_blend.h"
@@ -12,14 +13,13 @@
 #include "algorithms/stack_blur.h"
 #include "tools/color.h"
 #include "tools/command.h"
-#include "tools/photo_io.h"
+#include "tools/photo/photo_io.h"
 
 namespace korvane {
 namespace {
 
 struct BlurOptions {
-    std::string input;
-    std::string output;
+    PhotoOptions photo;
     std::string method = "stack";
     int radius = 25;
     std::string color = "#000000";
@@ -89,21 +89,21 @@ const Method& find_method(const BlurOptions& options) {
 void blur(const BlurOptions& options) {
     const Method& method = find_method(options);
     const RgbColor color = parse_color(options.color);
-    auto_ptr<Image> photo = read_photo(options.input, IMAGE_FORMAT_TYPE_RGBA);
-    unsigned char* pixels = photo->getPlanes()[0];
-    const int width = static_cast<int>(photo->getWidth());
-    const int height = static_cast<int>(photo->getHeight());
+    check_output(options.photo.output, options.photo.write);
+    Photo photo = read_photo(options.photo.input, IMAGE_FORMAT_TYPE_RGBA, options.photo.read);
+    unsigned char* pixels = photo.pixels();
+    const int width = static_cast<int>(photo.image->getWidth());
+    const int height = static_cast<int>(photo.image->getHeight());
     method.blur(pixels, width, height, options.radius);
     alpha_blend(pixels, width * height, color.red, color.green, color.blue, options.alpha);
-    write_photo(options.output, photo);
+    write_photo(options.photo.output, std::move(photo), options.photo.write);
 }
 
 }  // namespace
 
 std::function<void()> setup_blur_command(CLI::App& app) {
     auto options = std::make_shared<BlurOptions>();
-    app.add_option("input", options->input, "The photo, a JPEG file")->required();
-    app.add_option("-o,--output", options->output, "Where the result goes, a JPEG file")->required();
+    add_photo_options(app, options->photo);
     app.add_option("--method", options->method,
                    "stack, box (a plain mean), fast (the same, rounded down), gauss (three boxes) or iir (a recursive "
                    "Gaussian)")

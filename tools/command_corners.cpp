@@ -3,19 +3,19 @@
 #include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "algorithms/fast_detection.h"
 #include "frameworks/images/color_convert.h"
 #include "tools/command.h"
-#include "tools/photo_io.h"
+#include "tools/photo/photo_io.h"
 
 namespace korvane {
 namespace {
 
 struct CornersOptions {
-    std::string input;
-    std::string output;
+    PhotoOptions photo;
     FastParams params = {20, 1, 8, 0, 3, 3};
     bool keepAll = false;
 };
@@ -37,18 +37,19 @@ void mark(Image& photo, const KeyPoint& corner) {
 }
 
 void corners(CornersOptions options) {
-    auto_ptr<Image> photo = read_photo(options.input);
-    const int width = static_cast<int>(photo->getWidth());
-    const int height = static_cast<int>(photo->getHeight());
+    check_output(options.photo.output, options.photo.write);
+    Photo photo = read_photo(options.photo.input, IMAGE_FORMAT_TYPE_RGB, options.photo.read);
+    const int width = static_cast<int>(photo.image->getWidth());
+    const int height = static_cast<int>(photo.image->getHeight());
     std::vector<unsigned char> gray(static_cast<size_t>(width) * static_cast<size_t>(height));
-    color_convert_rgb2gray(photo->getPlanes()[0], gray.data(), width, height);
+    color_convert_rgb2gray(photo.pixels(), gray.data(), width, height);
     options.params.nonmax_suppression = options.keepAll ? 0 : 1;
     std::vector<KeyPoint> found;
     fast16(gray.data(), found, width, height, &options.params);
     for (const KeyPoint& corner : found) {
-        mark(*photo, corner);
+        mark(*photo.image, corner);
     }
-    write_photo(options.output, photo);
+    write_photo(options.photo.output, std::move(photo), options.photo.write);
     std::cout << found.size() << (found.size() == 1 ? " corner\n" : " corners\n");
 }
 
@@ -56,9 +57,7 @@ void corners(CornersOptions options) {
 
 std::function<void()> setup_corners_command(CLI::App& app) {
     auto options = std::make_shared<CornersOptions>();
-    app.add_option("input", options->input, "The photo, a JPEG file")->required();
-    app.add_option("-o,--output", options->output, "Where the photo with its corners marked goes, a JPEG file")
-        ->required();
+    add_photo_options(app, options->photo);
     app.add_option("--threshold", options->params.threshold,
                    "By how much the pixels about a corner are darker or brighter than it, at the least")
         ->check(CLI::Range(0, 255))

@@ -6,11 +6,12 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "applications/super_capture/super_capture.h"
 #include "tools/command.h"
-#include "tools/photo_io.h"
+#include "tools/photo/photo_io.h"
 #include "tools/yuyv_photo.h"
 
 namespace korvane {
@@ -19,6 +20,8 @@ namespace {
 struct MergeOptions {
     std::vector<std::string> frames;
     std::string output;
+    ReadOptions read;
+    WriteOptions write;
 };
 
 // The planes that the engine takes: frames are packed, so only the first is used.
@@ -50,17 +53,18 @@ class Progress {
 };
 
 void merge(const MergeOptions& options) {
-    auto_ptr<Image> photo = read_photo(options.frames.front());
-    const auto width = photo->getWidth();
-    const auto height = photo->getHeight();
-    YuyvFrame frame = to_yuyv(photo);
+    check_output(options.output, options.write);
+    Photo photo = read_photo(options.frames.front(), IMAGE_FORMAT_TYPE_RGB, options.read);
+    const auto width = photo.image->getWidth();
+    const auto height = photo.image->getHeight();
+    YuyvFrame frame = to_yuyv(photo.image);
     SuperCapture burst;
     burst.init(static_cast<uint32_t>(frame.width), static_cast<uint32_t>(frame.height), FRAME_FORMAT_TYPE_YUYV);
     {
         const Progress progress;
         for (size_t i = 0; i < options.frames.size(); ++i) {
             if (i > 0) {
-                auto_ptr<Image> next = read_photo(options.frames[i]);
+                auto_ptr<Image> next = read_photo(options.frames[i], IMAGE_FORMAT_TYPE_RGB, options.read).image;
                 if (next->getWidth() != width || next->getHeight() != height) {
                     throw CommandError(options.frames[i] + " is not of the size of " + options.frames.front());
                 }
@@ -78,8 +82,8 @@ void merge(const MergeOptions& options) {
     if (summary.framesMerged != options.frames.size()) {
         throw std::bad_alloc();
     }
-    from_yuyv(frame, photo);
-    write_photo(options.output, photo);
+    from_yuyv(frame, photo.image);
+    write_photo(options.output, std::move(photo), options.write);
     std::cout << (summary.isLowLight ? "low light (maximum)" : "high light (mean)") << ", mean luma "
               << summary.meanLuma << ", " << summary.framesMerged << " frames merged\n";
 }
@@ -88,8 +92,9 @@ void merge(const MergeOptions& options) {
 
 std::function<void()> setup_merge_command(CLI::App& app) {
     auto options = std::make_shared<MergeOptions>();
-    app.add_option("frames", options->frames, "The photos, JPEG files of one size")->required();
-    app.add_option("-o,--output", options->output, "Where the result goes, a JPEG file")->required();
+    app.add_option("frames", options->frames, "The photos, all of one size; the first one's EXIF goes on")->required();
+    add_read_options(app, options->read);
+    add_output(app, options->output, options->write);
     return [options] { merge(*options); };
 }
 

@@ -1,14 +1,18 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <iostream>
 #include <memory>
+#include <new>
+#include <utility>
 #include <vector>
 
 #include "applications/gif_maker/color_quantizer.h"
 #include "tools/command.h"
-#include "tools/photo_io.h"
+#include "tools/photo/file_io.h"
+#include "tools/photo/formats.h"
+#include "tools/photo/metadata.h"
+#include "tools/photo/photo_io.h"
 
 namespace korvane {
 namespace {
@@ -16,13 +20,12 @@ namespace {
 constexpr size_t kSwatchHeight = 32;
 constexpr size_t kLeastSwatchWidth = 8;
 
+constexpr int kMaxPngColors = 256;
+
 struct PaletteOptions {
-    std::string input;
-    std::string output;
+    PhotoOptions photo;
     int colors = 16;
 };
-
-using Rgb = std::array<unsigned char, 3>;
 
 std::vector<Rgb> palette_of(Image& photo, int colors) {
     ColorQuantizer quantizer;
@@ -48,7 +51,7 @@ class NearestEntry {
   public:
     explicit NearestEntry(const std::vector<Rgb>& palette) : m_Palette(palette), m_Known(size_t{1} << 24, kUnknown) {}
 
-    const Rgb& operator()(const unsigned char* rgb) {
+    size_t operator()(const unsigned char* rgb) {
         uint16_t& entry = m_Known[static_cast<size_t>(rgb[0]) << 16 | static_cast<size_t>(rgb[1]) << 8 | rgb[2]];
         if (entry == kUnknown) {
             const auto distance = [rgb](const Rgb& color) {
@@ -62,7 +65,7 @@ class NearestEntry {
             });
             entry = static_cast<uint16_t>(nearest - m_Palette.begin());
         }
-        return m_Palette[entry];
+        return entry;
     }
 
   private:
@@ -89,32 +92,51 @@ std::vector<unsigned char> draw_swatches(const std::vector<Rgb>& palette, size_t
     return pixels;
 }
 
-auto_ptr<Image> with_palette(Image& photo, const std::vector<Rgb>& palette) {
-    const uint32_t width = photo.getWidth();
-    const size_t photoBytes = static_cast<size_t>(width) * photo.getHeight() * 3;
+void reduce(Photo& photo, const std::vector<Rgb>& palette) {
+    const uint32_t width = photo.image->getWidth();
+    const size_t photoBytes = photo.pixelCount() * 3;
     const std::vector<unsigned char> swatches = draw_swatches(palette, width);
     const uint32_t swatchRows = static_cast<uint32_t>(swatches.size() / 3 / width);
-    auto_ptr<Image> result(
-        Image::createImage(width, photo.getHeight() + swatchRows, 1, IMAGE_FORMAT_TYPE_RGB, nullptr));
-    if (result == nullptr || result->getPlanes()[0] == nullptr) {
-        throw std::bad_alloc();
-    }
+    auto_ptr<Image> result = make_image(width, photo.image->getHeight() + swatchRows, IMAGE_FORMAT_TYPE_RGB);
     unsigned char* target = result->getPlanes()[0];
     NearestEntry nearest(palette);
     for (size_t i = 0; i < photoBytes; i += 3) {
-        const Rgb& color = nearest(photo.getPlanes()[0] + i);
+        const Rgb& color = palette[nearest(photo.pixels() + i)];
         target = std::copy(color.begin(), color.end(), target);
     }
     std::copy(swatches.begin(), swatches.end(), target);
-    return result;
+    photo.image = result;
+}
+
+void write_indexed(Photo& photo, const std::vector<Rgb>& palette, const PaletteOptions& options) {
+    Bytes indices(photo.pixelCount());
+    NearestEntry nearest(palette);
+    for (size_t i = 0; i < indices.size(); ++i) {
+        indices[i] = static_cast<unsigned char>(nearest(photo.pixels() + 3 * i));
+    }
+    update_metadata(photo, options.photo.write);
+    const IndexedPicture picture = {photo.image->getWidth(), photo.image->getHeight(), palette, std::move(indices)};
+    write_file(options.photo.output, write_indexed_png(picture, photo.metadata), options.photo.write.noClobber);
 }
 
 void palette(const PaletteOptions& options) {
-    auto_ptr<Image> photo = read_photo(options.input);
-    const std::vector<Rgb> colors = palette_of(*photo, options.colors);
-    if (!options.output.empty()) {
-        auto_ptr<Image> reduced = with_palette(*photo, colors);
-        write_photo(options.output, reduced);
+    const std::string& output = options.photo.output;
+    if (!output.empty()) {
+        check_output(output, options.photo.write);
+    }
+    Photo photo = read_photo(options.photo.input, IMAGE_FORMAT_TYPE_RGB, options.photo.read);
+    flatten(photo);
+    const bool isIndexed =
+        !output.empty() && output_format(output, options.photo.write, photo.format) == PhotoFormat::kPng;
+    if (isIndexed && options.colors > kMaxPngColors) {
+        throw CommandError("--colors: a PNG file has at most 256");
+    }
+    const std::vector<Rgb> colors = palette_of(*photo.image, options.colors);
+    if (isIndexed) {
+        write_indexed(photo, colors, options);
+    } else if (!output.empty()) {
+        reduce(photo, colors);
+        write_photo(output, std::move(photo), options.photo.write);
     }
     for (const Rgb& color : colors) {
         char line[9];
@@ -127,12 +149,14 @@ void palette(const PaletteOptions& options) {
 
 std::function<void()> setup_palette_command(CLI::App& app) {
     auto options = std::make_shared<PaletteOptions>();
-    app.add_option("input", options->input, "The photo, a JPEG file")->required();
+    add_input(app, options->photo);
     app.add_option("-n,--colors", options->colors, "How many colours the palette may have")
         ->check(CLI::Range(1, static_cast<int>(ColorQuantizer::kMaxColors)))
         ->capture_default_str();
-    app.add_option("-o,--output", options->output,
-                   "Where the photo in these colours goes, above a strip of swatches; a JPEG file");
+    app.add_option("-o,--output", options->photo.output,
+                   "The photo in these colours: a PNG file with exactly this palette (up to 256 colours), or a JPEG or "
+                   "WebP file with a strip of swatches below");
+    add_write_options(app, options->photo.write);
     return [options] { palette(*options); };
 }
 

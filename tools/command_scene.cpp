@@ -1,9 +1,10 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <memory>
+#include <utility>
 
 #include "tools/command.h"
-#include "tools/photo_io.h"
+#include "tools/photo/photo_io.h"
 #include "tools/scene.h"
 
 namespace korvane {
@@ -13,6 +14,7 @@ constexpr uint32_t kMaxSidePixels = 65500;
 
 struct SceneOptions {
     std::string output;
+    WriteOptions write;
     std::string size = "1920x1080";
 };
 
@@ -42,15 +44,18 @@ Size parse_size(const std::string& text) {
 
 std::function<void()> setup_scene_command(CLI::App& app) {
     auto options = std::make_shared<SceneOptions>();
-    app.add_option("output", options->output, "Where the picture goes, a JPEG file")->required();
+    app.add_option("output", options->output, "Where the picture goes; - is standard output")->required();
+    add_write_options(app, options->write);
     app.add_option("--size", options->size, "Width and height in pixels, as 1920x1080")->capture_default_str();
     return [options] {
         const Size size = parse_size(options->size);
-        auto_ptr<Image> scene = draw_scene(size.width, size.height);
-        if (scene->getPlanes()[0] == nullptr) {
+        check_output(options->output, options->write);
+        Photo scene;
+        scene.image = draw_scene(size.width, size.height);
+        if (scene.pixels() == nullptr) {
             throw CommandError("a picture of " + options->size + " does not fit in memory");
         }
-        write_photo(options->output, scene);
+        write_photo(options->output, std::move(scene), options->write);
     };
 }
 

@@ -12,7 +12,7 @@
 #include "applications/pano/panorama_interface.h"
 #include "frameworks/images/color_convert.h"
 #include "tools/command.h"
-#include "tools/photo_io.h"
+#include "tools/photo/photo_io.h"
 #include "tools/yuyv_photo.h"
 
 namespace korvane {
@@ -21,6 +21,7 @@ namespace {
 struct SweepOptions {
     std::string track;
     std::vector<std::string> frames;
+    ReadOptions read;
 };
 
 struct Reading {
@@ -70,8 +71,8 @@ std::vector<Reading> read_track(const std::string& path) {
     return track;
 }
 
-Nv21Frame read_frame(const std::string& path) {
-    auto_ptr<Image> photo = read_photo(path);
+Nv21Frame read_frame(const std::string& path, const ReadOptions& options) {
+    auto_ptr<Image> photo = read_photo(path, IMAGE_FORMAT_TYPE_RGB, options).image;
     const std::vector<unsigned char> rgb = even_width_rgb(photo);
     Nv21Frame frame;
     frame.width = static_cast<int>(photo->getWidth() + photo->getWidth() % 2);
@@ -93,7 +94,7 @@ Nv21Frame blank_frame() {
 
 void sweep(const SweepOptions& options) {
     const std::vector<Reading> track = read_track(options.track);
-    Nv21Frame frame = options.frames.empty() ? blank_frame() : read_frame(options.frames.front());
+    Nv21Frame frame = options.frames.empty() ? blank_frame() : read_frame(options.frames.front(), options.read);
     PanoramaInterface panorama;
     const int width = frame.width;
     const int height = frame.height;
@@ -104,7 +105,7 @@ void sweep(const SweepOptions& options) {
     report << "row,result,direction,offset_x,offset_y\n";
     for (size_t i = 0; i < track.size(); ++i) {
         if (i > 0 && i < options.frames.size()) {
-            frame = read_frame(options.frames[i]);
+            frame = read_frame(options.frames[i], options.read);
         }
         if (frame.width != width || frame.height != height) {
             throw CommandError(options.frames[i] + " is not of the size of " + options.frames.front());
@@ -125,9 +126,9 @@ std::function<void()> setup_sweep_command(CLI::App& app) {
     auto options = std::make_shared<SweepOptions>();
     app.add_option("track", options->track, "The gyroscope's readings: a text file with lines gyroX,gyroY in degrees")
         ->required();
-    app.add_option(
-        "frames", options->frames,
-        "Photos of one size, JPEG files, one for each reading; the last one serves the readings that follow");
+    app.add_option("frames", options->frames,
+                   "Photos of one size, one for each reading; the last one serves the readings that follow");
+    add_read_options(app, options->read);
     return [options] { sweep(*options); };
 }
 

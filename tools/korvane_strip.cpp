@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tools/command.h"
-#include "tools/photo_io.h"
+#include "tools/photo/photo_io.h"
 
 namespace {
 
@@ -56,7 +56,7 @@ void make_strip(const char* output, uint32_t height, const std::vector<std::stri
     std::vector<auto_ptr<Image>> photos;
     uint32_t width = 0;
     for (const std::string& input : inputs) {
-        photos.push_back(read_photo(input));
+        photos.push_back(read_photo(input).image);
         width += scaled_width(photos.back().get(), height) + (photos.size() > 1 ? kGapPixels : 0);
     }
     auto_ptr<Image> strip(Image::createImage(width, height, 1, IMAGE_FORMAT_TYPE_RGB, nullptr));
@@ -69,7 +69,10 @@ void make_strip(const char* output, uint32_t height, const std::vector<std::stri
         draw(photo.get(), strip.get(), left);
         left += scaled_width(photo.get(), height) + kGapPixels;
     }
-    write_photo(output, strip, 85);
+    Photo photo;
+    photo.image = strip;
+    photo.jpeg.quality = 85;
+    write_photo(output, std::move(photo));
 }
 
 }  // namespace

@@ -38,21 +38,17 @@ struct Target {
     korvane::JpegReport* report;
 };
 
-struct ReportingErrors : jpeg_utils_error_mgr {
-    korvane::JpegReport* report;
-};
-
 static_assert(korvane::JpegReport::kMaxTextBytes >= JMSG_LENGTH_MAX);
 
 void report_error(j_common_ptr cinfo) {
-    cinfo->err->format_message(cinfo, static_cast<ReportingErrors*>(cinfo->err)->report->error);
+    cinfo->err->format_message(cinfo, static_cast<korvane::JpegReportingErrors*>(cinfo->err)->report->error);
     jpeg_utils_error_exit(cinfo);
 }
 
 void report_message(j_common_ptr cinfo, int level) {
     const bool isWarning = level < 0;
     if (isWarning && cinfo->err->num_warnings++ == 0) {
-        cinfo->err->format_message(cinfo, static_cast<ReportingErrors*>(cinfo->err)->report->warning);
+        cinfo->err->format_message(cinfo, static_cast<korvane::JpegReportingErrors*>(cinfo->err)->report->warning);
     }
 }
 
@@ -111,13 +107,10 @@ bool read_lines(jpeg_decompress_struct* cinfo, Target* target) {
 // The frame that libjpeg's fatal errors jump back to. Nothing in it is read after the jump, and it has no destructors.
 bool decompress(Stream* stream, Target* target) {
     jpeg_utils_source_mgr source(stream);
-    ReportingErrors error;
+    korvane::JpegReportingErrors error;
     jpeg_progress_mgr progress = {};
     jpeg_decompress_struct cinfo = {};
-    cinfo.err = jpeg_utils_init_error_mgr(&error);
-    error.report = target->report;
-    error.error_exit = report_error;
-    error.emit_message = report_message;
+    cinfo.err = korvane::init_jpeg_reporting_errors(&error, target->report);
     error.addon_message_table = kMessages;
     error.first_addon_message = kMessageTooManyScans;
     error.last_addon_message = kMessageTooManyScans;
@@ -145,6 +138,14 @@ bool JpegDecoder::isSupported(auto_ptr<Stream>& stream) {
 bool JpegDecoder::onDecode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) {
     korvane::JpegReport report;
     return korvane::decode_jpeg(*stream, *image, report);
+}
+
+jpeg_error_mgr* korvane::init_jpeg_reporting_errors(JpegReportingErrors* errors, JpegReport* report) {
+    jpeg_utils_init_error_mgr(errors);
+    errors->report = report;
+    errors->error_exit = report_error;
+    errors->emit_message = report_message;
+    return errors;
 }
 
 bool korvane::decode_jpeg(Stream& stream, Image& image, JpegReport& report) {

@@ -4,6 +4,7 @@
 #define KORVANE_FRAMEWORKS_IMAGES_JPEG_REPORT_H_
 
 #include "frameworks/images/image.h"
+#include "frameworks/images/jpeg_utils.h"
 #include "frameworks/io/stream.h"
 
 namespace korvane {
@@ -19,6 +20,13 @@ struct JpegReport {
     // The stream ended before the picture (decoding failed) or before its end marker.
     bool endsEarly = false;
 };
+
+struct JpegReportingErrors : jpeg_utils_error_mgr {
+    JpegReport* report;
+};
+
+// jpeg_utils_init_error_mgr, with the messages kept in `report`.
+jpeg_error_mgr* init_jpeg_reporting_errors(JpegReportingErrors* errors, JpegReport* report);
 
 // What JpegDecoder::onDecode does. It also logs the same.
 bool decode_jpeg(Stream& stream, Image& image, JpegReport& report);

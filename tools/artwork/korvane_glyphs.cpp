@@ -7,7 +7,7 @@
 
 #include "tools/artwork/glyph_artwork.h"
 #include "tools/command.h"
-#include "tools/photo_io.h"
+#include "tools/photo/photo_io.h"
 
 namespace {
 
@@ -67,8 +67,9 @@ int main(int argc, char** argv) {
             return 2;
         }
         if (argc == 3) {
-            auto_ptr<Image> specimen = draw_specimen();
-            korvane::write_photo(argv[2], specimen);
+            korvane::Photo specimen;
+            specimen.image = draw_specimen();
+            korvane::write_photo(argv[2], std::move(specimen));
         }
     } catch (const korvane::CommandError& error) {
         std::fprintf(stderr, "korvane_glyphs: %s\n", error.what());

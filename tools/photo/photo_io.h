@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+// How every command reads and writes photos, with the options that go with it.
+//
+// The functions throw CommandError with a text that names the file and the cause.
+#ifndef KORVANE_TOOLS_PHOTO_PHOTO_IO_H_
+#define KORVANE_TOOLS_PHOTO_PHOTO_IO_H_
+
+#include <string>
+
+#include "tools/photo/photo.h"
+
+namespace CLI {
+class App;
+}
+
+namespace korvane {
+
+struct ReadOptions {
+    // Damage is an error.
+    bool isStrict = false;
+};
+
+struct WriteOptions {
+    std::string format;
+    std::string subsampling;
+    // 0: that of the input.
+    int quality = 0;
+    bool strips = false;
+    bool noClobber = false;
+};
+
+// Of a command that makes one photo out of one.
+struct PhotoOptions {
+    std::string input;
+    std::string output;
+    ReadOptions read;
+    WriteOptions write;
+};
+
+// Add --strict, and --format, --quality, --subsampling, --strip and --no-clobber. Where -n is taken, the last has only
+// its long name.
+void add_read_options(CLI::App& app, ReadOptions& options);
+void add_write_options(CLI::App& app, WriteOptions& options);
+
+// Add the input, the output, and the options above.
+void add_input(CLI::App& app, PhotoOptions& options);
+void add_output(CLI::App& app, std::string& output, WriteOptions& options);
+void add_photo_options(CLI::App& app, PhotoOptions& options);
+
+// The photo in a file or, for "-", on standard input, upright and in the given format (RGB or RGBA). Damage that was
+// stepped over gives one line on standard error.
+Photo read_photo(const std::string& path, ImageFormatType format = IMAGE_FORMAT_TYPE_RGB,
+                 const ReadOptions& options = {});
+
+// Writes in the format that the options or the path's extension name; on a stream without either, in that of the
+// photo's own file. Transparent parts become white where the format has no transparency.
+void write_photo(const std::string& path, Photo photo, const WriteOptions& options = {});
+
+// Throws what write_photo would throw, as far as can be seen before the work.
+void check_output(const std::string& path, const WriteOptions& options);
+
+// The format that write_photo would take.
+PhotoFormat output_format(const std::string& path, const WriteOptions& options, PhotoFormat own);
+
+// Lays the photo over white and drops its alpha.
+void flatten(Photo& photo);
+
+// What the output carries besides its pixels.
+void update_metadata(Photo& photo, const WriteOptions& options);
+
+}  // namespace korvane
+
+#endif  // KORVANE_TOOLS_PHOTO_PHOTO_IO_H_
