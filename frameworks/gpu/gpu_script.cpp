@@ -17,7 +17,7 @@ constexpr size_t kFormatBytes = sizeof(int32_t);
 
 // Not string_format: scripts are made on several threads at once, each with its own context, and that has one buffer.
 std::string cache_path(const char* name) {
-    return std::string(korvane::program_cache_directory()) + name + ".osb";
+    return korvane::program_cache_directory() + name + ".osb";
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 //
 // The binary is kept in the program cache, one file a script, so that later runs need not compile. The file is
 // <directory><name>.osb: 4 bytes with the driver's format code in the processor's byte order, then the binary up to the
-// end of the file. Nothing in it names the driver; the driver itself rejects what it does not know. The directory is
-// set when the library is built (KORVANE_PROGRAM_CACHE_DIR).
+// end of the file. Nothing in it names the driver; the driver itself rejects what it does not know. See
+// program_cache.h for the directory.
 //
 // Used on the thread where the context is current; files are not locked against other processes.
 #ifndef KORVANE_FRAMEWORKS_GPU_GPU_SCRIPT_H_

@@ -1,21 +1,64 @@
 #include "frameworks/gpu/program_cache.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <exception>
+#include <mutex>
+
 namespace korvane {
 namespace {
 
-std::string& directory_setting() {
-    static std::string directory = KORVANE_PROGRAM_CACHE_DIR;
+struct Setting {
+    std::mutex mutex;
+    std::string directory = KORVANE_PROGRAM_CACHE_DIR;
+};
+
+// Never destroyed: a thread may still make scripts while the process ends.
+Setting& setting() {
+    static auto* const kSetting = new Setting;
+    return *kSetting;
+}
+
+int check_directory(const char* directory) {
+    if (*directory == '\0') {
+        return EINVAL;
+    }
+    struct stat status = {};
+    if (stat(directory, &status) != 0) {
+        return errno;
+    }
+    if (!S_ISDIR(status.st_mode)) {
+        return ENOTDIR;
+    }
+    return access(directory, R_OK | W_OK | X_OK) == 0 ? 0 : errno;
+}
+
+std::string with_final_slash(std::string directory) {
+    if (directory.back() != '/') {
+        directory += '/';
+    }
     return directory;
 }
 
 }  // namespace
 
-const std::string& program_cache_directory() {
-    return directory_setting();
+int set_program_cache_directory(const char* directory) try {
+    const int error = directory == nullptr ? 0 : check_directory(directory);
+    if (error == 0) {
+        std::string wanted = directory == nullptr ? KORVANE_PROGRAM_CACHE_DIR : with_final_slash(directory);
+        const std::lock_guard<std::mutex> guard(setting().mutex);
+        setting().directory.swap(wanted);
+    }
+    return error;
+} catch (const std::exception&) {
+    return ENOMEM;
 }
 
-void set_program_cache_directory(const std::string& directory) {
-    directory_setting() = directory;
+std::string program_cache_directory() {
+    const std::lock_guard<std::mutex> guard(setting().mutex);
+    return setting().directory;
 }
 
 }  // namespace korvane

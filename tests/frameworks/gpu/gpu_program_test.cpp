@@ -2,7 +2,10 @@
 
 #include <gmock/gmock.h>
 #include <stdlib.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -10,6 +13,8 @@
 #include <iterator>
 #include <limits>
 #include <numeric>
+#include <thread>
+#include <utility>
 
 #include "frameworks/core/memory.h"
 #include "frameworks/gpu/gpu_image_3d.h"
@@ -314,12 +319,11 @@ class GpuProgramCache : public GpuProgram {
         std::string path = testing::TempDir() + "korvane_cache_XXXXXX";
         ASSERT_NE(mkdtemp(path.data()), nullptr);
         m_Directory = path;
-        m_DefaultDirectory = korvane::program_cache_directory();
-        korvane::set_program_cache_directory(path + "/");
+        ASSERT_EQ(korvane::set_program_cache_directory(path.c_str()), 0);
     }
 
     void TearDown() override {
-        korvane::set_program_cache_directory(m_DefaultDirectory);
+        korvane::set_program_cache_directory(nullptr);
         std::filesystem::remove_all(m_Directory);
         GpuProgram::TearDown();
     }
@@ -381,7 +385,6 @@ class GpuProgramCache : public GpuProgram {
     }
 
     std::filesystem::path m_Directory;
-    std::string m_DefaultDirectory;
 };
 
 TEST_F(GpuProgramCache, CachedProgramDrawsWithoutCompiling) {
@@ -454,12 +457,40 @@ TEST_F(GpuProgramCache, BinariesThatCannotBeHadOrKeptDoNoHarm) {
     EXPECT_EQ(binary, nullptr);
     EXPECT_EQ(GPUUtils::createProgram(1, nullptr, 4), 0U);
 
-    korvane::set_program_cache_directory(m_Directory.string() + "/absent/");
+    std::filesystem::remove_all(m_Directory);
     auto_ptr<GPUScript> script = make_script();
     script->setScriptBinary(galloc_malloc(8), 8);
     script->clear();
-    EXPECT_FALSE(std::filesystem::exists(m_Directory / "absent"));
+    EXPECT_FALSE(std::filesystem::exists(m_Directory));
     const GPUScript longName(context(), std::string(5000, 'n').c_str());
+}
+
+TEST_F(GpuProgramCache, DirectoryIsCheckedAndMayChangeWhileOtherThreadsReadIt) {
+    const std::string directory = m_Directory.string();
+    std::ofstream(file()) << "x";
+    const std::pair<std::string, int> refused[] = {{"", EINVAL}, {directory + "/absent", ENOENT}, {file(), ENOTDIR}};
+    for (const auto& [path, error] : refused) {
+        EXPECT_EQ(korvane::set_program_cache_directory(path.c_str()), error) << path;
+        EXPECT_EQ(korvane::program_cache_directory(), directory + "/");
+    }
+    std::thread reader([&directory] {
+        for (int i = 0; i < 1000; ++i) {
+            const std::string seen = korvane::program_cache_directory();
+            EXPECT_TRUE(seen == directory + "/" || seen == "/data/local/") << seen;
+        }
+    });
+    for (int i = 0; i < 1000; ++i) {
+        EXPECT_EQ(korvane::set_program_cache_directory(i % 2 == 0 ? nullptr : (directory + "/").c_str()), 0);
+    }
+    reader.join();
+    // As a user who is not root: root may write everywhere.
+    std::filesystem::permissions(m_Directory, static_cast<std::filesystem::perms>(0555));
+    const auto refused_to_write = [&directory] {
+        const bool isOther = geteuid() != 0 || setuid(65534) == 0;
+        std::_Exit(isOther && korvane::set_program_cache_directory(directory.c_str()) == EACCES ? 0 : 1);
+    };
+    EXPECT_EXIT(refused_to_write(), testing::ExitedWithCode(0), "");
+    std::filesystem::permissions(m_Directory, std::filesystem::perms::owner_all);
 }
 
 }  // namespace
