@@ -27,7 +27,8 @@ fi
 # Java's reader does not look at the orientation: both sides get the photo upright.
 "$korvane" blur "$photo" -o "$out/upright.png" --radius 0
 "$korvane" blur "$out/upright.png" -o "$out/blurred_by_cpp.jpg" --radius $radius --color "$color" --alpha $alpha
-java -Djava.awt.headless=true -Djava.library.path="$build" -cp "$build/java/korvane.jar:$build/java/korvane_demo.jar" \
+java -Djava.awt.headless=true -Djava.library.path="$build" \
+    -cp "$build/java/korvane.jar:$build/java/korvane_standins.jar:$build/java/korvane_demo.jar" \
     korvane.demo.BlurDemo "$out/upright.png" "$out/blurred_by_java.jpg" $radius "$color" $alpha
 if ! difference=$(java -Djava.awt.headless=true -cp "$build/java/korvane_demo.jar" korvane.demo.PictureDifference \
     "$out/blurred_by_cpp.jpg" "$out/blurred_by_java.jpg" $mean_difference_limit); then

@@ -9,15 +9,20 @@ struct Fields {
         pixels = find(env, type, "mPixels", "Ljava/nio/ByteBuffer;");
         width = find(env, type, "mWidth", "I");
         height = find(env, type, "mHeight", "I");
+        rowBytes = find(env, type, "mRowBytes", "I");
         lockCount = find(env, type, "mLockCount", "I");
         env->DeleteLocalRef(type);
     }
 
-    bool complete() const { return pixels != nullptr && width != nullptr && height != nullptr && lockCount != nullptr; }
+    bool complete() const {
+        return pixels != nullptr && width != nullptr && height != nullptr && rowBytes != nullptr &&
+               lockCount != nullptr;
+    }
 
     jfieldID pixels;
     jfieldID width;
     jfieldID height;
+    jfieldID rowBytes;
     jfieldID lockCount;
 
   private:
@@ -47,7 +52,7 @@ int AndroidBitmap_getInfo(JNIEnv* env, jobject jbitmap, AndroidBitmapInfo* info)
     }
     info->width = static_cast<uint32_t>(env->GetIntField(jbitmap, fields.width));
     info->height = static_cast<uint32_t>(env->GetIntField(jbitmap, fields.height));
-    info->stride = info->width * 4;
+    info->stride = static_cast<uint32_t>(env->GetIntField(jbitmap, fields.rowBytes));
     info->format = ANDROID_BITMAP_FORMAT_RGBA_8888;
     info->flags = 0;
     return ANDROID_BITMAP_RESULT_SUCCESS;

@@ -115,7 +115,7 @@ jobject JvmTest::new_bitmap(int width, int height, const std::vector<unsigned ch
     const jobject buffer =
         env->NewDirectByteBuffer(const_cast<unsigned char*>(pixels.data()), static_cast<jlong>(pixels.size()));
     expect_no_exception("NewDirectByteBuffer");
-    call_void(bitmap, "copyPixelsFromBuffer", "(Ljava/nio/ByteBuffer;)V", buffer);
+    call_void(bitmap, "copyPixelsFromBuffer", "(Ljava/nio/Buffer;)V", buffer);
     env->DeleteLocalRef(buffer);
     return bitmap;
 }
@@ -126,7 +126,7 @@ std::vector<unsigned char> JvmTest::bitmap_pixels(jobject bitmap) {
     std::vector<unsigned char> pixels(count);
     const jobject buffer = env->NewDirectByteBuffer(pixels.data(), static_cast<jlong>(count));
     expect_no_exception("NewDirectByteBuffer");
-    call_void(bitmap, "copyPixelsToBuffer", "(Ljava/nio/ByteBuffer;)V", buffer);
+    call_void(bitmap, "copyPixelsToBuffer", "(Ljava/nio/Buffer;)V", buffer);
     env->DeleteLocalRef(buffer);
     return pixels;
 }

@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+package javax.microedition.khronos.egl;
+
+/** The desktop's stand-in for a type that only passes through. */
+public abstract class EGLConfig {}
