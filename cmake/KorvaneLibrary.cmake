@@ -9,6 +9,8 @@ target_include_directories(korvane INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL
 set(version_script "${PROJECT_SOURCE_DIR}/cmake/korvane.map")
 target_link_options(korvane PRIVATE "LINKER:--version-script=${version_script}" "LINKER:-z,max-page-size=16384"
                                     "LINKER:--no-undefined")
+# What nothing calls is left out, above all of static libraries; the build id leads from a crash to the symbols.
+target_link_options(korvane PRIVATE "LINKER:--gc-sections" "LINKER:--build-id")
 if(KORVANE_SANITIZE)
     # The sanitizers' runtime lives in the executable; a shared library leaves its symbols open.
     get_target_property(options korvane LINK_OPTIONS)

@@ -130,3 +130,15 @@ std::vector<unsigned char> JvmTest::bitmap_pixels(jobject bitmap) {
     env->DeleteLocalRef(buffer);
     return pixels;
 }
+
+std::string JvmTest::junit_failures(const char* className) {
+    const auto failures = static_cast<jstring>(
+        call_static_object("Suite", "run", "(Ljava/lang/String;)Ljava/lang/String;", string(className)));
+    if (failures == nullptr) {
+        return "the tests could not be run";
+    }
+    const char* chars = env->GetStringUTFChars(failures, nullptr);
+    const std::string text = chars;
+    env->ReleaseStringUTFChars(failures, chars);
+    return text;
+}

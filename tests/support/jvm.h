@@ -70,6 +70,9 @@ class JvmTest : public testing::Test {
     // A bitmap of `width` x `height` with these RGBA bytes, and the bytes of a bitmap.
     jobject new_bitmap(int width, int height, const std::vector<unsigned char>& pixels);
     std::vector<unsigned char> bitmap_pixels(jobject bitmap);
+    // Runs a class of JUnit tests; what has failed, or nothing.
+    std::string junit_failures(const char* className);
+
     jint lock_count(jobject bitmap) { return call_int(bitmap, "getLockCount", "()I"); }
 
     JNIEnv* env = nullptr;

@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: Apache-2.0
+import static org.junit.Assert.assertArrayEquals;
+import static org.junit.Assert.assertEquals;
+import static org.junit.Assert.assertFalse;
+import static org.junit.Assert.assertNotEquals;
+import static org.junit.Assert.assertNotNull;
+import static org.junit.Assert.assertThrows;
+import static org.junit.Assert.assertTrue;
+
+import android.graphics.Bitmap;
+import com.tervo.media.render.BlurRender;
+import java.io.File;
+import java.io.IOException;
+import java.nio.ByteBuffer;
+import java.nio.file.Files;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.List;
+import java.util.Random;
+import java.util.concurrent.atomic.AtomicInteger;
+import korvane.effects.Blur;
+import korvane.effects.Burst;
+import korvane.effects.CameraFrames;
+import korvane.effects.ExposureAdvisor;
+import korvane.effects.Palette;
+import korvane.effects.Panorama;
+import korvane.effects.ProgramCache;
+import korvane.effects.TimestampStamp;
+import org.junit.Test;
+
+/** What korvane.effects does without a GPU, and how it refuses wrong use. */
+public class EffectsTest {
+    private static final Bitmap.Config ARGB = Bitmap.Config.ARGB_8888;
+
+    private interface Call {
+        void run() throws Exception;
+    }
+
+    private static void refused(Class<? extends Exception> kind, String reason, Call call) {
+        Exception thrown = assertThrows(reason, kind, call::run);
+        assertTrue(thrown.getMessage(), thrown.getMessage().contains(reason));
+    }
+
+    private static void badArgument(String reason, Call call) {
+        refused(IllegalArgumentException.class, reason, call);
+    }
+
+    private static void badState(String reason, Call call) {
+        refused(IllegalStateException.class, reason, call);
+    }
+
+    private static Bitmap noise(int width, int height, int seed) {
+        Bitmap bitmap = Bitmap.createBitmap(width, height, ARGB);
+        byte[] bytes = new byte[bitmap.getByteCount()];
+        new Random(seed).nextBytes(bytes);
+        bitmap.copyPixelsFromBuffer(ByteBuffer.wrap(bytes));
+        return bitmap;
+    }
+
+    private static Bitmap recycled() {
+        Bitmap bitmap = Bitmap.createBitmap(4, 4, ARGB);
+        bitmap.recycle();
+        return bitmap;
+    }
+
+    @Test
+    public void bitmapsThatDoNotFitAreRefused() {
+        Object[][] table = {
+            {"bitmap is null", null},
+            {"recycled", recycled()},
+            {"RGB_565", Bitmap.createBitmap(4, 4, Bitmap.Config.RGB_565)},
+            {"HARDWARE", Bitmap.createBitmap(4, 4, Bitmap.Config.HARDWARE)},
+            {"padding", Bitmap.createPadded(4, 4, 24)},
+            {"immutable", Bitmap.createBitmap(4, 4, ARGB).copy(ARGB, false)},
+        };
+        for (Object[] row : table) {
+            String reason = (String) row[0];
+            Bitmap bitmap = (Bitmap) row[1];
+            badArgument(reason, () -> Blur.apply(bitmap, 3));
+            badArgument(reason, () -> Blur.dim(bitmap, 3, 0, 0.5f));
+            if (!reason.equals("immutable")) {
+                badArgument(reason, () -> Palette.of(bitmap, 4));
+            }
+        }
+        assertEquals(1, Palette.of(Bitmap.createBitmap(4, 4, ARGB).copy(ARGB, false), 4).length);
+    }
+
+    @Test
+    public void numbersOutOfRangeAreRefused() {
+        Bitmap bitmap = noise(5, 5, 1);
+        Bitmap before = bitmap.copy(ARGB, true);
+        for (int radius : new int[] {-1, 255, Integer.MAX_VALUE}) {
+            badArgument("radius", () -> Blur.apply(bitmap, radius));
+        }
+        for (float amount : new float[] {-0.1f, 1.1f, Float.NaN}) {
+            badArgument("amount", () -> Blur.dim(bitmap, 1, 0, amount));
+        }
+        for (int count : new int[] {0, 513}) {
+            badArgument("count", () -> Palette.of(bitmap, count));
+        }
+        int[][] sizes = {{0, 1}, {1, 0}, {-4, -4}, {Integer.MAX_VALUE, 2}};
+        for (int[] size : sizes) {
+            badArgument("", () -> new Panorama(size[0], size[1], Panorama.Format.NV21, null));
+            badArgument("", () -> new Burst(size[0], size[1]));
+            badArgument("", () -> new ExposureAdvisor(size[0], size[1], (aperture, gain) -> {}));
+            badArgument("", () -> TimestampStamp.stamp(new byte[64], size[0], size[1], "1"));
+        }
+        badArgument("format", () -> new Panorama(4, 4, null, null));
+        badArgument("listener", () -> new ExposureAdvisor(4, 4, null));
+        assertTrue(bitmap.sameAs(before));
+        assertEquals(0, bitmap.getLockCount());
+    }
+
+    @Test
+    public void blurIsTheOlderEntrysAndDimmingReachesEveryPixel() {
+        Bitmap expected = noise(17, 16, 2);
+        Bitmap bitmap = expected.copy(ARGB, true);
+        new BlurRender().nativeProcess(expected, 17, 16, 5, 0xFF102040, 112);
+        Blur.dim(bitmap, 5, 0xFF102040, 112 / 256f);
+        assertTrue(bitmap.sameAs(expected));
+
+        // 15 pixels: the older entry would leave the last 7 as they are.
+        Bitmap small = noise(5, 3, 3);
+        int alpha = small.getPixel(4, 2) & 0xFF000000;
+        Blur.dim(small, 0, 0x00123456, 1);
+        assertEquals(alpha | 0x123456, small.getPixel(4, 2));
+        Bitmap unchanged = small.copy(ARGB, true);
+        Blur.apply(small, 0);
+        Blur.dim(small, 0, 0xFFFFFFFF, 0);
+        assertTrue(small.sameAs(unchanged));
+        assertEquals(0, small.getLockCount());
+    }
+
+    @Test
+    public void paletteHasThePicturesColors() {
+        Bitmap bitmap = Bitmap.createBitmap(6, 5, ARGB);
+        bitmap.eraseColor(0xFF0000FF);
+        bitmap.setPixel(0, 0, 0x80FF0000);
+        int[] palette = Palette.of(bitmap, 8);
+        Arrays.sort(palette);
+        assertArrayEquals(new int[] {0xFF0000FF, 0xFFFF0000}, palette);
+    }
+
+    @Test
+    public void stampChangesTheCornerOrSaysThatItDoesNot() {
+        int width = 640;
+        int height = 480;
+        byte[] frame = new byte[width * height * 2];
+        Arrays.fill(frame, (byte) 16);
+        assertTrue(TimestampStamp.stamp(frame, width, height, "2026-01-02 03:04"));
+        int brightest = 0;
+        for (int i = 0; i < frame.length; i += 2) {
+            if ((frame[i] & 255) > brightest) {
+                brightest = frame[i] & 255;
+            }
+            assertTrue("left half stays", i / 2 % width >= width / 4 || frame[i] == 16);
+        }
+        assertTrue("white digits: " + brightest, brightest > 200);
+        assertFalse(TimestampStamp.stamp(new byte[8 * 8 * 2], 8, 8, "2026-01-02 03:04"));
+        badArgument("frame is null", () -> TimestampStamp.stamp(null, 4, 4, "1"));
+        badArgument("it must have 32", () -> TimestampStamp.stamp(new byte[31], 4, 4, "1"));
+        badArgument("text is null", () -> TimestampStamp.stamp(frame, width, height, null));
+        badArgument("empty", () -> TimestampStamp.stamp(frame, width, height, ""));
+        badArgument("'/'", () -> TimestampStamp.stamp(frame, width, height, "1/2"));
+    }
+
+    @Test
+    public void panoramaReportsOffsetsAndAlwaysCloses() {
+        byte[] frame = new byte[8 * 6 * 3 / 2];
+        List<String> seen = new ArrayList<>();
+        Panorama panorama = new Panorama(8, 6, Panorama.Format.NV21,
+                (result, x, y, direction) -> seen.add(result + " " + x + " " + y + " " + direction));
+        assertEquals(Panorama.Direction.NONE, panorama.direction());
+        assertEquals(Panorama.Result.REFERENCE, panorama.feed(frame, 10, 10));
+        assertEquals(Panorama.Result.TAKEN, panorama.feed(frame, 10, 8));
+        assertEquals(Panorama.Result.WRONG_DIRECTION, panorama.feed(frame, 10, 13));
+        assertEquals(Arrays.asList("TAKEN 70 0 LEFT_TO_RIGHT", "WRONG_DIRECTION -105 0 LEFT_TO_RIGHT"), seen);
+        assertEquals(Panorama.Direction.LEFT_TO_RIGHT, panorama.direction());
+        badArgument("frame is null", () -> panorama.feed(null, 1, 1));
+        badArgument("it must have 72", () -> panorama.feed(new byte[71], 1, 1));
+        badArgument("gyroX", () -> panorama.feed(frame, Float.NaN, 1));
+        badArgument("gyroY", () -> panorama.feed(frame, 1, Float.POSITIVE_INFINITY));
+        panorama.close();
+        panorama.close();
+        badState("this Panorama is closed", () -> panorama.feed(frame, 1, 1));
+    }
+
+    @Test
+    public void closingFromWithinAListenerWaitsForItsEnd() {
+        byte[] frame = new byte[4 * 4];
+        Arrays.fill(frame, (byte) 200);
+        ExposureAdvisor[] advisor = new ExposureAdvisor[1];
+        AtomicInteger calls = new AtomicInteger();
+        advisor[0] = new ExposureAdvisor(4, 4, (aperture, gain) -> {
+            assertEquals(22, aperture, 0);
+            assertEquals(-2, gain);
+            advisor[0].close();
+            badState("closed", () -> advisor[0].feed(frame));
+            calls.incrementAndGet();
+            throw new UnsupportedOperationException("of the listener");
+        });
+        assertThrows(UnsupportedOperationException.class, () -> advisor[0].feed(frame));
+        assertEquals(1, calls.get());
+        badState("this ExposureAdvisor is closed", () -> advisor[0].feed(frame));
+        badArgument("it must have 16", () -> advisor[0].feed(new byte[15]));
+    }
+
+    @Test
+    public void burstMergesEveryFrameThatWasPushed() {
+        byte[][] bright = {filled(100), filled(200), filled(120)};
+        byte[][] dark = {filled(10), filled(20), filled(12)};
+        for (byte[][] frames : new byte[][][] {bright, dark}) {
+            try (Burst burst = new Burst(64, 32)) {
+                badState("no frame", burst::merge);
+                for (byte[] frame : frames) {
+                    burst.push(frame);
+                }
+                byte[] expected = filled(frames == dark ? 20 : 140);
+                assertArrayEquals(expected, burst.merge());
+                assertArrayEquals(expected, burst.merge());
+                badState("merged already", () -> burst.push(frames[0]));
+                badArgument("it must have 4096", () -> burst.push(new byte[4095]));
+                burst.close();
+                badState("this Burst is closed", burst::merge);
+            }
+        }
+    }
+
+    private static byte[] filled(int value) {
+        byte[] frame = new byte[64 * 32 * 2];
+        Arrays.fill(frame, (byte) value);
+        return frame;
+    }
+
+    @Test
+    public void cameraFramesWithStridesArePacked() {
+        int width = 6;
+        int height = 4;
+        byte[] expectedNv21 = new byte[width * height * 3 / 2];
+        byte[] expectedYuyv = new byte[width * height * 2];
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                expectedNv21[y * width + x] = (byte) (10 * y + x);
+                expectedYuyv[(y * width + x) * 2] = (byte) (10 * y + x);
+                expectedYuyv[(y * width + x) * 2 + 1] = (byte) ((x % 2 == 0 ? 100 : 150) + y / 2 * 3 + x / 2);
+            }
+        }
+        for (int i = 0; i < 6; ++i) {
+            expectedNv21[width * height + 2 * i] = (byte) (150 + i);
+            expectedNv21[width * height + 2 * i + 1] = (byte) (100 + i);
+        }
+        for (int pixelStride : new int[] {1, 2}) {
+            int rowStride = 9;
+            ByteBuffer luma = plane(0, 10, width, height, 8, 1);
+            ByteBuffer u = plane(100, 3, 3, 2, rowStride, pixelStride);
+            ByteBuffer v = plane(150, 3, 3, 2, rowStride, pixelStride);
+            assertArrayEquals(expectedNv21, CameraFrames.nv21(luma, 8, u, v, rowStride, pixelStride, width, height));
+            assertArrayEquals(expectedYuyv, CameraFrames.yuyv(luma, 8, u, v, rowStride, pixelStride, width, height));
+            assertEquals(1, luma.position());
+            badArgument("u is null", () -> CameraFrames.nv21(luma, 8, null, v, rowStride, 1, width, height));
+            badArgument("row stride of y", () -> CameraFrames.nv21(luma, 5, u, v, rowStride, 1, width, height));
+            badArgument("pixel stride of u", () -> CameraFrames.yuyv(luma, 8, u, v, rowStride, 3, width, height));
+            badArgument("even", () -> CameraFrames.yuyv(luma, 8, u, v, rowStride, 1, 5, height));
+            badArgument("y has 30 bytes; it must have 46", () -> CameraFrames.nv21(luma, 8, u, v, 9, 1, 6, 6));
+        }
+    }
+
+    // Begins at position 1 and ends with its last value, as cameras' buffers do.
+    private static ByteBuffer plane(int first, int step, int width, int height, int rowStride, int pixelStride) {
+        byte[] bytes = new byte[1 + (height - 1) * rowStride + (width - 1) * pixelStride + 1];
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                bytes[1 + y * rowStride + x * pixelStride] = (byte) (first + y * step + x);
+            }
+        }
+        ByteBuffer buffer = ByteBuffer.wrap(bytes);
+        buffer.position(1);
+        return buffer;
+    }
+
+    @Test
+    public void programCacheTakesAFolderThatExists() throws IOException {
+        File folder = Files.createTempDirectory("korvane").toFile();
+        ProgramCache.setDirectory(folder);
+        badArgument("directory is null", () -> ProgramCache.setDirectory(null));
+        badArgument("No such file", () -> ProgramCache.setDirectory(new File(folder, "absent")));
+        File file = new File(folder, "file");
+        assertTrue(file.createNewFile());
+        badArgument("Not a directory", () -> ProgramCache.setDirectory(file));
+        assertTrue(file.delete() && folder.delete());
+    }
+
+    @Test
+    public void whatIsForgottenIsFreed() throws Exception {
+        String log = Log.of(() -> {
+            for (int i = 0; i < 3; ++i) {
+                new Panorama(16, 16, Panorama.Format.NV12, null);
+                new Burst(16, 16);
+                ExposureAdvisor[] self = new ExposureAdvisor[1];
+                self[0] = new ExposureAdvisor(16, 16, (aperture, gain) -> assertNotNull(self[0]));
+            }
+        }, 9, "was not closed");
+        for (String name : new String[] {"Panorama", "Burst", "ExposureAdvisor"}) {
+            assertEquals(log, 4, log.split("a " + name + " was not closed", -1).length);
+        }
+    }
+
+    // Enough calls to show a leak of 200 bytes a call, or a local reference kept.
+    @Test
+    public void manyCallsFromSeveralThreadsLeaveMemoryFlat() throws Exception {
+        Log.residentAfter(EffectsTest::callEverything, 500);
+        long before = Log.residentAfter(() -> {}, 1);
+        long after = Log.residentAfter(EffectsTest::callEverything, 2500);
+        assertTrue(before + " KiB grew to " + after, after - before < 20_000);
+    }
+
+    // Ten calls into the library; forty threads' worth of them make 10^5.
+    private static void callEverything() {
+        Bitmap bitmap = noise(12, 10, 4);
+        Blur.dim(bitmap, 2, 0xFF00FF00, 0.5f);
+        Blur.apply(bitmap, 1);
+        assertNotEquals(0, Palette.of(bitmap, 2).length);
+        byte[] frame = new byte[8 * 8 * 2];
+        TimestampStamp.stamp(frame, 8, 8, "12:34");
+        try (ExposureAdvisor advisor = new ExposureAdvisor(8, 8, (aperture, gain) -> {})) {
+            frame[0] = 1;
+            advisor.feed(frame);
+        }
+        try (Panorama panorama = new Panorama(8, 8, Panorama.Format.YV12, null)) {
+            panorama.feed(frame, 1, 1);
+            panorama.feed(frame, 2, 2);
+        }
+        assertEquals(0, bitmap.getLockCount());
+    }
+}

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+import java.io.ByteArrayOutputStream;
+import java.io.IOException;
+import java.io.PrintStream;
+import java.nio.charset.StandardCharsets;
+import java.nio.file.Files;
+import java.nio.file.Paths;
+import java.util.ArrayList;
+import java.util.List;
+
+/** What tests see of the process from outside: its log, and its memory. */
+final class Log {
+    private static final int THREADS = 4;
+
+    interface Work {
+        void run() throws Exception;
+    }
+
+    private Log() {}
+
+    /** The log lines of some work, once there are as many with a text as there must be, or after ten seconds. */
+    static String of(Work work, int lines, String text) throws Exception {
+        PrintStream standard = System.err;
+        ByteArrayOutputStream bytes = new ByteArrayOutputStream();
+        System.setErr(new PrintStream(bytes, true));
+        try {
+            work.run();
+            for (int i = 0; i < 100 && bytes.toString().split(text, -1).length <= lines; ++i) {
+                System.gc();
+                Thread.sleep(100);
+            }
+        } finally {
+            System.setErr(standard);
+        }
+        return bytes.toString();
+    }
+
+    /** The process's memory in KiB after several threads have each done some work so many times. */
+    static long residentAfter(Work work, int times) throws Exception {
+        List<Throwable> failures = new ArrayList<>();
+        List<Thread> threads = new ArrayList<>();
+        for (int i = 0; i < THREADS; ++i) {
+            Thread thread = new Thread(() -> {
+                try {
+                    for (int j = 0; j < times; ++j) {
+                        work.run();
+                    }
+                } catch (Throwable failure) {
+                    synchronized (failures) {
+                        failures.add(failure);
+                    }
+                }
+            });
+            thread.start();
+            threads.add(thread);
+        }
+        for (Thread thread : threads) {
+            thread.join();
+        }
+        if (!failures.isEmpty()) {
+            throw new AssertionError(failures.get(0));
+        }
+        System.gc();
+        return resident();
+    }
+
+    private static long resident() throws IOException {
+        for (String line : Files.readAllLines(Paths.get("/proc/self/status"), StandardCharsets.UTF_8)) {
+            if (line.startsWith("VmRSS:")) {
+                return Long.parseLong(line.replaceAll("[^0-9]", ""));
+            }
+        }
+        throw new IOException("no VmRSS");
+    }
+}
