@@ -12,14 +12,28 @@ public class SuperCaptureMode {
     }
 
     /**
+     * Makes an advisor.
+     *
+     * @param width of the frames in pixels
+     * @param height of the frames in pixels
      * @param format is kept and not used
-     * @return a handle
+     * @return a handle; 0 when memory is short
      */
     public native long nativeCreate(int width, int height, int format);
 
-    /** @param data one frame, of which the first width * height bytes, its luma, are read; a shorter one is ignored */
+    /**
+     * Looks at one frame.
+     *
+     * @param handle from {@link #nativeCreate}; 0 does nothing
+     * @param data one frame, of which the first width * height bytes, its luma, are read; a shorter one is ignored
+     */
     public native void nativeProcess(long handle, byte[] data);
 
+    /**
+     * Deletes the advisor.
+     *
+     * @param handle from {@link #nativeCreate}; dead afterwards. 0 does nothing
+     */
     public native void nativeDestroy(long handle);
 
     /**
