@@ -210,19 +210,18 @@ public class EffectsTest {
         byte[][] bright = {filled(100), filled(200), filled(120)};
         byte[][] dark = {filled(10), filled(20), filled(12)};
         for (byte[][] frames : new byte[][][] {bright, dark}) {
-            try (Burst burst = new Burst(64, 32)) {
-                badState("no frame", burst::merge);
-                for (byte[] frame : frames) {
-                    burst.push(frame);
-                }
-                byte[] expected = filled(frames == dark ? 20 : 140);
-                assertArrayEquals(expected, burst.merge());
-                assertArrayEquals(expected, burst.merge());
-                badState("merged already", () -> burst.push(frames[0]));
-                badArgument("it must have 4096", () -> burst.push(new byte[4095]));
-                burst.close();
-                badState("this Burst is closed", burst::merge);
+            Burst burst = new Burst(64, 32);
+            badState("no frame", burst::merge);
+            for (byte[] frame : frames) {
+                burst.push(frame);
             }
+            byte[] expected = filled(frames == dark ? 20 : 140);
+            assertArrayEquals(expected, burst.merge());
+            assertArrayEquals(expected, burst.merge());
+            badState("merged already", () -> burst.push(frames[0]));
+            badArgument("it must have 4096", () -> burst.push(new byte[4095]));
+            burst.close();
+            badState("this Burst is closed", burst::merge);
         }
     }
 
