@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <iostream>
 #include <memory>
-#include <new>
 #include <utility>
 #include <vector>
 
@@ -11,7 +10,7 @@
 #include "tools/command.h"
 #include "tools/photo/file_io.h"
 #include "tools/photo/formats.h"
-#include "tools/photo/metadata.h"
+#include "tools/photo/palette.h"
 #include "tools/photo/photo_io.h"
 
 namespace korvane {
@@ -25,54 +24,6 @@ constexpr int kMaxPngColors = 256;
 struct PaletteOptions {
     PhotoOptions photo;
     int colors = 16;
-};
-
-std::vector<Rgb> palette_of(Image& photo, int colors) {
-    ColorQuantizer quantizer;
-    quantizer.prepare(static_cast<int32_t>(photo.getWidth()), static_cast<int32_t>(photo.getHeight()));
-    const unsigned char* pixels = photo.getPlanes()[0];
-    const size_t bytes = static_cast<size_t>(photo.getWidth()) * photo.getHeight() * 3;
-    for (size_t i = 0; i < bytes; i += 3) {
-        quantizer.addColor(pixels[i], pixels[i + 1], pixels[i + 2]);
-    }
-    std::vector<Rgb> palette;
-    for (const Color& color : quantizer.getPalette(colors)) {
-        palette.push_back({static_cast<unsigned char>(color.red), static_cast<unsigned char>(color.green),
-                           static_cast<unsigned char>(color.blue)});
-    }
-    if (palette.empty()) {
-        throw std::bad_alloc();
-    }
-    return palette;
-}
-
-// Finds the nearest palette entry of a colour. Results are kept, because photos repeat their colours.
-class NearestEntry {
-  public:
-    explicit NearestEntry(const std::vector<Rgb>& palette) : m_Palette(palette), m_Known(size_t{1} << 24, kUnknown) {}
-
-    size_t operator()(const unsigned char* rgb) {
-        uint16_t& entry = m_Known[static_cast<size_t>(rgb[0]) << 16 | static_cast<size_t>(rgb[1]) << 8 | rgb[2]];
-        if (entry == kUnknown) {
-            const auto distance = [rgb](const Rgb& color) {
-                const int red = rgb[0] - color[0];
-                const int green = rgb[1] - color[1];
-                const int blue = rgb[2] - color[2];
-                return red * red + green * green + blue * blue;
-            };
-            const auto nearest = std::min_element(m_Palette.begin(), m_Palette.end(), [&](const Rgb& a, const Rgb& b) {
-                return distance(a) < distance(b);
-            });
-            entry = static_cast<uint16_t>(nearest - m_Palette.begin());
-        }
-        return entry;
-    }
-
-  private:
-    static constexpr uint16_t kUnknown = 0xFFFF;
-
-    const std::vector<Rgb>& m_Palette;
-    std::vector<uint16_t> m_Known;
 };
 
 // The palette's colours as rows of equal swatches. The unused rest of the last row is white.
@@ -109,11 +60,8 @@ void reduce(Photo& photo, const std::vector<Rgb>& palette) {
 }
 
 void write_indexed(Photo& photo, const std::vector<Rgb>& palette, const PaletteOptions& options) {
-    Bytes indices(photo.pixelCount());
     NearestEntry nearest(palette);
-    for (size_t i = 0; i < indices.size(); ++i) {
-        indices[i] = static_cast<unsigned char>(nearest(photo.pixels() + 3 * i));
-    }
+    Bytes indices = index_pixels(photo, palette, nearest, false);
     update_metadata(photo, options.photo.write);
     const IndexedPicture picture = {photo.image->getWidth(), photo.image->getHeight(), palette, std::move(indices)};
     write_file(options.photo.output, write_indexed_png(picture, photo.metadata), options.photo.write.noClobber);
@@ -131,7 +79,7 @@ void palette(const PaletteOptions& options) {
     if (isIndexed && options.colors > kMaxPngColors) {
         throw CommandError("--colors: a PNG file has at most 256");
     }
-    const std::vector<Rgb> colors = palette_of(*photo.image, options.colors);
+    const std::vector<Rgb> colors = make_palette({photo}, options.colors);
     if (isIndexed) {
         write_indexed(photo, colors, options);
     } else if (!output.empty()) {

@@ -54,6 +54,41 @@ for colour in $(cat five.txt); do
     done
     [ $near = 1 ] || complain "$colour is not among $(tr '\n' ' ' <out.log)"
 done
+# A PNG file has exactly the palette that the command prints.
+for count in 1 5 16 256; do
+    accepts palette scene.jpg -n $count -o reduced.png
+    sort -u out.log >printed.txt
+    holds test "$(wc -l <out.log)" -le $count
+    holds test "$(identify -format '%r' reduced.png | grep -c Pseudo)" = 1
+    holds cmp -s <(convert reduced.png -unique-colors txt:- | grep -oE '#[0-9A-F]{6}' | sort -u) <(grep -Fxf \
+        <(convert reduced.png -unique-colors txt:- | grep -oE '#[0-9A-F]{6}' | sort -u) printed.txt)
+    holds test "$(convert reduced.png -unique-colors -format %w info:)" -ge $((count * 9 / 10))
+done
+refuses '--colors: a PNG file' palette scene.jpg -n 257 -o new.png
+
+# Animations. The quantizer's palette is that of `palette`, for each frame or for all.
+accepts blur scene.jpg -o blurred.jpg --radius 9
+accepts scene small.jpg --size 20x20
+accepts gif scene.jpg blurred.jpg scene.jpg -o out.gif --delay 80
+holds test "$(identify -format '%wx%h %T %s,' out.gif)" = '320x180 8 0,320x180 8 1,320x180 8 2,'
+accepts palette blurred.jpg -n 256 -o reduced.png
+holds test "$(compare -metric AE 'out.gif[1]' reduced.png null: 2>&1)" = 0
+accepts gif scene.jpg blurred.jpg -o - --one-palette --colors 7
+holds test "$(convert gif:out.log -append -unique-colors -format %w info:)" = 7
+mv out.log one.gif
+accepts gif scene.jpg blurred.jpg -o dithered.gif --one-palette --colors 7 --dither --loop 3
+# Dithered, the mean of an area comes nearer to the photo's.
+far() {
+    convert "$1[1]" -blur 0x4 far.png && convert blurred.jpg -blur 0x4 near.png
+    compare -metric RMSE far.png near.png null: 2>&1 | cut -d. -f1 | cut -d" " -f1
+}
+holds test "$(far dithered.gif)" -lt "$(far one.gif)"
+holds test "$(exiftool -s3 -AnimationIterations dithered.gif)" = 3
+refuses 'small.jpg is not of the size of scene.jpg' gif scene.jpg small.jpg -o new.gif
+refuses 'must end in .gif' gif scene.jpg -o new.png
+refuses 'exists already' gif scene.jpg -o out.gif -n
+refuses '--delay' gif scene.jpg -o new.gif --delay=-1
+
 accepts scene narrow.jpg --size 3x50
 accepts palette narrow.jpg -n 40 -o narrow_palette.jpg
 

@@ -30,9 +30,14 @@ const SubsamplingName* find_subsampling(const std::string& name) {
     return found == std::end(kSubsamplings) ? nullptr : found;
 }
 
-const PhotoFormatInfo* find_format(std::string extension) {
-    std::transform(extension.begin(), extension.end(), extension.begin(),
+std::string lower_case(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+const PhotoFormatInfo* find_format(const std::string& name) {
+    const std::string extension = lower_case(name);
     for (const PhotoFormatInfo& info : photo_formats()) {
         if (std::find(info.extensions.begin(), info.extensions.end(), extension) != info.extensions.end()) {
             return &info;
@@ -80,8 +85,12 @@ void add_write_options(CLI::App& app, WriteOptions& options) {
             return find_format(name) != nullptr ? std::string() : "'" + name + "' is none of jpg, png, webp";
         });
     app.add_flag("--strip", options.strips, "Leave out EXIF, colour profile and XMP");
+    add_no_clobber(app, options.noClobber);
+}
+
+void add_no_clobber(CLI::App& app, bool& noClobber) {
     const bool isFree = app.get_option_no_throw("-n") == nullptr;
-    app.add_flag(isFree ? "-n,--no-clobber" : "--no-clobber", options.noClobber, "Never overwrite a file");
+    app.add_flag(isFree ? "-n,--no-clobber" : "--no-clobber", noClobber, "Never overwrite a file");
 }
 
 void add_input(CLI::App& app, PhotoOptions& options) {
@@ -117,6 +126,10 @@ Photo read_photo(const std::string& path, ImageFormatType format, const ReadOpti
     } catch (const std::bad_alloc&) {
         throw CommandError("cannot read " + path + ": not enough memory");
     }
+}
+
+bool has_extension(const std::string& path, const std::string& extension) {
+    return lower_case(extension_of(path)) == extension;
 }
 
 PhotoFormat output_format(const std::string& path, const WriteOptions& options, PhotoFormat own) {

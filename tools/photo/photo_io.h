@@ -42,6 +42,8 @@ struct PhotoOptions {
 void add_read_options(CLI::App& app, ReadOptions& options);
 void add_write_options(CLI::App& app, WriteOptions& options);
 
+void add_no_clobber(CLI::App& app, bool& noClobber);
+
 // Add the input, the output, and the options above.
 void add_input(CLI::App& app, PhotoOptions& options);
 void add_output(CLI::App& app, std::string& output, WriteOptions& options);
@@ -58,6 +60,9 @@ void write_photo(const std::string& path, Photo photo, const WriteOptions& optio
 
 // Throws what write_photo would throw, as far as can be seen before the work.
 void check_output(const std::string& path, const WriteOptions& options);
+
+// In either case; the extension without its dot.
+bool has_extension(const std::string& path, const std::string& extension);
 
 // The format that write_photo would take.
 PhotoFormat output_format(const std::string& path, const WriteOptions& options, PhotoFormat own);

@@ -173,6 +173,9 @@ class PngWriter {
         png_set_user_limits(m_Png, kMaxSidePixels, kMaxSidePixels);
         png_set_IHDR(m_Png, m_Info, width, height, bits, colorType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                      PNG_FILTER_TYPE_DEFAULT);
+        // Nearly twice as fast as the default, for files 3 % larger.
+        constexpr int kCompressionLevel = 4;
+        png_set_compression_level(m_Png, kCompressionLevel);
         setMetadata(metadata);
         return true;
     }
