@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/photo/metadata.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "tools/photo/formats.h"
+
+namespace {
+
+using namespace korvane;
+
+// A TIFF block in either byte order: orientation 6, a maker's note that names its own place, and a thumbnail.
+class ExifBuilder {
+  public:
+    explicit ExifBuilder(bool isBigEndian) : m_IsBigEndian(isBigEndian) {
+        const char* const order = isBigEndian ? "MM" : "II";
+        block = {static_cast<unsigned char>(order[0]), static_cast<unsigned char>(order[1])};
+        put(42, 2);
+        put(8, 4);
+        put(2, 2);
+        entry(0x0112, 3, 6);
+        entry(0x8769, 4, kExifDirectory);
+        put(kSecondDirectory, 4);
+        put(3, 2);
+        entry(0xA002, 4, 4000);
+        entry(0xA003, 3, 3000);
+        entry(0x927C, 4, 0x4D4E0000);
+        put(0, 4);
+        put(2, 2);
+        entry(0x0201, 4, kThumbnail);
+        entry(0x0202, 4, kThumbnailBytes);
+        put(0, 4);
+        block.resize(kThumbnail, 0);
+        block.insert(block.end(), kThumbnailBytes, 0xD8);
+    }
+
+    static constexpr uint32_t kExifDirectory = 38;
+    static constexpr uint32_t kSecondDirectory = 80;
+    static constexpr uint32_t kThumbnail = 110;
+    static constexpr uint32_t kThumbnailBytes = 10;
+
+    Bytes block;
+
+  private:
+    void put(uint32_t number, int bytes) {
+        for (int i = 0; i < bytes; ++i) {
+            block.push_back(static_cast<unsigned char>(number >> 8 * (m_IsBigEndian ? bytes - 1 - i : i)));
+        }
+    }
+    void entry(uint32_t tag, uint32_t type, uint32_t value) {
+        put(tag, 2);
+        put(type, 2);
+        put(1, 4);
+        const int bytes = type == 3 ? 2 : 4;
+        put(value, bytes);
+        put(0, 4 - bytes);
+    }
+
+    bool m_IsBigEndian;
+};
+
+TEST(PhotoMetadata, OnlyTheOrientationTheSizeAndTheThumbnailChange) {
+    for (const bool isBigEndian : {false, true}) {
+        Bytes expected = ExifBuilder(isBigEndian).block;
+        Bytes exif = expected;
+        EXPECT_EQ(exif_orientation(exif), 6);
+        update_exif(exif, 3000, 4000);
+        EXPECT_EQ(exif_orientation(exif), 1);
+        expected.resize(ExifBuilder::kThumbnail);
+        EXPECT_EQ(exif.size(), expected.size());
+        size_t changed = 0;
+        for (size_t i = 0; i < exif.size(); ++i) {
+            changed += exif[i] != expected[i] ? 1 : 0;
+        }
+        // The orientation, two bytes for each side, and the offset of the second directory.
+        EXPECT_EQ(changed, 6u);
+    }
+    const std::string before =
+        "<a tiff:Orientation=\"8\"><tiff:Orientation> 3</tiff:Orientation><xmp:Thumbnails>x"
+        "</xmp:Thumbnails>7</a>";
+    Bytes xmp(before.begin(), before.end());
+    update_xmp(xmp);
+    EXPECT_EQ(std::string(xmp.begin(), xmp.end()),
+              "<a tiff:Orientation=\"1\"><tiff:Orientation> 1</tiff:Orientation>7</a>");
+    using namespace std::string_literals;
+    const std::string caption = "8BIM\4\4\0\0\0\0\0\3abc\0"s;
+    const std::string both = caption + "8BIM\4\x0C\0\0\0\0\0\2xy"s + caption;
+    Bytes photoshop(both.begin(), both.end());
+    update_photoshop(photoshop);
+    EXPECT_EQ(std::string(photoshop.begin(), photoshop.end()), caption + caption);
+}
+
+// The address sanitizer watches.
+TEST(PhotoMetadata, HostileBlocksAreHarmless) {
+    std::mt19937 random(5);
+    const std::string resources("8BIM\4\4\0\0\0\0\0\3abc\0008BIM\4\x0C\1ab\0\0\0\0\2xy", 37);
+    for (int round = 0; round < 20'000; ++round) {
+        Bytes exif = ExifBuilder(round % 2 == 0).block;
+        Bytes photoshop(resources.begin(), resources.end());
+        for (Bytes* block : {&exif, &photoshop}) {
+            for (int i = 0; i < 4; ++i) {
+                (*block)[random() % block->size()] = static_cast<unsigned char>(random() % 4 == 0 ? 0xFF : random());
+            }
+            block->resize(random() % 4 == 0 ? random() % block->size() : block->size());
+        }
+        const int orientation = exif_orientation(exif);
+        EXPECT_TRUE(orientation >= 1 && orientation <= 8);
+        update_exif(exif, 1, 1);
+        update_photoshop(photoshop);
+        EXPECT_LE(photoshop.size(), resources.size());
+    }
+}
+
+// Damaged files give a picture or an error, whatever the format.
+TEST(PhotoFormats, HostileFilesAreHarmless) {
+    std::mt19937 random(6);
+    for (const PhotoFormatInfo& info : photo_formats()) {
+        Photo photo;
+        photo.image = make_image(24, 17, IMAGE_FORMAT_TYPE_RGB);
+        for (size_t i = 0; i < photo.pixelCount() * 3; ++i) {
+            photo.pixels()[i] = static_cast<unsigned char>(i * i / 7);
+        }
+        photo.metadata.exif = ExifBuilder(false).block;
+        photo.metadata.xmp = Bytes(40, 'x');
+        const Bytes good = info.write(photo, 0);
+        EXPECT_EQ(info.read(good).metadata.exif, photo.metadata.exif);
+        int read = 0;
+        for (int round = 0; round < 400; ++round) {
+            Bytes file = good;
+            for (int i = 0; i < 3; ++i) {
+                file[random() % file.size()] = static_cast<unsigned char>(random());
+            }
+            file.resize(random() % 3 == 0 ? random() % file.size() : file.size());
+            try {
+                read += info.read(file).pixels() != nullptr ? 1 : 0;
+            } catch (const FormatError&) {
+            } catch (const std::bad_alloc&) {
+            }
+        }
+        EXPECT_GT(read, 0);
+    }
+}
+
+}  // namespace
