@@ -1,4 +1,4 @@
-// What the plain and the vector form of the corner detector share: which pixels are tested, and the thinning. Internal.
+// What the corner detector and its twin share: which pixels are tested, and the thinning. Internal.
 #ifndef KORVANE_ALGORITHMS_FAST_DETECTION_FRAME_H_
 #define KORVANE_ALGORITHMS_FAST_DETECTION_FRAME_H_
 

@@ -35,8 +35,8 @@ KORVANE_API void gaussiir(unsigned char* image, int width, int height, int depth
 // Fills the six coefficient arrays for a deviation of `std_dev` pixels; vp and vm stay as they are.
 KORVANE_API void calculate_gauss_iir_coefficients(gaussiirContext* ctx, float std_dev);
 
-// Filters one line of `width` pixels; `dst` may be `src`. `ctx` brings the coefficients, and vp and vm with width x
-// depth numbers each, which the caller owns. Outputs are cut off towards zero and held within 0 to 255.
-KORVANE_API void blur_line(gaussiirContext* ctx, const unsigned char* src, unsigned char* dst, int width, int depth);
+// Filters one line of `width` pixels. `src` is only read; `dst` may be `src`. `ctx` brings the coefficients, and vp and
+// vm with width x depth numbers each, which the caller owns. Outputs are cut off towards zero and held within 0 to 255.
+KORVANE_API void blur_line(gaussiirContext* ctx, unsigned char* src, unsigned char* dst, int width, int depth);
 
 #endif  // KORVANE_ALGORITHMS_GAUSS_BLUR_IIR_H_

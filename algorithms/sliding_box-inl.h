@@ -13,7 +13,6 @@
 #endif
 
 #include <hwy/cache_control.h>
-#include <hwy/highway.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -21,15 +20,17 @@
 #include <cstring>
 
 #include "algorithms/box_window.h"
-#include "algorithms/transpose-inl.h"
+#include "frameworks/simd/bytes-inl.h"
+#include "frameworks/simd/kernel-inl.h"
+#include "frameworks/simd/steps-inl.h"
+#include "frameworks/simd/transpose-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
+namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
-
-#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+#if KORVANE_HAS_VECTORS
 
 constexpr size_t kSlotBytes = 64;
 constexpr size_t kPrefetchBytes = 256;
@@ -61,10 +62,10 @@ struct BoxSums<Division::kNarrow> {
     template <class D>
     static HWY_INLINE void Add(D dByte, const uint8_t* line, size_t weight, Element* sums) {
         const hn::Repartition<uint16_t, D> d;
-        const auto bytes = hn::BitCast(d, hn::LoadU(dByte, line));
+        const auto bytes = hn::LoadU(dByte, line);
         const auto factor = hn::Set(d, static_cast<uint16_t>(weight));
-        const auto even = hn::Mul(hn::And(bytes, hn::Set(d, 0x00FF)), factor);
-        const auto odd = hn::Mul(hn::ShiftRight<8>(bytes), factor);
+        const auto even = hn::Mul(EvenBytes(d, bytes), factor);
+        const auto odd = hn::Mul(OddBytes(d, bytes), factor);
         hn::StoreU(hn::Add(hn::LoadU(d, sums), even), d, sums);
         hn::StoreU(hn::Add(hn::LoadU(d, sums + hn::Lanes(d)), odd), d, sums + hn::Lanes(d));
     }
@@ -83,10 +84,10 @@ struct BoxSums<Division::kNarrow> {
             const auto evenMean = hn::ShiftRightSame(hn::MulHigh(even, multiplier), window.shift);
             const auto oddMean = hn::ShiftLeftSame(hn::MulHigh(odd, multiplier), 8 - window.shift);
             const auto mean = hn::Or(evenMean, hn::AndNot(lowByte, oddMean));
-            const auto entering = hn::BitCast(d, hn::LoadU(dByte, lines.entering[k] + offset));
-            const auto leaving = hn::BitCast(d, hn::LoadU(dByte, lines.leaving[k] + offset));
-            even = hn::Add(even, hn::Sub(hn::And(entering, lowByte), hn::And(leaving, lowByte)));
-            odd = hn::Add(odd, hn::Sub(hn::ShiftRight<8>(entering), hn::ShiftRight<8>(leaving)));
+            const auto entering = hn::LoadU(dByte, lines.entering[k] + offset);
+            const auto leaving = hn::LoadU(dByte, lines.leaving[k] + offset);
+            even = hn::Add(even, hn::Sub(EvenBytes(d, entering), EvenBytes(d, leaving)));
+            odd = hn::Add(odd, hn::Sub(OddBytes(d, entering), OddBytes(d, leaving)));
             hn::StoreU(hn::BitCast(dByte, hn::Or(mean, alwaysSet)), dByte, lines.out[k] + offset);
         }
         hn::StoreU(even, d, sums);
@@ -376,12 +377,10 @@ class ColumnSweep {
     template <typename Body>
     HWY_INLINE void ForEachVector(const Body& body) {
         const size_t step = LeastRowBytes();
-        size_t at = 0;
-        for (; at + step <= m_RowBytes; at += step) {
-            body(at, m_Sums + at);
-        }
-        if (at < m_RowBytes) {
-            body(m_RowBytes - step, m_Sums + at);
+        const size_t done =
+            ForWholeSteps(0, m_RowBytes, step, [&](size_t at) KORVANE_INLINE { body(at, m_Sums + at); });
+        if (done < m_RowBytes) {
+            body(m_RowBytes - step, m_Sums + done);
         }
     }
 
@@ -396,6 +395,7 @@ class ColumnSweep {
 
 #endif
 
+}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace korvane
 HWY_AFTER_NAMESPACE();

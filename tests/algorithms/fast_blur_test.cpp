@@ -113,7 +113,7 @@ TEST(FastBlur, EqualsThePlainMeanForEverySizeAndRadius) {
 }
 
 TEST(FastBlur, NothingToDoLeavesTheResultUntouched) {
-    const uint32_t src[4] = {1, 2, 3, 4};
+    uint32_t src[4] = {1, 2, 3, 4};
     unsigned char dst[16] = {7, 7, 7, 7};
     const Bytes before(dst, dst + 16);
     const Case refused[] = {
