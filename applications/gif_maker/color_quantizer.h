@@ -12,6 +12,7 @@
 #ifndef KORVANE_APPLICATIONS_GIF_MAKER_COLOR_QUANTIZER_H_
 #define KORVANE_APPLICATIONS_GIF_MAKER_COLOR_QUANTIZER_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -69,8 +70,10 @@ class KORVANE_API ColorQuantizer {
     virtual void release();
 
   private:
-    bool allocate();
-    void freeTemporaries();
+    template <typename Visit>
+    bool eachImageArray(const Visit& visit);
+    template <typename Visit>
+    bool eachPaletteArray(size_t entries, const Visit& visit);
     void fillHistogram(const korvane::CellPixels& pixels);
     void calculateMoments();
     int32_t splitBoxes(int32_t colorCount);
