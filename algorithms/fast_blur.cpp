@@ -30,7 +30,7 @@ void BlurThroughRing(const uint8_t* src, uint8_t* dst, size_t width, size_t heig
 
     const BoxWindow window(radius, false);
     const size_t rowBytes = width * 4;
-    // Not a power of two apart, or the rows of a column would compete for the same few cache lines.
+    // Not a power of two: the rows of a column would compete for the same few cache lines.
     const size_t ringStride = (rowBytes / kSlotBytes + 2) * kSlotBytes;
     const size_t ringRows = std::min(height, 2 * radius + 1 + Band::kRows);
 

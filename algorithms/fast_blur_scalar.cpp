@@ -23,7 +23,7 @@ class FastBlur {
         : m_Width(width),
           m_Height(height),
           m_Radius(radius),
-          // One row of zeros more than the image has: the sums of a column start without a look at the bottom edge.
+          // One row of zeros below the image, which a sum reads at its start when the radius reaches the height.
           m_Red(height + 1, width),
           m_Green(height + 1, width),
           m_Blue(height + 1, width),
@@ -63,7 +63,7 @@ class FastBlur {
         }
     }
 
-    // A factor of all ones subtracts: the sums count modulo 2^64 and never end below 0.
+    // A factor of all ones subtracts: sums are modulo 2^64, and the final ones are never below 0.
     static void add(Sums& sums, uint32_t pixel, size_t factor) {
         sums.red += factor * (pixel >> 16 & 0xFF);
         sums.green += factor * (pixel >> 8 & 0xFF);

@@ -43,7 +43,8 @@ struct Greatest {
 };
 
 // With Least and Greatest: the greatest value that all nine pixels of some arc reach. The arcs that begin at k and at
-// k + 1 share eight pixels, so eight of them are formed, in doubling steps, and each is finished at both ends.
+// k + 1 share eight pixels. So eight arcs of eight pixels are formed, in doubling steps, and each gets a ninth pixel at
+// either end.
 template <class Inner, class Outer, class V>
 HWY_INLINE V BestArc(Inner inner, Outer outer, V p0, V p1, V p2, V p3, V p4, V p5, V p6, V p7, V p8, V p9, V p10, V p11,
                      V p12, V p13, V p14, V p15) {
@@ -59,7 +60,8 @@ HWY_INLINE V BestArc(Inner inner, Outer outer, V p0, V p1, V p2, V p3, V p4, V p
     return outer(outer(outer(arc1, arc3), outer(arc5, arc7)), outer(outer(arc9, arc11), outer(arc13, arc15)));
 }
 
-// With Least and Greatest: what one end of each of two diameters reaches, as every arc of nine holds one.
+// With Least and Greatest: the greatest value that one end of each of two diameters reaches. Every arc of nine pixels
+// holds one end of each diameter.
 template <class Inner, class Outer, class V>
 HWY_INLINE V BestEnds(Inner inner, Outer outer, V a0, V a8, V b0, V b8) {
     return inner(outer(a0, a8), outer(b0, b8));
@@ -74,7 +76,7 @@ struct RowJob {
     unsigned char* row;  // out: score (or any other value but 0) of each corner; cleared before
 };
 
-// A pixel of the circle tells how bright it is; the centre comes in once for a whole arc.
+// Works on the brightness of the circle's pixels; the centre is compared once with the result for a whole arc.
 template <class D>
 HWY_INLINE void ScoreBlock(D d, const RowJob& job, size_t at) {
     const unsigned char* centre = job.line + at;
@@ -162,7 +164,7 @@ HWY_NOINLINE void ScoreRow(const RowJob& job, const Columns& columns) {
 HWY_NOINLINE void EmitRow(const unsigned char* above, const unsigned char* own, const unsigned char* below,
                           const Columns& columns, bool suppress, CornerThinner& thinner) {
     ForEachBlock(columns.first, columns.end, [&](auto d, size_t at) KORVANE_INLINE {
-        // Columns that come twice do no harm: whatever became of one the first time, its bin is taken now.
+        // A column that comes twice does no harm: its bin was taken the first time.
         uint64_t bits = KeptInBlock(d, above, own, below, at, suppress);
         for (; bits != 0; bits &= bits - 1) {
             thinner.add(static_cast<int>(at + hwy::Num0BitsBelowLS1Bit_Nonzero64(bits)));

@@ -1,5 +1,4 @@
-// Gaussian blur by box blurs: three box blurs in turn come close to a Gaussian, at a cost that the radius does not
-// touch.
+// Gaussian blur by box blurs: three box blurs in turn come close to a Gaussian. The cost does not depend on the radius.
 //
 // Images are one byte a pixel, rows packed (the stride is the width), width x height bytes. `src` and `dst` are two
 // buffers that do not overlap. Beyond its border the image goes on with its border pixels. Nothing is allocated but a

@@ -28,16 +28,16 @@ namespace {
 
 #if KORVANE_HAS_VECTORS
 
-// 16 lines are filtered at once. They are gathered into slots, one for each position along the lines, that hold the
-// three channels of all lines; byte 3 of the pixels never gets there.
+// 16 lines are filtered at once. They are gathered into slots, one for each position along the lines. A slot holds the
+// three channels of all lines, without byte 3 of the pixels.
 constexpr size_t kLines = 16;
 constexpr size_t kChannels = 3;
 constexpr size_t kSlotBytes = kLines * kChannels;
 constexpr size_t kOrder = 4;
 constexpr size_t kLeastLength = 2 * kOrder;  // of a line, for the kernel
 
-// A recursion alone would mostly wait for its own last value. Two vectors in both directions keep the processor busy;
-// where one vector holds 16 lanes it does so by itself.
+// A single recursion would mostly wait for its own last value. Two vectors in both directions keep the processor busy;
+// one vector is enough where it holds 16 lanes.
 constexpr bool kHasLongVectors = !HWY_HAVE_SCALABLE && hn::MaxLanes(hn::ScalableTag<float>()) >= kLines;
 constexpr size_t kVectors = kHasLongVectors ? 1 : 2;
 using FloatTag = hn::CappedTag<float, kLines / kVectors>;
@@ -57,8 +57,8 @@ struct Recursion {
     float edge[kOrder + 1];  // of a position before the line's start, times the line's first value
 };
 
-// What a recursion read and gave at its last four steps, by step modulo four, and its line's first value. In memory:
-// the loads hide behind the arithmetic, and registers would not hold it for all the recursions that run at once.
+// What a recursion read and gave at its last four steps, by step modulo four, and its line's first value. It is in
+// memory, since there are too few registers for all the recursions that run at once; loads run beside the arithmetic.
 struct History {
     HWY_ALIGN float read[kOrder][kLines];
     HWY_ALIGN float given[kOrder][kLines];
@@ -85,8 +85,8 @@ HWY_INLINE Floats Record(Floats read, Floats given, History& history, size_t ste
     return given;
 }
 
-// Terms are added in the order of the plain form, without those that are always zero: forwards the denominator's part
-// of term 0 and the numerator's of term 4, backwards all of term 0.
+// Terms are added in the order of the twin, without those that are always zero: forwards the denominator's part of term
+// 0 and the numerator's of term 4, backwards all of term 0.
 template <size_t kTerms>
 HWY_INLINE Floats Forwards(const Recursion& p, Floats read, History& history, size_t step) {
     const FloatTag d;
@@ -112,7 +112,7 @@ HWY_INLINE Floats Backwards(const Recursion& m, Floats read, History& history, s
     return Record(read, sum, history, step);
 }
 
-// Calls `step(i, i % 4)` for a range; where it can, with a number that the compiler knows.
+// Calls `step(i, i % 4)` for a range; mostly with a second number that the compiler knows.
 template <class Step>
 HWY_INLINE void ForEachStep(size_t begin, size_t end, const Step& step) {
     size_t i = begin;
@@ -200,14 +200,14 @@ class Blur {
           m_Height(height),
           m_Depth(depth),
           m_Stride(stride),
-          // Tiles are whole also at a line's end.
+          // Room for a whole tile at a line's end.
           m_Slots(std::max(width, height) + kLines, kSlotBytes),
           m_Work(std::max(width, height), kLines) {}
 
     bool HasMemory() const { return m_Slots && m_Work; }
 
-    // A strip of columns at a time. One walk down the rows writes the strip that is done and reads its neighbour: most
-    // of the cost lies in coming to a row.
+    // A strip of columns at a time. One walk down the rows writes the finished strip and reads the next one, since most
+    // of the cost is the first touch of a row.
     void BlurColumns(const gaussiirContext& context) {
         for (size_t x = 0; x < m_Width + kLines; x += kLines) {
             const size_t before = x == 0 ? 0 : x - kLines;

@@ -1,9 +1,9 @@
-// Recursive Gaussian blur: a true Gaussian at a cost that the deviation does not touch.
+// Recursive Gaussian blur: a true Gaussian whose cost does not depend on the deviation.
 //
 // Each line is filtered once forwards and once backwards by recursions of the fourth order, whose sum is the result
-// (R. Deriche, "Recursively implementing the Gaussian and its derivatives", INRIA research report 1893, 1993). All is
+// (R. Deriche, "Recursively implementing the Gaussian and its derivatives", INRIA research report 1893, 1993). It is
 // computed in single precision, in one fixed order of terms and without fused operations, so that every processor gives
-// the same bytes. The sums are within about 0.1 grey levels of the true Gaussian for deviations of 1 to 10 pixels (0.5
+// the same bytes. The sums are within about 0.1 gray levels of the true Gaussian for deviations of 1 to 10 pixels (0.5
 // at 0.6) and then cut off to bytes. From about 20 pixels on single precision adds errors of its own, at 30 a few
 // levels of brightness; at 60 the picture is lost.
 //

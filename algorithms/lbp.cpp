@@ -40,17 +40,16 @@ HWY_INLINE V Pattern(D d, V left0, V left1, V left2, V above, V centre, V below,
     return hn::Or(hn::Or(left, own), right);
 }
 
-// Columns are too short for the processor to foresee the next ones by itself. What lies `distance` elements further on
-// may be past the end.
+// Columns are too short for the processor to foresee the next ones by itself. The address may be past the image's end.
 template <int kIsWritten>
 HWY_INLINE void FetchAhead(const unsigned int* from, size_t distance) {
     const uintptr_t address = reinterpret_cast<uintptr_t>(from) + distance * sizeof(*from);
     __builtin_prefetch(reinterpret_cast<const void*>(address), kIsWritten);
 }
 
-// slots[i] = first + 256 * i + pattern of centre[i], for `count` pixels of each of `kColumns` columns, one after the
-// other in `slots` at a distance of `slotStride`. Counts are at least one vector; the last one overlaps its neighbour.
-// Columns done together share what they load.
+// slots[i] = first + 256 * i + pattern of centre[i], for `count` pixels of each of `kColumns` columns. The columns
+// stand in `slots` at a distance of `slotStride`. Counts are at least one vector. Columns done together share what they
+// load.
 template <size_t kColumns, class D>
 HWY_INLINE void ListWholeVectors(D d, const unsigned int* centre, size_t stride, size_t count, unsigned int first,
                                  unsigned int firstStep, unsigned int* slots, size_t slotStride) {
@@ -110,7 +109,7 @@ void Halve(const LbpLevel& level, size_t x) {
     }
 }
 
-// Calls action(slot) for each slot that is on. What waits for memory here is everything but the patterns, so slots are
+// Calls action(slot) for each slot that is on. Most of the time goes to waiting for the slots' memory. So slots are
 // listed a chunk ahead: while one chunk is worked off, the cache lines of the next are on their way.
 template <typename Action>
 void WalkSlots(unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols,

@@ -56,7 +56,7 @@ inline size_t lbp_positions_for(unsigned int slots) {
 }
 
 // The actions on a slot. Integer steps are taken unsigned, where overflow is defined. fetch() asks for the slot's cache
-// line ahead of time, into the second level: far more requests may be under way there than to the first.
+// line ahead of time, into the second level, which takes far more requests at once than the first.
 struct LbpCount {
     char* vec;
     void operator()(size_t slot) const { vec[slot] = static_cast<char>(vec[slot] + 1); }

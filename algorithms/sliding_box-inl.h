@@ -1,10 +1,10 @@
 // Sliding box sums along rows and down columns, the common part of the box blurs. For kernel files only: included once
 // for each instruction set.
 //
-// Both directions are one loop over lines of bytes, in which a vector holds neighbouring bytes of a line and the line
-// that enters the window and the one that leaves it are two addresses. Down the columns the lines are the image's rows.
-// Along the rows they are slots: 64 bytes with the pixels of one column from a band of rows, transposed into a ring
-// that holds the window and out of it again.
+// Both directions are one loop over lines of bytes. A vector holds neighbouring bytes of a line; one line enters the
+// window and another leaves it. Down the columns the lines are the image's rows. Along the rows they are slots: 64
+// bytes with the pixels of one column from a band of rows. Bands are transposed into a ring of slots, which holds the
+// window, and out of it again.
 #if defined(KORVANE_ALGORITHMS_SLIDING_BOX_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KORVANE_ALGORITHMS_SLIDING_BOX_INL_H_
 #undef KORVANE_ALGORITHMS_SLIDING_BOX_INL_H_
@@ -160,7 +160,8 @@ struct BoxSums {
         hn::StoreU(hn::Add(hn::LoadU(d, here), product), d, here);
     }
 
-    // The float quotient is off by one at most, and the remainder tells; or, rounded to nearest, it is the definition.
+    // Rounded to nearest, the float quotient is the definition. Rounded down, it is off by one at most, and the
+    // remainder corrects it.
     template <class D, class V>
     static HWY_INLINE V Mean(D d, const BoxWindow& window, V sum) {
         const hn::Rebind<float, D> dFloat;
@@ -240,7 +241,7 @@ class RowBand {
     uint8_t* Slot(size_t x) const { return m_Ring + (x & m_Mask) * kSlotBytes; }
 
     // The last tile of a row is incomplete. And 64 rows that lie a power of two apart compete for the same few lines of
-    // the cache: tiles that come back to a line find it gone, so whole lines are copied at once.
+    // the cache, so a line must be read whole at its first touch.
     bool NeedsCopy(size_t x) const {
         constexpr size_t kCompeting = 1024;
         const bool isCompeting = kRows == 64 && static_cast<size_t>(in[1] - in[0]) % kCompeting == 0;
@@ -251,7 +252,7 @@ class RowBand {
         HWY_ALIGN uint8_t tile[kRows * kSlotBytes];
         for (; m_Filled < std::min(end, m_Width); m_Filled += kTileColumns) {
             const size_t x = m_Filled;
-            // So many rows at once are more than the processor's own prefetchers follow.
+            // The processor's own prefetchers do not follow so many rows at once.
             const size_t ahead = std::min(x * kPixelBytes + kPrefetchBytes, (m_Width - 1) * kPixelBytes);
             const uint8_t* from[kRows];
             for (size_t row = 0; row < kRows; ++row) {
@@ -366,14 +367,14 @@ class ColumnSweep {
             BoxSums<kDivision>::Start(d, m_Window, sums);
             BoxSums<kDivision>::Add(d, first + at, m_Window.radius + 1, sums);
         });
-        // A window that reaches beyond the last row counts nothing there.
+        // A window that reaches below the image counts nothing there.
         for (size_t i = 1; i <= std::min(m_Window.radius, m_Height - 1); ++i) {
             const uint8_t* row = m_RowAt(i);
             ForEachVector([&](size_t at, Element* sums) HWY_ATTR { BoxSums<kDivision>::Add(d, row + at, 1, sums); });
         }
     }
 
-    // The last vector ends with the row: some bytes are in two vectors, with a sum in each.
+    // The last vector ends with the row. Bytes that are in two vectors have two sums.
     template <typename Body>
     HWY_INLINE void ForEachVector(const Body& body) {
         const size_t step = LeastRowBytes();

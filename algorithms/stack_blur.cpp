@@ -86,7 +86,7 @@ HWY_INLINE Pixels Byte2(Pixels pixels) {
     return Byte0(hn::ShiftRight<16>(pixels));
 }
 
-// The state r + 1 steps before the first pixel, where the window sees nothing but its repetitions.
+// The state r + 1 steps before the first pixel, where the window sees only repetitions of that pixel.
 HWY_INLINE void Start(Pixels first, uint32_t weights, KORVANE_SUMS_PARAMETERS) {
     const PixelTag d;
     const Pixels all = hn::Set(d, weights);
@@ -96,7 +96,7 @@ HWY_INLINE void Start(Pixels first, uint32_t weights, KORVANE_SUMS_PARAMETERS) {
     slope0 = slope1 = slope2 = hn::Zero(d);
 }
 
-// A step of which nothing but repetitions of the first pixel leaves or passes the centre.
+// A step before the first pixel: only repetitions of it leave the window and pass the centre.
 HWY_INLINE void AdvanceBeforeStart(Pixels first, Pixels entering, KORVANE_SUMS_PARAMETERS) {
     sum0 = hn::Add(sum0, slope0);
     sum1 = hn::Add(sum1, slope1);
@@ -176,8 +176,8 @@ HWY_INLINE void StoreColumns(const uint32_t* columns, const Band& band, size_t x
 }
 
 // The columns of a band that the window can see, as a ring of vectors. Column j stands in slot j modulo the ring's
-// length. The first `lead` columns are repetitions of the first pixel, which change no result and bring the others into
-// step with the cache lines; beyond the right edge the last pixel repeats.
+// length. The first `lead` columns are repetitions of the first pixel: they change no result and align the others with
+// the cache lines. Beyond the right edge the last pixel repeats.
 class ColumnRing {
   public:
     ColumnRing(size_t radius, size_t lead, size_t w)
@@ -287,8 +287,8 @@ HWY_NOINLINE void BlurBand(const Band& band, size_t columns, const Kernel& kerne
     }
 }
 
-// How many bytes `image` lies behind the boundary of a vector, where that helps: when all pixels can lie on one side of
-// such boundaries.
+// How many bytes `image` lies behind the boundary of a vector. 0 where pixels lie across such boundaries, since
+// alignment does not help there.
 HWY_INLINE size_t BytesBehindBoundary(const unsigned char* image) {
     const size_t behind = reinterpret_cast<uintptr_t>(image) % kVectorBytes;
     return behind % 4 == 0 ? behind : 0;
@@ -316,8 +316,8 @@ struct Column {
     HWY_ALIGN uint32_t state[7][kLanes];
 };
 
-// The working memory of a block. The ring keeps the rows behind the centre, which the image no longer has; the others
-// are read where they are.
+// The working memory of a block. The ring keeps the rows behind the centre, which are overwritten in the image; the
+// others are read from the image.
 struct Columns {
     Column column[kMaxBlockBytes / kVectorBytes];
     HWY_ALIGN unsigned char ring[kMaxRingBytes];
@@ -392,8 +392,8 @@ HWY_INLINE void StartColumn(const Access& access, const Block& block, size_t off
     }
 }
 
-// All rows are read before the first is written: processors take a load for dependent on an earlier store when their
-// addresses differ by a multiple of 4096, as those of neighbouring rows may.
+// All rows are read before the first is written: processors make a load wait for an earlier store when their addresses
+// differ by a multiple of 4096, as those of neighbouring rows may.
 template <size_t kRows, class Access>
 HWY_INLINE void BlurColumn(const Access& access, const Block& block, size_t offset, size_t y, size_t slot,
                            const Kernel& kernel, Columns& columns) {

@@ -1,4 +1,4 @@
-// The pixels of an image sorted by the cell of the colour histogram that they fall in. Internal.
+// The pixels of an image sorted by the cell of the color histogram that they fall in. Internal.
 //
 // The pixels of a cell then lie side by side in memory, and what is computed for a cell serves all its pixels.
 #ifndef KORVANE_APPLICATIONS_GIF_MAKER_CELL_PIXELS_H_

@@ -7,8 +7,9 @@
 #include "applications/gif_maker/palette_refinement_scalar.h"
 #include "applications/gif_maker/pixel_tally.h"
 
-// Few colours of a palette can be nearest to any pixel of one cell: those whose distance to the cell's nearest point is
-// no more than some colour's distance to its farthest. So each cell gets its short list, and only that is searched.
+// Only a few colors of a palette can be nearest to a pixel of one cell: those whose distance to the nearest point of
+// the cell is not above the distance of some color to its farthest point. Each cell gets a short list of them to
+// search.
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "applications/gif_maker/palette_refinement.cpp"
@@ -27,7 +28,7 @@ int32_t squared(int32_t value) {
     return value * value;
 }
 
-// Of a colour channel to the values base ... base + 7.
+// Of a color channel to the values base ... base + 7.
 int32_t farthest(int32_t channel, int32_t base) {
     return std::max(channel - base, base + kCellWidth - 1 - channel);
 }
@@ -100,8 +101,8 @@ class Refinement {
                squared(farthest(m_Blue[entry], m_Base.blue));
     }
 
-    // In ascending order. Distances from the pixel at the cell's base are held times 512, with the place in the list
-    // below them, so that the least sum tells both and the lowest entry wins ties.
+    // In ascending order. Distances from the pixel at the cell's base are held times 512, plus the place in the list.
+    // So the least sum tells both, and the lowest entry wins ties.
     void ListCandidates(size_t guess) {
         const Tag d;
         const auto limit = hn::Set(d, FarthestInCell(guess) + 1);
