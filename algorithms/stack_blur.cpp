@@ -149,7 +149,7 @@ HWY_INLINE void LoadColumns(const Band& band, size_t x, uint32_t* columns) {
         Pixels b = LoadBytes(band.rows[i + 1] + x * 4);
         Pixels c = LoadBytes(band.rows[i + 2] + x * 4);
         Pixels e = LoadBytes(band.rows[i + 3] + x * 4);
-        InterleaveByFour(d, a, b, c, e);
+        TransposeInBlocks(d, a, b, c, e);
         hn::Store(a, d, tile + i * kLanes);
         hn::Store(b, d, tile + (i + 1) * kLanes);
         hn::Store(c, d, tile + (i + 2) * kLanes);
@@ -167,7 +167,7 @@ HWY_INLINE void StoreColumns(const uint32_t* columns, const Band& band, size_t x
         Pixels b = hn::Load(d, tile + (i + 1) * kLanes);
         Pixels c = hn::Load(d, tile + (i + 2) * kLanes);
         Pixels e = hn::Load(d, tile + (i + 3) * kLanes);
-        InterleaveByFour(d, a, b, c, e);
+        TransposeInBlocks(d, a, b, c, e);
         StoreBytes(a, band.rows[i] + x * 4);
         StoreBytes(b, band.rows[i + 1] + x * 4);
         StoreBytes(c, band.rows[i + 2] + x * 4);
