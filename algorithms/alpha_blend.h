@@ -1,8 +1,8 @@
 // Alpha blend: dims an image towards a solid colour, in fixed point with weights out of 256.
 //
 // Pixels are 4 bytes each without padding; bytes 0, 1 and 2 move towards `r`, `g` and `b`, byte 3 (alpha) stays. A
-// byte c becomes (a * colour + c * (256 - a)) >> 8, of which the low 8 bits are stored; arithmetic wraps, so arguments
-// outside 0 to 255 (colour) and 0 to 256 (a) give defined, if odd, bytes. Nothing is allocated, any thread may call.
+// byte c becomes (a * color + c * (256 - a)) >> 8, of which the low 8 bits are stored; arithmetic wraps, so arguments
+// outside 0 to 255 (color) and 0 to 256 (a) give defined, if odd, bytes. Nothing is allocated, any thread may call.
 #ifndef KORVANE_ALGORITHMS_ALPHA_BLEND_H_
 #define KORVANE_ALGORITHMS_ALPHA_BLEND_H_
 
@@ -12,8 +12,8 @@
 KORVANE_API void alpha_blend(unsigned char* dest, int size, int r, int g, int b, int a);
 
 // The blend of the bitmap path, which steps by 8 pixels and holds its weight in 8 bits. Between `a` = 1 and 256 it
-// gives the bytes of alpha_blend, but for two things that callers rely on: the last `size` mod 8 pixels are not
-// blended, and `a` = 0 turns the blended pixels black instead of leaving them. Equal on every processor.
+// gives the bytes of alpha_blend, with two differences that are part of the interface: the last `size` mod 8 pixels are
+// not blended, and `a` = 0 turns the blended pixels black instead of leaving them. Equal on every processor.
 KORVANE_API void alpha_blend_neon(unsigned char* dest, int size, int r, int g, int b, int a);
 
 #endif  // KORVANE_ALGORITHMS_ALPHA_BLEND_H_

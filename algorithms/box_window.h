@@ -1,10 +1,11 @@
-// What the box blurs' kernels know of a window: its width, and how a sum of bytes under it becomes a byte again.
+// The window of the box blurs: its width, and how a sum of the bytes under it is divided.
 #ifndef KORVANE_ALGORITHMS_BOX_WINDOW_H_
 #define KORVANE_ALGORITHMS_BOX_WINDOW_H_
 
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 
 namespace korvane {
 
@@ -22,11 +23,10 @@ struct NarrowDivision {
     int shift;
 };
 
-// For a radius of 1 to kNarrowRadius. The reciprocal takes all 16 bits; either rounded up it is close enough, or
-// rounded down it is.
+// For a radius of 1 to kNarrowRadius. The reciprocal has 16 bits; it is exact enough either rounded up or rounded down.
 constexpr NarrowDivision narrow_division(size_t radius) {
     const auto divisor = static_cast<uint32_t>(2 * radius + 1);
-    const int shift = static_cast<int>(std::bit_width(divisor)) - 1;
+    const int shift = 31 - std::countl_zero(divisor);
     const uint32_t one = uint32_t{65536} << shift;
     const uint32_t up = one / divisor + 1;
     if (255 * (up * divisor - one) < up) {
@@ -35,8 +35,8 @@ constexpr NarrowDivision narrow_division(size_t radius) {
     return {static_cast<uint16_t>(up - 1), 1, shift};
 }
 
-// A quotient only ever grows with its sum: the first and the last sum of each are enough. Sums end at 255 whole windows
-// plus the radius, which rounding to nearest adds.
+// Tests the first and the last sum of each quotient. Sums end at 255 whole windows plus the radius, which rounding to
+// nearest adds.
 constexpr bool narrow_divisions_are_exact() {
     for (size_t radius = 1; radius <= kNarrowRadius; ++radius) {
         const auto divisor = static_cast<uint32_t>(2 * radius + 1);

@@ -11,21 +11,15 @@
 #define HWY_TARGET_INCLUDE "algorithms/fast_blur.cpp"
 #include <hwy/foreach_target.h>
 // Behind foreach_target, which sets the target that they read.
-#include <hwy/highway.h>
-
 #include "algorithms/sliding_box-inl.h"
+#include "frameworks/simd/kernel-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
+namespace {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
-
-void FastBlur(const unsigned int* src, unsigned char* dst, int w, int h, int radius) {
-    fast_blur_scalar(src, dst, w, h, radius);
-}
-
-#else
+#if KORVANE_HAS_VECTORS
 
 // Blurred rows go into a ring just long enough for the window of the columns, which reads them while they are in the
 // cache. A band of source rows has been read before the first of them can be overwritten, so dst may be src.
@@ -36,7 +30,7 @@ void BlurThroughRing(const uint8_t* src, uint8_t* dst, size_t width, size_t heig
 
     const BoxWindow window(radius, false);
     const size_t rowBytes = width * 4;
-    // Not a power of two apart, or the rows of a column would compete for the same few cache lines.
+    // Not a power of two: the rows of a column would compete for the same few cache lines.
     const size_t ringStride = (rowBytes / kSlotBytes + 2) * kSlotBytes;
     const size_t ringRows = std::min(height, 2 * radius + 1 + Band::kRows);
 
@@ -61,32 +55,34 @@ void BlurThroughRing(const uint8_t* src, uint8_t* dst, size_t width, size_t heig
     }
 }
 
-// The ring is for images apart, or for one image; only the plain form reads everything before it writes.
+// The ring serves two images apart, or one image; only the twin reads all before it writes.
 bool OverlapPartly(const void* src, const void* dst, size_t bytes) {
     const auto from = reinterpret_cast<uintptr_t>(src);
     const auto to = reinterpret_cast<uintptr_t>(dst);
     return from != to && std::max(from, to) - std::min(from, to) < bytes;
 }
 
-void FastBlur(const unsigned int* src, unsigned char* dst, int w, int h, int radius) {
-    const auto width = static_cast<size_t>(w);
-    const auto height = static_cast<size_t>(h);
-    const size_t inside = std::min({static_cast<size_t>(radius), width, height});
+void FastBlur(const uint32_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
     const bool isNarrowImage = width * 4 < hn::Lanes(hn::ScalableTag<uint8_t>());
-    if (isNarrowImage || inside > kWideRadius || OverlapPartly(src, dst, width * height * 4)) {
-        fast_blur_scalar(src, dst, w, h, radius);
+    if (isNarrowImage || radius > kWideRadius || OverlapPartly(src, dst, width * height * 4)) {
+        fast_blur_scalar(src, dst, width, height, radius);
         return;
     }
     const auto* bytes = reinterpret_cast<const uint8_t*>(src);
-    if (inside <= kNarrowRadius) {
-        BlurThroughRing<Division::kNarrow>(bytes, dst, width, height, inside);
+    if (radius <= kNarrowRadius) {
+        BlurThroughRing<Division::kNarrow>(bytes, dst, width, height, radius);
     } else {
-        BlurThroughRing<Division::kWideDown>(bytes, dst, width, height, inside);
+        BlurThroughRing<Division::kWideDown>(bytes, dst, width, height, radius);
     }
 }
 
+#else
+
+constexpr auto& FastBlur = fast_blur_scalar;
+
 #endif
 
+}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace korvane
 HWY_AFTER_NAMESPACE();
@@ -94,15 +90,18 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace korvane {
-HWY_EXPORT(FastBlur);
+namespace {
+
+KORVANE_DISPATCH(FastBlur);
+
+}  // namespace
 }  // namespace korvane
 
-// Where a build has one target only, HWY_DYNAMIC_DISPATCH puts that target's namespace in front of the name.
-using namespace korvane;
-
-void fast_blur(const unsigned int* src, unsigned char* dst, int w, int h, int radius) {
+// `src` is only read; its type is part of the interface.
+void fast_blur(unsigned int* src, unsigned char* dst, int w, int h, int radius) {
     if (src != nullptr && dst != nullptr && w > 0 && h > 0 && radius > 0) {
-        HWY_DYNAMIC_DISPATCH(FastBlur)(src, dst, w, h, radius);
+        korvane::FastBlur(src, dst, static_cast<size_t>(w), static_cast<size_t>(h),
+                          static_cast<size_t>(std::min({radius, w, h})));
     }
 }
 

@@ -13,9 +13,9 @@
 // on with its border pixels. The exception: when r reaches the height, each column starts with a black pixel in place
 // of the first one below the image, and so comes out darker.
 //
-// Both images are w x h words, rows packed; `dst` may be `src` itself, and may lie at any address. The result is
-// opaque: bits 24 to 31 are not read and are written as 0xFF. With a radius or a size below 1, a null pointer, or when
-// memory is short, `dst` stays untouched.
-KORVANE_API void fast_blur(const unsigned int* src, unsigned char* dst, int w, int h, int radius);
+// Both images are w x h words, rows packed. `src` is only read; `dst` may be `src` itself, and may lie at any address.
+// The result is opaque: bits 24 to 31 are not read and are written as 0xFF. With a radius or a size below 1, a null
+// pointer, or when memory is short, `dst` stays untouched.
+KORVANE_API void fast_blur(unsigned int* src, unsigned char* dst, int w, int h, int radius);
 
 #endif  // KORVANE_ALGORITHMS_FAST_BLUR_H_

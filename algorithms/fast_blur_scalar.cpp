@@ -23,7 +23,7 @@ class FastBlur {
         : m_Width(width),
           m_Height(height),
           m_Radius(radius),
-          // One row of zeros more than the image has: the sums of a column start without a look at the bottom edge.
+          // One row of zeros below the image, which a sum reads at its start when the radius reaches the height.
           m_Red(height + 1, width),
           m_Green(height + 1, width),
           m_Blue(height + 1, width),
@@ -31,7 +31,7 @@ class FastBlur {
 
     bool hasMemory() const { return m_Red && m_Green && m_Blue && m_Quotient; }
 
-    void run(const unsigned int* src, unsigned char* dst) {
+    void run(const uint32_t* src, uint8_t* dst) {
         const size_t divisor = 2 * m_Radius + 1;
         for (size_t i = 0; i < 256 * divisor; ++i) {
             m_Quotient[i] = static_cast<int>(i / divisor);
@@ -44,7 +44,7 @@ class FastBlur {
     }
 
   private:
-    void blur_rows(const unsigned int* src) {
+    void blur_rows(const uint32_t* src) {
         const size_t last = m_Width - 1;
         for (size_t y = 0; y < m_Height; ++y, src += m_Width) {
             Sums sums;
@@ -63,14 +63,14 @@ class FastBlur {
         }
     }
 
-    // A factor of all ones subtracts: the sums count modulo 2^64 and never end below 0.
+    // A factor of all ones subtracts: sums are modulo 2^64, and the final ones are never below 0.
     static void add(Sums& sums, uint32_t pixel, size_t factor) {
         sums.red += factor * (pixel >> 16 & 0xFF);
         sums.green += factor * (pixel >> 8 & 0xFF);
         sums.blue += factor * (pixel & 0xFF);
     }
 
-    void blur_columns(unsigned char* dst) {
+    void blur_columns(uint8_t* dst) {
         const size_t last = m_Height - 1;
         for (size_t x = 0; x < m_Width; ++x) {
             Sums sums;
@@ -106,11 +106,8 @@ class FastBlur {
 
 }  // namespace
 
-void fast_blur_scalar(const unsigned int* src, unsigned char* dst, int w, int h, int radius) {
-    if (src == nullptr || dst == nullptr || w < 1 || h < 1 || radius < 1) {
-        return;
-    }
-    FastBlur blur(static_cast<size_t>(w), static_cast<size_t>(h), static_cast<size_t>(std::min({radius, w, h})));
+void korvane::fast_blur_scalar(const uint32_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
+    FastBlur blur(width, height, radius);
     if (blur.hasMemory()) {
         blur.run(src, dst);
     }

@@ -1,7 +1,15 @@
-// The plain form of the fast blur: what processors without vector instructions run, and what the kernel is tested with.
+// The scalar twin of the fast blur.
 #ifndef KORVANE_ALGORITHMS_FAST_BLUR_SCALAR_H_
 #define KORVANE_ALGORITHMS_FAST_BLUR_SCALAR_H_
 
-void fast_blur_scalar(const unsigned int* src, unsigned char* dst, int w, int h, int radius);
+#include <cstddef>
+#include <cstdint>
+
+namespace korvane {
+
+// The radius is at most the smaller of width and height. Images may overlap.
+void fast_blur_scalar(const uint32_t* src, uint8_t* dst, size_t width, size_t height, size_t radius);
+
+}  // namespace korvane
 
 #endif  // KORVANE_ALGORITHMS_FAST_BLUR_SCALAR_H_

@@ -1,12 +1,12 @@
 #include "algorithms/fast_detection.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <vector>
 
 #include "algorithms/fast_detection_frame.h"
 #include "algorithms/fast_detection_scalar.h"
@@ -14,27 +14,19 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "algorithms/fast_detection.cpp"
-#include <hwy/cache_control.h>
 #include <hwy/foreach_target.h>
-// Behind foreach_target, which sets the target that it reads.
-#include <hwy/highway.h>
+// Behind foreach_target, which sets the target that they read.
+#include <hwy/cache_control.h>
+
+#include "frameworks/simd/kernel-inl.h"
+#include "frameworks/simd/steps-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
-// Other kernels have helpers of the same names.
 namespace {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
-
-void DetectCorners(const unsigned char* img, std::vector<KeyPoint>& keypoints, const FastFrame& frame,
-                   const FastParams& params) {
-    fast16_scalar(img, keypoints, static_cast<int>(frame.width), static_cast<int>(frame.height), &params);
-}
-
-#else
-
-namespace hn = hwy::HWY_NAMESPACE;
+#if KORVANE_HAS_VECTORS
 
 struct Least {
     template <class V>
@@ -51,7 +43,8 @@ struct Greatest {
 };
 
 // With Least and Greatest: the greatest value that all nine pixels of some arc reach. The arcs that begin at k and at
-// k + 1 share eight pixels, so eight of them are formed, in doubling steps, and each is finished at both ends.
+// k + 1 share eight pixels. So eight arcs of eight pixels are formed, in doubling steps, and each gets a ninth pixel at
+// either end.
 template <class Inner, class Outer, class V>
 HWY_INLINE V BestArc(Inner inner, Outer outer, V p0, V p1, V p2, V p3, V p4, V p5, V p6, V p7, V p8, V p9, V p10, V p11,
                      V p12, V p13, V p14, V p15) {
@@ -67,7 +60,8 @@ HWY_INLINE V BestArc(Inner inner, Outer outer, V p0, V p1, V p2, V p3, V p4, V p
     return outer(outer(outer(arc1, arc3), outer(arc5, arc7)), outer(outer(arc9, arc11), outer(arc13, arc15)));
 }
 
-// With Least and Greatest: what one end of each of two diameters reaches, as every arc of nine holds one.
+// With Least and Greatest: the greatest value that one end of each of two diameters reaches. Every arc of nine pixels
+// holds one end of each diameter.
 template <class Inner, class Outer, class V>
 HWY_INLINE V BestEnds(Inner inner, Outer outer, V a0, V a8, V b0, V b8) {
     return inner(outer(a0, a8), outer(b0, b8));
@@ -82,11 +76,11 @@ struct RowJob {
     unsigned char* row;  // out: score (or any other value but 0) of each corner; cleared before
 };
 
-// A pixel of the circle tells how bright it is; the centre comes in once for a whole arc.
+// Works on the brightness of the circle's pixels; the centre is compared once with the result for a whole arc.
 template <class D>
 HWY_INLINE void ScoreBlock(D d, const RowJob& job, size_t at) {
     const unsigned char* centre = job.line + at;
-    const auto circle = [&](int k) HWY_ATTR { return hn::LoadU(d, centre + job.pixel[k]); };
+    const auto circle = [&](int k) KORVANE_INLINE { return hn::LoadU(d, centre + job.pixel[k]); };
     const auto value = hn::LoadU(d, centre);
     // Harmless below the last row: a prefetch never faults.
     hwy::Prefetch(centre + job.aheadBytes);
@@ -135,7 +129,7 @@ HWY_INLINE uint64_t KeptInBlock(D d, const unsigned char* above, const unsigned 
     if (hn::AllTrue(d, hn::Eq(score, hn::Zero(d)))) {
         return 0;
     }
-    const auto greatest_of_three = [&](const unsigned char* row) HWY_ATTR {
+    const auto greatest_of_three = [&](const unsigned char* row) KORVANE_INLINE {
         return hn::Max(hn::Max(hn::LoadU(d, row - 1), hn::LoadU(d, row + 1)), hn::LoadU(d, row));
     };
     auto neighbours = hn::Zero(d);
@@ -150,24 +144,12 @@ HWY_INLINE uint64_t KeptInBlock(D d, const unsigned char* above, const unsigned 
     return bits;
 }
 
-// Calls body(tag, at) for vectors of the tag that cover the columns [first, end), the widest that fit. The last one may
-// begin within the one before.
+// Calls body(tag, at) for vectors that cover the columns [first, end). Some columns may come twice.
 template <class Body>
 HWY_INLINE void ForEachBlock(size_t first, size_t end, const Body& body) {
-    const auto sweep = [&](auto d) HWY_ATTR {
-        const size_t lanes = hn::Lanes(d);
-        for (size_t i = first; i < end; i += lanes) {
-            body(d, HWY_MIN(i, end - lanes));
-        }
-    };
-    const size_t count = end - first;
-    if (count >= hn::Lanes(hn::CappedTag<uint8_t, 64>())) {
-        sweep(hn::CappedTag<uint8_t, 64>());
-    } else if (count >= hn::Lanes(hn::CappedTag<uint8_t, 16>())) {
-        sweep(hn::CappedTag<uint8_t, 16>());
-    } else {
-        sweep(hn::CappedTag<uint8_t, 1>());
-    }
+    WithLongestVector<uint8_t, 64, 16>(end - first, [&](auto d) KORVANE_INLINE {
+        ForOverlappingSteps(first, end, hn::Lanes(d), [&](size_t at) KORVANE_INLINE { body(d, at); });
+    });
 }
 
 struct Columns {
@@ -176,13 +158,13 @@ struct Columns {
 };
 
 HWY_NOINLINE void ScoreRow(const RowJob& job, const Columns& columns) {
-    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at) HWY_ATTR { ScoreBlock(d, job, at); });
+    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at) KORVANE_INLINE { ScoreBlock(d, job, at); });
 }
 
 HWY_NOINLINE void EmitRow(const unsigned char* above, const unsigned char* own, const unsigned char* below,
                           const Columns& columns, bool suppress, CornerThinner& thinner) {
-    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at) HWY_ATTR {
-        // Columns that come twice do no harm: whatever became of one the first time, its bin is taken now.
+    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at) KORVANE_INLINE {
+        // A column that comes twice does no harm: its bin was taken the first time.
         uint64_t bits = KeptInBlock(d, above, own, below, at, suppress);
         for (; bits != 0; bits &= bits - 1) {
             thinner.add(static_cast<int>(at + hwy::Num0BitsBelowLS1Bit_Nonzero64(bits)));
@@ -223,6 +205,10 @@ void DetectCorners(const unsigned char* img, std::vector<KeyPoint>& keypoints, c
     }
 }
 
+#else
+
+constexpr auto& DetectCorners = fast16_scalar;
+
 #endif
 
 }  // namespace
@@ -233,86 +219,12 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace korvane {
-HWY_EXPORT(DetectCorners);
-}  // namespace korvane
-
-// Where a build has one target only, HWY_DYNAMIC_DISPATCH puts that target's namespace in front of the name.
-using namespace korvane;
-
 namespace {
 
-constexpr int kCircleEntries = 25;
-
-struct CircleStep {
-    int dx;
-    int dy;
-};
-
-constexpr CircleStep offsets16[] = {{0, 3},  {1, 3},   {2, 2},   {3, 1},   {3, 0},  {3, -1}, {2, -2}, {1, -3},
-                                    {0, -3}, {-1, -3}, {-2, -2}, {-3, -1}, {-3, 0}, {-3, 1}, {-2, 2}, {-1, 3}};
-constexpr CircleStep offsets12[] = {{0, 2},  {1, 2},   {2, 1},   {2, 0},  {2, -1}, {1, -2},
-                                    {0, -2}, {-1, -2}, {-2, -1}, {-2, 0}, {-2, 1}, {-1, 2}};
-constexpr CircleStep offsets8[] = {{0, 1}, {1, 1}, {1, 0}, {1, -1}, {0, -1}, {-1, -1}, {-1, 0}, {-1, 1}};
-
-const CircleStep* circle_of_size(int patternSize) {
-    switch (patternSize) {
-        case 16:
-            return offsets16;
-        case 12:
-            return offsets12;
-        case 8:
-            return offsets8;
-        default:
-            return nullptr;
-    }
-}
+KORVANE_DISPATCH(DetectCorners);
 
 }  // namespace
-
-void makeOffsets(int* pixel, int rowStride, int patternSize) {
-    const CircleStep* circle = circle_of_size(patternSize);
-    if (pixel == nullptr || circle == nullptr) {
-        return;
-    }
-    for (int k = 0; k < patternSize; ++k) {
-        // Unsigned, since a stride beyond any image must wrap, not trap.
-        const unsigned int dx = static_cast<unsigned int>(circle[k].dx);
-        const unsigned int dy = static_cast<unsigned int>(circle[k].dy);
-        pixel[k] = static_cast<int>(dx + dy * static_cast<unsigned int>(rowStride));
-    }
-    for (int k = patternSize; k < kCircleEntries; ++k) {
-        pixel[k] = pixel[k - patternSize];
-    }
-}
-
-int cornerScore16(const unsigned char* ptr, const int* pixel, int threshold) {
-    std::array<short, kCircleEntries> d;
-    for (size_t k = 0; k < d.size(); ++k) {
-        d[k] = static_cast<short>(*ptr - ptr[pixel[k]]);
-    }
-    // The arcs that begin at k and at k + 1 share the eight differences from k + 1 on.
-    int a0 = threshold;
-    for (size_t k = 0; k < 16; k += 2) {
-        int a = std::min({d[k + 1], d[k + 2], d[k + 3]});
-        if (a <= a0) {
-            continue;
-        }
-        a = std::min<int>(a, std::min({d[k + 4], d[k + 5], d[k + 6], d[k + 7], d[k + 8]}));
-        a0 = std::max(a0, std::min<int>(a, d[k]));
-        a0 = std::max(a0, std::min<int>(a, d[k + 9]));
-    }
-    int b0 = -a0;
-    for (size_t k = 0; k < 16; k += 2) {
-        int b = std::max({d[k + 1], d[k + 2], d[k + 3], d[k + 4], d[k + 5]});
-        if (b >= b0) {
-            continue;
-        }
-        b = std::max<int>(b, std::max({d[k + 6], d[k + 7], d[k + 8]}));
-        b0 = std::min(b0, std::max<int>(b, d[k]));
-        b0 = std::min(b0, std::max<int>(b, d[k + 9]));
-    }
-    return -b0 - 1;
-}
+}  // namespace korvane
 
 void fast16(const unsigned char* img, std::vector<KeyPoint>& keypoints, int width, int height,
             const FastParams* params) {
@@ -325,7 +237,7 @@ void fast16(const unsigned char* img, std::vector<KeyPoint>& keypoints, int widt
         return;
     }
     try {
-        HWY_DYNAMIC_DISPATCH(DetectCorners)(img, keypoints, frame, *params);
+        korvane::DetectCorners(img, keypoints, frame, *params);
     } catch (const std::bad_alloc&) {
         keypoints.clear();
     }

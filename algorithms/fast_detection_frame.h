@@ -1,4 +1,4 @@
-// What the plain and the vector form of the corner detector share: which pixels are tested, and the thinning. Internal.
+// What the corner detector and its twin share: which pixels are tested, and the thinning. Internal.
 #ifndef KORVANE_ALGORITHMS_FAST_DETECTION_FRAME_H_
 #define KORVANE_ALGORITHMS_FAST_DETECTION_FRAME_H_
 
@@ -25,12 +25,12 @@ struct FastFrame {
         : width(imageWidth),
           height(imageHeight),
           borderX(std::max(params.borderx, 0)),
-          // No circle of the outer three rows stays in the buffer, so they hold no corner whatever the border is.
+          // A circle round a pixel of the outer three rows leaves the buffer, so these rows hold no corner.
           firstRow(std::max<int64_t>(params.bordery, 3)),
           endRow(height - firstRow),
           threshold(std::clamp(params.threshold, 0, 255)) {}
 
-    // An image whose circle offsets leave the range of int is as good as one too large for memory.
+    // An image whose circle offsets leave the range of int is treated as one too large for memory.
     bool is_empty() const { return firstRow >= endRow || borderX >= width - borderX || reach() > kMaxReach; }
 
     // How far, in bytes, the circle reaches before and after its centre.
@@ -52,7 +52,7 @@ class CornerThinner {
     CornerThinner(int minDist, std::vector<KeyPoint>& keypoints)
         : m_BinWidth(std::max(minDist, 0)), m_BandRows(m_BinWidth / 2), m_Keypoints(keypoints) {}
 
-    // A band begins at the row after the one whose corners come next, since rows are emitted one behind.
+    // Band k begins at row k * m_BandRows - 1.
     void begin_row(int row) {
         m_Row = row;
         if (m_BandRows != 0 && (row + 1) % m_BandRows == 0) {

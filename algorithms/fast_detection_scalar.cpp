@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <memory>
-#include <new>
 
 #include "algorithms/fast_detection_frame.h"
 #include "frameworks/core/memory.h"
@@ -97,8 +96,10 @@ bool is_maximum(const WorkRows& rows, int64_t row, int j) {
            score > below[-1] && score > below[0] && score > below[1];
 }
 
-void detect(const unsigned char* img, std::vector<KeyPoint>& keypoints, const FastFrame& frame,
-            const FastParams& params) {
+}  // namespace
+
+void fast16_scalar(const unsigned char* img, std::vector<KeyPoint>& keypoints, const FastFrame& frame,
+                   const FastParams& params) {
     const WorkRows rows(frame);
     if (!rows.is_valid()) {
         return;
@@ -133,22 +134,4 @@ void detect(const unsigned char* img, std::vector<KeyPoint>& keypoints, const Fa
     }
 }
 
-}  // namespace
 }  // namespace korvane
-
-void fast16_scalar(const unsigned char* img, std::vector<KeyPoint>& keypoints, int width, int height,
-                   const FastParams* params) {
-    keypoints.clear();
-    if (img == nullptr || params == nullptr) {
-        return;
-    }
-    const korvane::FastFrame frame(width, height, *params);
-    if (frame.is_empty()) {
-        return;
-    }
-    try {
-        korvane::detect(img, keypoints, frame, *params);
-    } catch (const std::bad_alloc&) {
-        keypoints.clear();
-    }
-}

@@ -1,4 +1,4 @@
-// The plain form of the corner detector: what the vector form must equal, and what runs where there are no vectors.
+// The scalar twin of the corner detector.
 #ifndef KORVANE_ALGORITHMS_FAST_DETECTION_SCALAR_H_
 #define KORVANE_ALGORITHMS_FAST_DETECTION_SCALAR_H_
 
@@ -8,10 +8,13 @@
 
 #include "algorithms/fast_detection.h"
 
-void fast16_scalar(const unsigned char* img, std::vector<KeyPoint>& keypoints, int width, int height,
-                   const FastParams* params);
-
 namespace korvane {
+
+struct FastFrame;
+
+// `keypoints` is empty, `frame` is not. May throw std::bad_alloc, as the kernel may.
+void fast16_scalar(const unsigned char* img, std::vector<KeyPoint>& keypoints, const FastFrame& frame,
+                   const FastParams& params);
 
 // The segment test of single pixels at one stride and one threshold (0 ... 255).
 class FastPixelTest {

@@ -13,30 +13,21 @@
 #define HWY_TARGET_INCLUDE "algorithms/gauss_blur.cpp"
 #include <hwy/foreach_target.h>
 // Behind foreach_target, which sets the target that they read.
-#include <hwy/highway.h>
-
 #include "algorithms/sliding_box-inl.h"
+#include "frameworks/simd/kernel-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
+namespace {
 
-// Both passes return false when the plain form has to do the work. Radii are 1 or more and within the lines.
+#if KORVANE_HAS_VECTORS
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+// Both passes return false when the twin has to do the work. Radii are 1 or more and within the lines.
 
-bool BoxRows(const uint8_t*, uint8_t*, size_t, size_t, size_t) {
-    return false;
-}
-
-bool BoxColumns(const uint8_t*, uint8_t*, size_t, size_t, size_t) {
-    return false;
-}
-
-#else
-
+// `dst` may be `src`.
 template <Division kDivision>
-bool BlurRows(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
+bool BlurRowsAs(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
     const BoxWindow window(radius, true);
     const WorkBuffer<uint8_t> slots(RingSlots(radius), kSlotBytes);
     if (!slots) {
@@ -55,7 +46,7 @@ bool BlurRows(const uint8_t* src, uint8_t* dst, size_t width, size_t height, siz
 }
 
 template <Division kDivision>
-bool BlurColumns(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
+bool BlurColumnsAs(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
     const BoxWindow window(radius, true);
     const auto rowAt = [=](size_t y) { return src + y * width; };
     using Sweep = ColumnSweep<kDivision, decltype(rowAt)>;
@@ -67,26 +58,50 @@ bool BlurColumns(const uint8_t* src, uint8_t* dst, size_t width, size_t height, 
     return true;
 }
 
-// `dst` may be `src`.
-bool BoxRows(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
+bool BlurRows(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
     constexpr size_t kLeastRows = 6;  // fewer leave most of a band's lanes idle
     if (height < kLeastRows || radius > kWideRadius) {
         return false;
     }
-    return radius <= kNarrowRadius ? BlurRows<Division::kNarrow>(src, dst, width, height, radius)
-                                   : BlurRows<Division::kWideNearest>(src, dst, width, height, radius);
+    return radius <= kNarrowRadius ? BlurRowsAs<Division::kNarrow>(src, dst, width, height, radius)
+                                   : BlurRowsAs<Division::kWideNearest>(src, dst, width, height, radius);
 }
 
-bool BoxColumns(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
+bool BlurColumns(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
     if (radius > kWideRadius) {
         return false;
     }
-    return radius <= kNarrowRadius ? BlurColumns<Division::kNarrow>(src, dst, width, height, radius)
-                                   : BlurColumns<Division::kWideNearest>(src, dst, width, height, radius);
+    return radius <= kNarrowRadius ? BlurColumnsAs<Division::kNarrow>(src, dst, width, height, radius)
+                                   : BlurColumnsAs<Division::kWideNearest>(src, dst, width, height, radius);
 }
+
+void BoxRows(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
+    if (!BlurRows(src, dst, width, height, radius)) {
+        box_rows_scalar(src, dst, width, height, radius);
+    }
+}
+
+void BoxRowsInPlace(uint8_t* image, uint8_t* spare, size_t width, size_t height, size_t radius) {
+    if (!BlurRows(image, image, width, height, radius)) {
+        box_rows_in_place_scalar(image, spare, width, height, radius);
+    }
+}
+
+void BoxColumns(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
+    if (!BlurColumns(src, dst, width, height, radius)) {
+        box_columns_scalar(src, dst, width, height, radius);
+    }
+}
+
+#else
+
+constexpr auto& BoxRows = box_rows_scalar;
+constexpr auto& BoxRowsInPlace = box_rows_in_place_scalar;
+constexpr auto& BoxColumns = box_columns_scalar;
 
 #endif
 
+}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace korvane
 HWY_AFTER_NAMESPACE();
@@ -94,66 +109,53 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace korvane {
-
-HWY_EXPORT(BoxRows);
-HWY_EXPORT(BoxColumns);
-
 namespace {
 
-// The window cannot be wider than the line.
-size_t radius_within(int radius, int length) {
-    return static_cast<size_t>(std::clamp(radius, 0, (length - 1) / 2));
-}
+KORVANE_DISPATCH(BoxRows);
+KORVANE_DISPATCH(BoxRowsInPlace);
+KORVANE_DISPATCH(BoxColumns);
 
-bool is_image(const unsigned char* src, const unsigned char* dst, int width, int height) {
-    return src != nullptr && dst != nullptr && width > 0 && height > 0;
-}
+// The size of a call and its radius, which cannot be wider than the line.
+struct BoxPass {
+    BoxPass(const uint8_t* src, const uint8_t* dst, int imageWidth, int imageHeight, int wantedRadius, int length)
+        : isImage(src != nullptr && dst != nullptr && imageWidth > 0 && imageHeight > 0),
+          width(static_cast<size_t>(imageWidth)),
+          height(static_cast<size_t>(imageHeight)),
+          radius(isImage ? static_cast<size_t>(std::clamp(wantedRadius, 0, (length - 1) / 2)) : 0) {}
+
+    bool isImage;
+    size_t width;
+    size_t height;
+    size_t radius;
+};
 
 }  // namespace
 }  // namespace korvane
 
-// Where a build has one target only, HWY_DYNAMIC_DISPATCH puts that target's namespace in front of the name.
-using namespace korvane;
+// In both passes `src` is only read; its type is part of the interface.
 
-void box_blurH(const unsigned char* src, unsigned char* dst, int width, int height, int radius) {
-    if (!korvane::is_image(src, dst, width, height)) {
-        return;
-    }
-    const auto columns = static_cast<size_t>(width);
-    const auto rows = static_cast<size_t>(height);
-    const size_t inside = korvane::radius_within(radius, width);
-    if (inside == 0) {
-        std::memcpy(dst, src, columns * rows);
-    } else if (!HWY_DYNAMIC_DISPATCH(BoxRows)(src, dst, columns, rows, inside)) {
-        box_blurH_scalar(src, dst, width, height, radius);
+void box_blurH(unsigned char* src, unsigned char* dst, int width, int height, int radius) {
+    const korvane::BoxPass pass(src, dst, width, height, radius, width);
+    if (pass.radius > 0) {
+        korvane::BoxRows(src, dst, pass.width, pass.height, pass.radius);
+    } else if (pass.isImage) {
+        std::memcpy(dst, src, pass.width * pass.height);
     }
 }
 
-void box_blurV(const unsigned char* src, unsigned char* dst, int width, int height, int radius) {
-    if (!korvane::is_image(src, dst, width, height)) {
-        return;
-    }
-    const auto columns = static_cast<size_t>(width);
-    const auto rows = static_cast<size_t>(height);
-    const size_t inside = korvane::radius_within(radius, height);
-    if (inside == 0) {
-        std::memcpy(dst, src, columns * rows);
-    } else if (!HWY_DYNAMIC_DISPATCH(BoxColumns)(src, dst, columns, rows, inside)) {
-        box_blurV_scalar(src, dst, width, height, radius);
+void box_blurV(unsigned char* src, unsigned char* dst, int width, int height, int radius) {
+    const korvane::BoxPass pass(src, dst, width, height, radius, height);
+    if (pass.radius > 0) {
+        korvane::BoxColumns(src, dst, pass.width, pass.height, pass.radius);
+    } else if (pass.isImage) {
+        std::memcpy(dst, src, pass.width * pass.height);
     }
 }
 
 void box_blur(unsigned char* src, unsigned char* dst, int width, int height, int radius) {
-    if (!korvane::is_image(src, dst, width, height)) {
-        return;
-    }
-    const auto columns = static_cast<size_t>(width);
-    const auto rows = static_cast<size_t>(height);
-    const size_t inside = korvane::radius_within(radius, width);
-    // The kernel blurs rows in place; the plain form needs the copy.
-    if (inside != 0 && !HWY_DYNAMIC_DISPATCH(BoxRows)(src, src, columns, rows, inside)) {
-        std::memcpy(dst, src, columns * rows);
-        box_blurH_scalar(dst, src, width, height, radius);
+    const korvane::BoxPass pass(src, dst, width, height, radius, width);
+    if (pass.radius > 0) {
+        korvane::BoxRowsInPlace(src, dst, pass.width, pass.height, pass.radius);
     }
     box_blurV(src, dst, width, height, radius);
 }

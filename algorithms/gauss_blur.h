@@ -1,5 +1,4 @@
-// Gaussian blur by box blurs: three box blurs in turn come close to a Gaussian, at a cost that the radius does not
-// touch.
+// Gaussian blur by box blurs: three box blurs in turn come close to a Gaussian. The cost does not depend on the radius.
 //
 // Images are one byte a pixel, rows packed (the stride is the width), width x height bytes. `src` and `dst` are two
 // buffers that do not overlap. Beyond its border the image goes on with its border pixels. Nothing is allocated but a
@@ -25,10 +24,10 @@ struct gauss_blur_coef {
 KORVANE_API void calculate_gauss_blur_coef(float sigma, int n, gauss_blur_coef* coef);
 
 // One pass along the rows or down the columns: each byte of `dst` becomes the mean of the 2 radius + 1 bytes around it,
-// rounded to nearest. A radius below 0 counts as 0, which copies; beyond (length - 1) / 2 of the line, where the window
-// would leave the line at both ends, it counts as that.
-KORVANE_API void box_blurH(const unsigned char* src, unsigned char* dst, int width, int height, int radius);
-KORVANE_API void box_blurV(const unsigned char* src, unsigned char* dst, int width, int height, int radius);
+// rounded to nearest. `src` is only read. A radius below 0 counts as 0, which copies; beyond (length - 1) / 2 of the
+// line, where the window would leave the line at both ends, it counts as that.
+KORVANE_API void box_blurH(unsigned char* src, unsigned char* dst, int width, int height, int radius);
+KORVANE_API void box_blurV(unsigned char* src, unsigned char* dst, int width, int height, int radius);
 
 // Both passes. The result is in `dst`; `src` ends as the rows' pass left it.
 KORVANE_API void box_blur(unsigned char* src, unsigned char* dst, int width, int height, int radius);

@@ -6,7 +6,7 @@
 
 namespace {
 
-// The nearest number that an int32_t holds, 0 for a NaN, as the conversion of 64-bit ARM has it.
+// The nearest number that an int32_t holds, 0 for a NaN: what 64-bit ARM converts to.
 int32_t to_int(float value) {
     if (std::isnan(value)) {
         return 0;
@@ -28,7 +28,7 @@ void calculate_gauss_blur_coef(float sigma, int n, gauss_blur_coef* coef) {
     const int32_t floorWidth = to_int(std::floor(std::sqrt(variance / static_cast<float>(n) + 1.0F)));
     const int32_t narrow = std::min(floorWidth % 2 == 0 ? floorWidth - 1 : floorWidth, INT32_MAX - 2);
 
-    // The products of whole numbers are formed without rounding, then taken as floats.
+    // The products of whole numbers are exact in double; only then they become floats.
     const double boxes = n;
     const double width = narrow;
     const float numerator = variance - static_cast<float>(boxes * width * width) -

@@ -17,40 +17,31 @@
 #include <hwy/foreach_target.h>
 // Behind foreach_target, which sets the target that they read.
 #include <hwy/cache_control.h>
-#include <hwy/highway.h>
 
-#include "algorithms/transpose-inl.h"
+#include "frameworks/simd/kernel-inl.h"
+#include "frameworks/simd/transpose-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
+namespace {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if KORVANE_HAS_VECTORS
 
-void GaussIir(unsigned char* image, int width, int height, int depth, int stride, float horz, float vert) {
-    gaussiir_scalar(image, width, height, depth, stride, horz, vert);
-}
-
-#else
-
-namespace hn = hwy::HWY_NAMESPACE;
-
-// 16 lines are filtered at once. They are gathered into slots, one for each position along the lines, that hold the
-// three channels of all lines; byte 3 of the pixels never gets there.
+// 16 lines are filtered at once. They are gathered into slots, one for each position along the lines. A slot holds the
+// three channels of all lines, without byte 3 of the pixels.
 constexpr size_t kLines = 16;
 constexpr size_t kChannels = 3;
 constexpr size_t kSlotBytes = kLines * kChannels;
 constexpr size_t kOrder = 4;
 constexpr size_t kLeastLength = 2 * kOrder;  // of a line, for the kernel
 
-// A recursion alone would mostly wait for its own last value. Two vectors in both directions keep the processor busy;
-// where one vector holds 16 lanes it does so by itself.
+// A single recursion would mostly wait for its own last value. Two vectors in both directions keep the processor busy;
+// one vector is enough where it holds 16 lanes.
 constexpr bool kHasLongVectors = !HWY_HAVE_SCALABLE && hn::MaxLanes(hn::ScalableTag<float>()) >= kLines;
 constexpr size_t kVectors = kHasLongVectors ? 1 : 2;
 using FloatTag = hn::CappedTag<float, kLines / kVectors>;
 using Floats = hn::Vec<FloatTag>;
-
-#define KORVANE_ALWAYS_INLINE HWY_ATTR __attribute__((always_inline))
 
 struct Recursion {
     Recursion(const float* numerators, const float* denominators, const float* edges) {
@@ -66,8 +57,8 @@ struct Recursion {
     float edge[kOrder + 1];  // of a position before the line's start, times the line's first value
 };
 
-// What a recursion read and gave at its last four steps, by step modulo four, and its line's first value. In memory:
-// the loads hide behind the arithmetic, and registers would not hold it for all the recursions that run at once.
+// What a recursion read and gave at its last four steps, by step modulo four, and its line's first value. It is in
+// memory, since there are too few registers for all the recursions that run at once; loads run beside the arithmetic.
 struct History {
     HWY_ALIGN float read[kOrder][kLines];
     HWY_ALIGN float given[kOrder][kLines];
@@ -94,8 +85,8 @@ HWY_INLINE Floats Record(Floats read, Floats given, History& history, size_t ste
     return given;
 }
 
-// Terms are added in the order of the plain form, without those that are always zero: forwards the denominator's part
-// of term 0 and the numerator's of term 4, backwards all of term 0.
+// Terms are added in the order of the twin, without those that are always zero: forwards the denominator's part of term
+// 0 and the numerator's of term 4, backwards all of term 0.
 template <size_t kTerms>
 HWY_INLINE Floats Forwards(const Recursion& p, Floats read, History& history, size_t step) {
     const FloatTag d;
@@ -121,7 +112,7 @@ HWY_INLINE Floats Backwards(const Recursion& m, Floats read, History& history, s
     return Record(read, sum, history, step);
 }
 
-// Calls `step(i, i % 4)` for a range; where it can, with a number that the compiler knows.
+// Calls `step(i, i % 4)` for a range; mostly with a second number that the compiler knows.
 template <class Step>
 HWY_INLINE void ForEachStep(size_t begin, size_t end, const Step& step) {
     size_t i = begin;
@@ -151,11 +142,11 @@ void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* 
     const hn::Rebind<uint8_t, FloatTag> dByte;
     const size_t lanes = hn::Lanes(d);
 
-    const auto load = [&](size_t i, size_t v) KORVANE_ALWAYS_INLINE {
+    const auto load = [&](size_t i, size_t v) KORVANE_INLINE {
         return hn::ConvertTo(d, hn::PromoteTo(dInt, hn::LoadU(dByte, slots + i * kSlotBytes + v * lanes)));
     };
     // A NaN fails the comparison and becomes 0. Added to 2^23, a whole number stands in the lowest bits of the float.
-    const auto store = [&](Floats sum, size_t i, size_t v) KORVANE_ALWAYS_INLINE {
+    const auto store = [&](Floats sum, size_t i, size_t v) KORVANE_INLINE {
         const Floats positive = hn::IfThenElseZero(hn::Ge(sum, hn::Zero(d)), sum);
         const Floats whole = hn::Trunc(hn::Min(positive, hn::Set(d, 255.0F)));
         const auto bits = hn::BitCast(dUnsigned, hn::Add(whole, hn::Set(d, 8388608.0F)));
@@ -169,14 +160,14 @@ void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* 
         hn::Store(load(0, v), d, historyP[v].first);
         hn::Store(load(length - 1, v), d, historyM[v].first);
     }
-    const auto apart = [&](auto terms, size_t i, size_t step) KORVANE_ALWAYS_INLINE {
+    const auto apart = [&](auto terms, size_t i, size_t step) KORVANE_INLINE {
         const size_t mirrored = length - 1 - i;
         for (size_t v = 0; v < kVectors; ++v) {
             hn::StoreU(Forwards<terms()>(p, load(i, v), historyP[v], step), d, workAt(i, v));
             hn::StoreU(Backwards<terms()>(m, load(mirrored, v), historyM[v], step), d, workAt(mirrored, v));
         }
     };
-    const auto beyond = [&](size_t i, size_t step) KORVANE_ALWAYS_INLINE {
+    const auto beyond = [&](size_t i, size_t step) KORVANE_INLINE {
         const size_t mirrored = length - 1 - i;
         for (size_t v = 0; v < kVectors; ++v) {
             const Floats vp = Forwards<kOrder>(p, load(i, v), historyP[v], step);
@@ -191,7 +182,7 @@ void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* 
     apart(Terms<1>(), 1, 1);
     apart(Terms<2>(), 2, 2);
     apart(Terms<3>(), 3, 3);
-    ForEachStep(kOrder, half, [&](size_t i, size_t step) KORVANE_ALWAYS_INLINE { apart(Terms<kOrder>(), i, step); });
+    ForEachStep(kOrder, half, [&](size_t i, size_t step) KORVANE_INLINE { apart(Terms<kOrder>(), i, step); });
     for (size_t v = 0; length % 2 != 0 && v < kVectors; ++v) {
         const Floats read = load(half, v);
         const Floats vp = Forwards<kOrder>(p, read, historyP[v], half);
@@ -209,14 +200,14 @@ class Blur {
           m_Height(height),
           m_Depth(depth),
           m_Stride(stride),
-          // Tiles are whole also at a line's end.
+          // Room for a whole tile at a line's end.
           m_Slots(std::max(width, height) + kLines, kSlotBytes),
           m_Work(std::max(width, height), kLines) {}
 
     bool HasMemory() const { return m_Slots && m_Work; }
 
-    // A strip of columns at a time. One walk down the rows writes the strip that is done and reads its neighbour: most
-    // of the cost lies in coming to a row.
+    // A strip of columns at a time. One walk down the rows writes the finished strip and reads the next one, since most
+    // of the cost is the first touch of a row.
     void BlurColumns(const gaussiirContext& context) {
         for (size_t x = 0; x < m_Width + kLines; x += kLines) {
             const size_t before = x == 0 ? 0 : x - kLines;
@@ -320,7 +311,7 @@ class Blur {
         const hn::Repartition<uint16_t, decltype(d)> dHalf;
         const hn::Repartition<uint32_t, decltype(d)> dPixel;
         const auto rest = hn::Set(dPixel, 0xFF000000);
-        const auto store = [&](auto pixel, size_t i) HWY_ATTR {
+        const auto store = [&](auto pixel, size_t i) KORVANE_INLINE {
             uint8_t* to = pixels + i * hn::Lanes(d);
             const auto old = hn::BitCast(dPixel, hn::LoadU(d, to));
             hn::StoreU(hn::BitCast(d, hn::OrAnd(hn::BitCast(dPixel, pixel), old, rest)), d, to);
@@ -353,8 +344,6 @@ class Blur {
     WorkBuffer<float> m_Work;
 };
 
-#undef KORVANE_ALWAYS_INLINE
-
 void GaussIir(unsigned char* image, int width, int height, int depth, int stride, float horz, float vert) {
     const auto columns = static_cast<size_t>(width);
     const auto rows = static_cast<size_t>(height);
@@ -377,8 +366,13 @@ void GaussIir(unsigned char* image, int width, int height, int depth, int stride
     blur.BlurRows(context);
 }
 
+#else
+
+constexpr auto& GaussIir = gaussiir_scalar;
+
 #endif
 
+}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace korvane
 HWY_AFTER_NAMESPACE();
@@ -386,11 +380,12 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace korvane {
-HWY_EXPORT(GaussIir);
-}  // namespace korvane
+namespace {
 
-// Where a build has one target only, HWY_DYNAMIC_DISPATCH puts that target's namespace in front of the name.
-using namespace korvane;
+KORVANE_DISPATCH(GaussIir);
+
+}  // namespace
+}  // namespace korvane
 
 void gaussiir(unsigned char* image, int width, int height, int depth, int stride, float horz, float vert) {
     const bool isBlurring = horz > 0.0F && vert > 0.0F;  // false for a NaN
@@ -398,16 +393,7 @@ void gaussiir(unsigned char* image, int width, int height, int depth, int stride
         return;
     }
     const korvane::FlushDenormals mode;
-    HWY_DYNAMIC_DISPATCH(GaussIir)(image, width, height, depth, stride, horz, vert);
-}
-
-void blur_line(gaussiirContext* ctx, const unsigned char* src, unsigned char* dst, int width, int depth) {
-    if (ctx == nullptr || ctx->vp == nullptr || ctx->vm == nullptr || src == nullptr || dst == nullptr || width < 1 ||
-        (depth != 3 && depth != 4)) {
-        return;
-    }
-    const korvane::FlushDenormals mode;
-    blur_line_scalar(ctx, src, dst, width, depth);
+    korvane::GaussIir(image, width, height, depth, stride, horz, vert);
 }
 
 #endif

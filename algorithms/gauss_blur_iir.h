@@ -1,9 +1,9 @@
-// Recursive Gaussian blur: a true Gaussian at a cost that the deviation does not touch.
+// Recursive Gaussian blur: a true Gaussian whose cost does not depend on the deviation.
 //
 // Each line is filtered once forwards and once backwards by recursions of the fourth order, whose sum is the result
-// (R. Deriche, "Recursively implementing the Gaussian and its derivatives", INRIA research report 1893, 1993). All is
+// (R. Deriche, "Recursively implementing the Gaussian and its derivatives", INRIA research report 1893, 1993). It is
 // computed in single precision, in one fixed order of terms and without fused operations, so that every processor gives
-// the same bytes. The sums are within about 0.1 grey levels of the true Gaussian for deviations of 1 to 10 pixels (0.5
+// the same bytes. The sums are within about 0.1 gray levels of the true Gaussian for deviations of 1 to 10 pixels (0.5
 // at 0.6) and then cut off to bytes. From about 20 pixels on single precision adds errors of its own, at 30 a few
 // levels of brightness; at 60 the picture is lost.
 //
@@ -35,8 +35,8 @@ KORVANE_API void gaussiir(unsigned char* image, int width, int height, int depth
 // Fills the six coefficient arrays for a deviation of `std_dev` pixels; vp and vm stay as they are.
 KORVANE_API void calculate_gauss_iir_coefficients(gaussiirContext* ctx, float std_dev);
 
-// Filters one line of `width` pixels; `dst` may be `src`. `ctx` brings the coefficients, and vp and vm with width x
-// depth numbers each, which the caller owns. Outputs are cut off towards zero and held within 0 to 255.
-KORVANE_API void blur_line(gaussiirContext* ctx, const unsigned char* src, unsigned char* dst, int width, int depth);
+// Filters one line of `width` pixels. `src` is only read; `dst` may be `src`. `ctx` brings the coefficients, and vp and
+// vm with width x depth numbers each, which the caller owns. Outputs are cut off towards zero and held within 0 to 255.
+KORVANE_API void blur_line(gaussiirContext* ctx, unsigned char* src, unsigned char* dst, int width, int depth);
 
 #endif  // KORVANE_ALGORITHMS_GAUSS_BLUR_IIR_H_

@@ -1,4 +1,4 @@
-// What the recursive Gaussian and its plain form share: from a distance in pixels to a deviation.
+// What the recursive Gaussian and its twin share: from a distance in pixels to a deviation.
 #ifndef KORVANE_ALGORITHMS_GAUSS_BLUR_IIR_COEFFICIENTS_H_
 #define KORVANE_ALGORITHMS_GAUSS_BLUR_IIR_COEFFICIENTS_H_
 

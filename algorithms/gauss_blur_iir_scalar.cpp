@@ -38,7 +38,8 @@ unsigned char to_byte(float value) {
 
 }  // namespace
 
-void blur_line_scalar(gaussiirContext* ctx, const unsigned char* src, unsigned char* dst, int width, int depth) {
+void korvane::blur_line_scalar(gaussiirContext* ctx, const unsigned char* src, unsigned char* dst, int width,
+                               int depth) {
     const auto last = static_cast<std::ptrdiff_t>(width - 1) * depth;
     const auto count = static_cast<size_t>(last + depth);
     std::memset(ctx->vp, 0, count * sizeof(float));
@@ -54,19 +55,20 @@ void blur_line_scalar(gaussiirContext* ctx, const unsigned char* src, unsigned c
     }
 }
 
-void gaussiir_scalar(unsigned char* image, int width, int height, int depth, int stride, float horz, float vert) {
+void korvane::gaussiir_scalar(unsigned char* image, int width, int height, int depth, int stride, float horz,
+                              float vert) {
     const auto longest = static_cast<size_t>(std::max(width, height));
     const auto pixelBytes = static_cast<size_t>(depth);
-    const korvane::WorkBuffer<unsigned char> line(longest, pixelBytes);
-    const korvane::WorkBuffer<float> vp(longest, pixelBytes);
-    const korvane::WorkBuffer<float> vm(longest, pixelBytes);
+    const WorkBuffer<unsigned char> line(longest, pixelBytes);
+    const WorkBuffer<float> vp(longest, pixelBytes);
+    const WorkBuffer<float> vm(longest, pixelBytes);
     if (!line || !vp || !vm) {
         return;
     }
     gaussiirContext context = {};
     context.vp = vp.get();
     context.vm = vm.get();
-    calculate_gauss_iir_coefficients(&context, korvane::gaussiir_deviation(horz));
+    calculate_gauss_iir_coefficients(&context, gaussiir_deviation(horz));
     for (std::ptrdiff_t x = 0; x < width; ++x) {
         unsigned char* column = image + x * depth;
         for (std::ptrdiff_t y = 0; y < height; ++y) {
@@ -78,7 +80,7 @@ void gaussiir_scalar(unsigned char* image, int width, int height, int depth, int
         }
     }
     if (vert != horz) {
-        calculate_gauss_iir_coefficients(&context, korvane::gaussiir_deviation(vert));
+        calculate_gauss_iir_coefficients(&context, gaussiir_deviation(vert));
     }
     for (std::ptrdiff_t y = 0; y < height; ++y) {
         unsigned char* row = image + y * stride;

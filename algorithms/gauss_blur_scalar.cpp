@@ -1,12 +1,9 @@
 #include "algorithms/gauss_blur_scalar.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-
-#include "algorithms/gauss_blur.h"
 
 namespace {
 
@@ -39,41 +36,25 @@ void blur_line_by_box(const unsigned char* src, unsigned char* dst, size_t lengt
     }
 }
 
-void blur_lines(const unsigned char* src, unsigned char* dst, int lines, size_t lineStep, int length, size_t step,
-                int radius) {
-    const auto inside = static_cast<size_t>(std::clamp(radius, 0, (length - 1) / 2));
-    for (int i = 0; i < lines; ++i, src += lineStep, dst += lineStep) {
-        blur_line_by_box(src, dst, static_cast<size_t>(length), step, inside);
-    }
-}
-
 }  // namespace
 
-void box_blurH_scalar(const unsigned char* src, unsigned char* dst, int width, int height, int radius) {
-    if (src != nullptr && dst != nullptr && width > 0 && height > 0) {
-        blur_lines(src, dst, height, static_cast<size_t>(width), width, 1, radius);
+namespace korvane {
+
+void box_rows_scalar(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
+    for (size_t y = 0; y < height; ++y) {
+        blur_line_by_box(src + y * width, dst + y * width, width, 1, radius);
     }
 }
 
-void box_blurV_scalar(const unsigned char* src, unsigned char* dst, int width, int height, int radius) {
-    if (src != nullptr && dst != nullptr && width > 0 && height > 0) {
-        blur_lines(src, dst, width, 1, height, static_cast<size_t>(width), radius);
+void box_rows_in_place_scalar(uint8_t* image, uint8_t* spare, size_t width, size_t height, size_t radius) {
+    std::memcpy(spare, image, width * height);
+    box_rows_scalar(spare, image, width, height, radius);
+}
+
+void box_columns_scalar(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
+    for (size_t x = 0; x < width; ++x) {
+        blur_line_by_box(src + x, dst + x, height, width, radius);
     }
 }
 
-void box_blur_scalar(unsigned char* src, unsigned char* dst, int width, int height, int radius) {
-    if (src != nullptr && dst != nullptr && width > 0 && height > 0) {
-        std::memcpy(dst, src, static_cast<size_t>(width) * static_cast<size_t>(height));
-        box_blurH_scalar(dst, src, width, height, radius);
-        box_blurV_scalar(src, dst, width, height, radius);
-    }
-}
-
-void gauss_blur_scalar(unsigned char* src, unsigned char* dst, int width, int height, int radius) {
-    gauss_blur_coef boxes;
-    calculate_gauss_blur_coef(static_cast<float>(radius), 3, &boxes);
-    for (int i = 0; i < boxes.coef_n; ++i) {
-        box_blur_scalar(src, dst, width, height, (boxes.coef_values[i] - 1) / 2);
-        std::swap(src, dst);
-    }
-}
+}  // namespace korvane

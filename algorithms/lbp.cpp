@@ -11,44 +11,18 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "algorithms/lbp.cpp"
 #include <hwy/foreach_target.h>
-// Behind foreach_target, which sets the target that it reads.
-#include <hwy/highway.h>
+// Behind foreach_target, which sets the target that they read.
+#include "frameworks/simd/kernel-inl.h"
+#include "frameworks/simd/steps-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
-// Other kernels have helpers of the same names.
 namespace {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
-
-void Features(char* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
-    lbp_pyr_features_scalar(vec, vec_nDim, img, rows, cols);
-}
-
-void FeaturesSparse(unsigned int* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows,
-                    unsigned short cols) {
-    lbp_pyr_features_sparse_scalar(vec, vec_nDim, img, rows, cols);
-}
-
-double DotProduct(double* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
-    return lbp_pyr_dotprod_scalar(vec, vec_nDim, img, rows, cols);
-}
-
-void AddVector(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
-    lbp_pyr_addvec_scalar(vec, vec_nDim, img, rows, cols);
-}
-
-void SubtractVector(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols) {
-    lbp_pyr_subvec_scalar(vec, vec_nDim, img, rows, cols);
-}
-
-#else
-
-namespace hn = hwy::HWY_NAMESPACE;
+#if KORVANE_HAS_VECTORS
 
 using WideTag = hn::CappedTag<unsigned int, 16>;
-using NarrowTag = hn::CappedTag<unsigned int, 4>;
 
 // A bit of the pattern where `neighbour` is less than the centre.
 template <class D, class V>
@@ -66,24 +40,21 @@ HWY_INLINE V Pattern(D d, V left0, V left1, V left2, V above, V centre, V below,
     return hn::Or(hn::Or(left, own), right);
 }
 
-// Columns are too short for the processor to foresee the next ones by itself. What lies `distance` elements further on
-// may be past the end.
+// Columns are too short for the processor to foresee the next ones by itself. The address may be past the image's end.
 template <int kIsWritten>
 HWY_INLINE void FetchAhead(const unsigned int* from, size_t distance) {
     const uintptr_t address = reinterpret_cast<uintptr_t>(from) + distance * sizeof(*from);
     __builtin_prefetch(reinterpret_cast<const void*>(address), kIsWritten);
 }
 
-// slots[i] = first + 256 * i + pattern of centre[i], for `count` pixels of each of `kColumns` columns, one after the
-// other in `slots` at a distance of `slotStride`. Counts are at least one vector; the last one overlaps its neighbour.
-// Columns done together share what they load.
+// slots[i] = first + 256 * i + pattern of centre[i], for `count` pixels of each of `kColumns` columns. The columns
+// stand in `slots` at a distance of `slotStride`. Counts are at least one vector. Columns done together share what they
+// load.
 template <size_t kColumns, class D>
 HWY_INLINE void ListWholeVectors(D d, const unsigned int* centre, size_t stride, size_t count, unsigned int first,
                                  unsigned int firstStep, unsigned int* slots, size_t slotStride) {
-    const size_t lanes = hn::Lanes(d);
     const auto steps = hn::ShiftLeft<8>(hn::Iota(d, 0));
-    for (size_t i = 0; i < count; i += lanes) {
-        const size_t at = HWY_MIN(i, count - lanes);
+    ForOverlappingSteps(0, count, hn::Lanes(d), [&](size_t at) KORVANE_INLINE {
         const unsigned int* column = centre + at - stride;
         auto left0 = hn::LoadU(d, column - 1), left1 = hn::LoadU(d, column), left2 = hn::LoadU(d, column + 1);
         column += stride;
@@ -104,51 +75,41 @@ HWY_INLINE void ListWholeVectors(D d, const unsigned int* centre, size_t stride,
             above = right0, value = right1, below = right2;
             block += firstStep;
         }
-    }
+    });
 }
 
 template <size_t kColumns>
 void ListSlots(const unsigned int* centre, size_t stride, size_t count, unsigned int first, unsigned int firstStep,
                unsigned int* slots, size_t slotStride) {
-    const auto list = [&](auto d) HWY_ATTR {
+    WithLongestVector<unsigned int, 16, 4>(count, [&](auto d) KORVANE_INLINE {
         ListWholeVectors<kColumns>(d, centre, stride, count, first, firstStep, slots, slotStride);
-    };
-    if (count >= hn::Lanes(WideTag())) {
-        list(WideTag());
-    } else if (count >= hn::Lanes(NarrowTag())) {
-        list(NarrowTag());
-    } else {
-        list(hn::CappedTag<unsigned int, 1>());
-    }
+    });
 }
 
 void Halve(const LbpLevel& level, size_t x) {
     const WideTag d;
-    const size_t lanes = hn::Lanes(d);
     const size_t rows = level.rows / 2;
     unsigned int* column = level.img + x * level.stride;
     const unsigned int* left = level.img + 2 * x * level.stride;
     const unsigned int* right = left + level.stride;
-    size_t r = 0;
-    for (; r + lanes <= 2 * rows; r += lanes) {
-        hn::StoreU(hn::Add(hn::LoadU(d, left + r), hn::LoadU(d, right + r)), d, column + r);
-    }
+    size_t r = ForWholeSteps(0, 2 * rows, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
+        hn::StoreU(hn::Add(hn::LoadU(d, left + i), hn::LoadU(d, right + i)), d, column + i);
+    });
     for (; r < 2 * rows; ++r) {
         column[r] = left[r] + right[r];
     }
-    r = 0;
-    for (; r + lanes <= rows; r += lanes) {
+    r = ForWholeSteps(0, rows, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
         hn::Vec<WideTag> even;
         hn::Vec<WideTag> odd;
-        hn::LoadInterleaved2(d, column + 2 * r, even, odd);
-        hn::StoreU(hn::Add(even, odd), d, column + r);
-    }
+        hn::LoadInterleaved2(d, column + 2 * i, even, odd);
+        hn::StoreU(hn::Add(even, odd), d, column + i);
+    });
     for (; r < rows; ++r) {
         column[r] = column[2 * r] + column[2 * r + 1];
     }
 }
 
-// Calls action(slot) for each slot that is on. What waits for memory here is everything but the patterns, so slots are
+// Calls action(slot) for each slot that is on. Most of the time goes to waiting for the slots' memory. So slots are
 // listed a chunk ahead: while one chunk is worked off, the cache lines of the next are on their way.
 template <typename Action>
 void WalkSlots(unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols,
@@ -226,6 +187,14 @@ void SubtractVector(long* vec, unsigned int vec_nDim, unsigned int* img, unsigne
     WalkSlots(vec_nDim, img, rows, cols, LbpStep{vec, ~0UL});
 }
 
+#else
+
+constexpr auto& Features = lbp_pyr_features_scalar;
+constexpr auto& FeaturesSparse = lbp_pyr_features_sparse_scalar;
+constexpr auto& DotProduct = lbp_pyr_dotprod_scalar;
+constexpr auto& AddVector = lbp_pyr_addvec_scalar;
+constexpr auto& SubtractVector = lbp_pyr_subvec_scalar;
+
 #endif
 
 }  // namespace
@@ -236,74 +205,51 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace korvane {
-HWY_EXPORT(Features);
-HWY_EXPORT(FeaturesSparse);
-HWY_EXPORT(DotProduct);
-HWY_EXPORT(AddVector);
-HWY_EXPORT(SubtractVector);
+namespace {
+
+KORVANE_DISPATCH(Features);
+KORVANE_DISPATCH(FeaturesSparse);
+KORVANE_DISPATCH(DotProduct);
+KORVANE_DISPATCH(AddVector);
+KORVANE_DISPATCH(SubtractVector);
+
+}  // namespace
 }  // namespace korvane
-
-// Where a build has one target only, HWY_DYNAMIC_DISPATCH puts that target's namespace in front of the name.
-using namespace korvane;
-
-void make_offsets(int* offsets, unsigned int stride) {
-    if (offsets == nullptr) {
-        return;
-    }
-    const unsigned int lines[3] = {0U - stride, 0U, stride};
-    for (const unsigned int line : lines) {
-        for (unsigned int step = 0; step < 3; ++step) {
-            *offsets++ = static_cast<int>(line + step - 1U);
-        }
-    }
-}
 
 void lbp_pyr_features(char* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                       unsigned short img_nCols) {
-    if (vec != nullptr) {
-        HWY_DYNAMIC_DISPATCH(Features)(vec, vec_nDim, img, img_nRows, img_nCols);
+    if (vec != nullptr && img != nullptr) {
+        korvane::Features(vec, vec_nDim, img, img_nRows, img_nCols);
     }
 }
 
 void lbp_pyr_features_sparse(unsigned int* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                              unsigned short img_nCols) {
-    if (vec != nullptr) {
-        HWY_DYNAMIC_DISPATCH(FeaturesSparse)(vec, vec_nDim, img, img_nRows, img_nCols);
+    if (vec != nullptr && img != nullptr) {
+        korvane::FeaturesSparse(vec, vec_nDim, img, img_nRows, img_nCols);
     }
 }
 
 double lbp_pyr_dotprod(double* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                        unsigned short img_nCols) {
-    if (vec == nullptr) {
+    if (vec == nullptr || img == nullptr) {
         return 0.0;
     }
-    return HWY_DYNAMIC_DISPATCH(DotProduct)(vec, vec_nDim, img, img_nRows, img_nCols);
+    return korvane::DotProduct(vec, vec_nDim, img, img_nRows, img_nCols);
 }
 
 void lbp_pyr_addvec(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                     unsigned short img_nCols) {
-    if (vec != nullptr) {
-        HWY_DYNAMIC_DISPATCH(AddVector)(vec, vec_nDim, img, img_nRows, img_nCols);
+    if (vec != nullptr && img != nullptr) {
+        korvane::AddVector(vec, vec_nDim, img, img_nRows, img_nCols);
     }
 }
 
 void lbp_pyr_subvec(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                     unsigned short img_nCols) {
-    if (vec != nullptr) {
-        HWY_DYNAMIC_DISPATCH(SubtractVector)(vec, vec_nDim, img, img_nRows, img_nCols);
+    if (vec != nullptr && img != nullptr) {
+        korvane::SubtractVector(vec, vec_nDim, img, img_nRows, img_nCols);
     }
-}
-
-unsigned int lbp_pyr_get_dim(unsigned short img_nRows, unsigned short img_nCols, unsigned short nPyramids) {
-    uint64_t positions = 0;
-    unsigned int rows = img_nRows;
-    unsigned int cols = img_nCols;
-    for (unsigned int level = 0; level < nPyramids && std::min(rows, cols) >= 3; ++level) {
-        positions += static_cast<uint64_t>(rows - 2) * (cols - 2);
-        rows /= 2;
-        cols /= 2;
-    }
-    return static_cast<unsigned int>(positions * 256);
 }
 
 #endif

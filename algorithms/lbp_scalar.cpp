@@ -56,31 +56,35 @@ void walk_slots(unsigned int vec_nDim, unsigned int* img, unsigned short rows, u
 
 }  // namespace
 
+namespace korvane {
+
 void lbp_pyr_features_scalar(char* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                              unsigned short img_nCols) {
-    walk_slots(vec_nDim, img, img_nRows, img_nCols, korvane::LbpCount{vec});
+    walk_slots(vec_nDim, img, img_nRows, img_nCols, LbpCount{vec});
 }
 
 void lbp_pyr_features_sparse_scalar(unsigned int* vec, unsigned int vec_nDim, unsigned int* img,
                                     unsigned short img_nRows, unsigned short img_nCols) {
     walk(img, img_nRows, img_nCols, vec_nDim, [vec](size_t position, unsigned int pattern) {
-        vec[position] = static_cast<unsigned int>(position * korvane::kLbpSlotsPerPosition + pattern);
+        vec[position] = static_cast<unsigned int>(position * kLbpSlotsPerPosition + pattern);
     });
 }
 
 double lbp_pyr_dotprod_scalar(double* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                               unsigned short img_nCols) {
     double sum = 0;
-    walk_slots(vec_nDim, img, img_nRows, img_nCols, korvane::LbpSum{vec, &sum});
+    walk_slots(vec_nDim, img, img_nRows, img_nCols, LbpSum{vec, &sum});
     return sum;
 }
 
 void lbp_pyr_addvec_scalar(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                            unsigned short img_nCols) {
-    walk_slots(vec_nDim, img, img_nRows, img_nCols, korvane::LbpStep{vec, 1UL});
+    walk_slots(vec_nDim, img, img_nRows, img_nCols, LbpStep{vec, 1UL});
 }
 
 void lbp_pyr_subvec_scalar(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                            unsigned short img_nCols) {
-    walk_slots(vec_nDim, img, img_nRows, img_nCols, korvane::LbpStep{vec, ~0UL});
+    walk_slots(vec_nDim, img, img_nRows, img_nCols, LbpStep{vec, ~0UL});
 }
+
+}  // namespace korvane

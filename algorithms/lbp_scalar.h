@@ -1,6 +1,8 @@
-// The plain forms of the LBP functions: what the vector forms must equal, and what runs where there are no vectors.
+// The scalar twins of the LBP functions. Pointers are not null.
 #ifndef KORVANE_ALGORITHMS_LBP_SCALAR_H_
 #define KORVANE_ALGORITHMS_LBP_SCALAR_H_
+
+namespace korvane {
 
 void lbp_pyr_features_scalar(char* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                              unsigned short img_nCols);
@@ -12,5 +14,7 @@ void lbp_pyr_addvec_scalar(long* vec, unsigned int vec_nDim, unsigned int* img, 
                            unsigned short img_nCols);
 void lbp_pyr_subvec_scalar(long* vec, unsigned int vec_nDim, unsigned int* img, unsigned short img_nRows,
                            unsigned short img_nCols);
+
+}  // namespace korvane
 
 #endif  // KORVANE_ALGORITHMS_LBP_SCALAR_H_

@@ -1,4 +1,4 @@
-// The walk over an LBP pyramid that the plain and the vector form share. Internal.
+// The walk over an LBP pyramid that the kernel and its twin share. Internal.
 #ifndef KORVANE_ALGORITHMS_LBP_WALK_H_
 #define KORVANE_ALGORITHMS_LBP_WALK_H_
 
@@ -25,9 +25,6 @@ struct LbpLevel {
 // upon the visits as it can, while these columns are still in the cache.
 template <typename Visit, typename Halve>
 void lbp_walk(LbpLevel level, size_t limit, Visit&& visit, Halve&& halve) {
-    if (level.img == nullptr) {
-        return;
-    }
     size_t position = 0;
     while (position < limit && level.rows >= 3 && level.cols >= 3) {
         const size_t inner = level.rows - 2;
@@ -59,7 +56,7 @@ inline size_t lbp_positions_for(unsigned int slots) {
 }
 
 // The actions on a slot. Integer steps are taken unsigned, where overflow is defined. fetch() asks for the slot's cache
-// line ahead of time, into the second level: far more requests may be under way there than to the first.
+// line ahead of time, into the second level, which takes far more requests at once than the first.
 struct LbpCount {
     char* vec;
     void operator()(size_t slot) const { vec[slot] = static_cast<char>(vec[slot] + 1); }

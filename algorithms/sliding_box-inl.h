@@ -1,10 +1,10 @@
 // Sliding box sums along rows and down columns, the common part of the box blurs. For kernel files only: included once
 // for each instruction set.
 //
-// Both directions are one loop over lines of bytes, in which a vector holds neighbouring bytes of a line and the line
-// that enters the window and the one that leaves it are two addresses. Down the columns the lines are the image's rows.
-// Along the rows they are slots: 64 bytes with the pixels of one column from a band of rows, transposed into a ring
-// that holds the window and out of it again.
+// Both directions are one loop over lines of bytes. A vector holds neighbouring bytes of a line; one line enters the
+// window and another leaves it. Down the columns the lines are the image's rows. Along the rows they are slots: 64
+// bytes with the pixels of one column from a band of rows. Bands are transposed into a ring of slots, which holds the
+// window, and out of it again.
 #if defined(KORVANE_ALGORITHMS_SLIDING_BOX_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KORVANE_ALGORITHMS_SLIDING_BOX_INL_H_
 #undef KORVANE_ALGORITHMS_SLIDING_BOX_INL_H_
@@ -13,7 +13,6 @@
 #endif
 
 #include <hwy/cache_control.h>
-#include <hwy/highway.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -21,15 +20,17 @@
 #include <cstring>
 
 #include "algorithms/box_window.h"
-#include "algorithms/transpose-inl.h"
+#include "frameworks/simd/bytes-inl.h"
+#include "frameworks/simd/kernel-inl.h"
+#include "frameworks/simd/steps-inl.h"
+#include "frameworks/simd/transpose-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
+namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
-
-#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+#if KORVANE_HAS_VECTORS
 
 constexpr size_t kSlotBytes = 64;
 constexpr size_t kPrefetchBytes = 256;
@@ -61,10 +62,10 @@ struct BoxSums<Division::kNarrow> {
     template <class D>
     static HWY_INLINE void Add(D dByte, const uint8_t* line, size_t weight, Element* sums) {
         const hn::Repartition<uint16_t, D> d;
-        const auto bytes = hn::BitCast(d, hn::LoadU(dByte, line));
+        const auto bytes = hn::LoadU(dByte, line);
         const auto factor = hn::Set(d, static_cast<uint16_t>(weight));
-        const auto even = hn::Mul(hn::And(bytes, hn::Set(d, 0x00FF)), factor);
-        const auto odd = hn::Mul(hn::ShiftRight<8>(bytes), factor);
+        const auto even = hn::Mul(EvenBytes(d, bytes), factor);
+        const auto odd = hn::Mul(OddBytes(d, bytes), factor);
         hn::StoreU(hn::Add(hn::LoadU(d, sums), even), d, sums);
         hn::StoreU(hn::Add(hn::LoadU(d, sums + hn::Lanes(d)), odd), d, sums + hn::Lanes(d));
     }
@@ -83,10 +84,10 @@ struct BoxSums<Division::kNarrow> {
             const auto evenMean = hn::ShiftRightSame(hn::MulHigh(even, multiplier), window.shift);
             const auto oddMean = hn::ShiftLeftSame(hn::MulHigh(odd, multiplier), 8 - window.shift);
             const auto mean = hn::Or(evenMean, hn::AndNot(lowByte, oddMean));
-            const auto entering = hn::BitCast(d, hn::LoadU(dByte, lines.entering[k] + offset));
-            const auto leaving = hn::BitCast(d, hn::LoadU(dByte, lines.leaving[k] + offset));
-            even = hn::Add(even, hn::Sub(hn::And(entering, lowByte), hn::And(leaving, lowByte)));
-            odd = hn::Add(odd, hn::Sub(hn::ShiftRight<8>(entering), hn::ShiftRight<8>(leaving)));
+            const auto entering = hn::LoadU(dByte, lines.entering[k] + offset);
+            const auto leaving = hn::LoadU(dByte, lines.leaving[k] + offset);
+            even = hn::Add(even, hn::Sub(EvenBytes(d, entering), EvenBytes(d, leaving)));
+            odd = hn::Add(odd, hn::Sub(OddBytes(d, entering), OddBytes(d, leaving)));
             hn::StoreU(hn::BitCast(dByte, hn::Or(mean, alwaysSet)), dByte, lines.out[k] + offset);
         }
         hn::StoreU(even, d, sums);
@@ -159,7 +160,8 @@ struct BoxSums {
         hn::StoreU(hn::Add(hn::LoadU(d, here), product), d, here);
     }
 
-    // The float quotient is off by one at most, and the remainder tells; or, rounded to nearest, it is the definition.
+    // Rounded to nearest, the float quotient is the definition. Rounded down, it is off by one at most, and the
+    // remainder corrects it.
     template <class D, class V>
     static HWY_INLINE V Mean(D d, const BoxWindow& window, V sum) {
         const hn::Rebind<float, D> dFloat;
@@ -239,7 +241,7 @@ class RowBand {
     uint8_t* Slot(size_t x) const { return m_Ring + (x & m_Mask) * kSlotBytes; }
 
     // The last tile of a row is incomplete. And 64 rows that lie a power of two apart compete for the same few lines of
-    // the cache: tiles that come back to a line find it gone, so whole lines are copied at once.
+    // the cache, so a line must be read whole at its first touch.
     bool NeedsCopy(size_t x) const {
         constexpr size_t kCompeting = 1024;
         const bool isCompeting = kRows == 64 && static_cast<size_t>(in[1] - in[0]) % kCompeting == 0;
@@ -250,7 +252,7 @@ class RowBand {
         HWY_ALIGN uint8_t tile[kRows * kSlotBytes];
         for (; m_Filled < std::min(end, m_Width); m_Filled += kTileColumns) {
             const size_t x = m_Filled;
-            // So many rows at once are more than the processor's own prefetchers follow.
+            // The processor's own prefetchers do not follow so many rows at once.
             const size_t ahead = std::min(x * kPixelBytes + kPrefetchBytes, (m_Width - 1) * kPixelBytes);
             const uint8_t* from[kRows];
             for (size_t row = 0; row < kRows; ++row) {
@@ -365,23 +367,21 @@ class ColumnSweep {
             BoxSums<kDivision>::Start(d, m_Window, sums);
             BoxSums<kDivision>::Add(d, first + at, m_Window.radius + 1, sums);
         });
-        // A window that reaches beyond the last row counts nothing there.
+        // A window that reaches below the image counts nothing there.
         for (size_t i = 1; i <= std::min(m_Window.radius, m_Height - 1); ++i) {
             const uint8_t* row = m_RowAt(i);
             ForEachVector([&](size_t at, Element* sums) HWY_ATTR { BoxSums<kDivision>::Add(d, row + at, 1, sums); });
         }
     }
 
-    // The last vector ends with the row: some bytes are in two vectors, with a sum in each.
+    // The last vector ends with the row. Bytes that are in two vectors have two sums.
     template <typename Body>
     HWY_INLINE void ForEachVector(const Body& body) {
         const size_t step = LeastRowBytes();
-        size_t at = 0;
-        for (; at + step <= m_RowBytes; at += step) {
-            body(at, m_Sums + at);
-        }
-        if (at < m_RowBytes) {
-            body(m_RowBytes - step, m_Sums + at);
+        const size_t done =
+            ForWholeSteps(0, m_RowBytes, step, [&](size_t at) KORVANE_INLINE { body(at, m_Sums + at); });
+        if (done < m_RowBytes) {
+            body(m_RowBytes - step, m_Sums + done);
         }
     }
 
@@ -396,6 +396,7 @@ class ColumnSweep {
 
 #endif
 
+}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace korvane
 HWY_AFTER_NAMESPACE();

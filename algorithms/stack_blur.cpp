@@ -18,22 +18,17 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "algorithms/stack_blur.cpp"
 #include <hwy/foreach_target.h>
-// Behind foreach_target, which sets the target that it reads.
-#include <hwy/highway.h>
+// Behind foreach_target, which sets the target that they read.
+#include "frameworks/simd/bytes-inl.h"
+#include "frameworks/simd/kernel-inl.h"
+#include "frameworks/simd/transpose-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
+namespace {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
-
-void StackBlur(unsigned char* src, size_t w, size_t h, size_t radius) {
-    stack_blur_scalar(src, static_cast<int>(w), static_cast<int>(h), static_cast<int>(radius));
-}
-
-#else
-
-namespace hn = hwy::HWY_NAMESPACE;
+#if KORVANE_HAS_VECTORS
 
 constexpr size_t kBlockLanes = 4;
 // Bands are transposed in blocks of 128 bits, so vectors whose size is known only at run time use their first block.
@@ -47,7 +42,7 @@ using Pixels = hn::Vec<PixelTag>;
 constexpr size_t kLanes = hn::MaxLanes(PixelTag());
 constexpr size_t kVectorBytes = kLanes * 4;
 
-// One lane of each member is the state of one line; arrays of vectors do not exist on every target.
+// One lane of each is the state of one line. Not a struct: SVE has no vectors in structs or arrays.
 #define KORVANE_SUMS_PARAMETERS Pixels &sum0, Pixels &sum1, Pixels &sum2, Pixels &slope0, Pixels &slope1, Pixels &slope2
 #define KORVANE_SUMS sum0, sum1, sum2, slope0, slope1, slope2
 
@@ -66,14 +61,11 @@ HWY_INLINE void Advance(Pixels leaving, Pixels next, Pixels entering, KORVANE_SU
     const PixelTag d;
     const hn::RebindToSigned<PixelTag> dSigned;
     const hn::Repartition<uint16_t, PixelTag> dHalf;
-    const auto lowByte = hn::Set(dHalf, 0x00FF);
-    const auto even = [&](Pixels pixels) HWY_ATTR { return hn::And(hn::BitCast(dHalf, pixels), lowByte); };
-    const auto odd = [&](Pixels pixels) HWY_ATTR { return hn::ShiftRight<8>(hn::BitCast(dHalf, pixels)); };
-    const auto nextEven = even(next);
-    const auto nextOdd = odd(next);
-    const auto bend02 =
-        hn::BitCast(dSigned, hn::Add(hn::Sub(even(leaving), nextEven), hn::Sub(even(entering), nextEven)));
-    const auto bend13 = hn::BitCast(dSigned, hn::Add(hn::Sub(odd(leaving), nextOdd), hn::Sub(odd(entering), nextOdd)));
+    const auto bend = [&](auto left, auto middle, auto right) KORVANE_INLINE {
+        return hn::BitCast(dSigned, hn::Add(hn::Sub(left, middle), hn::Sub(right, middle)));
+    };
+    const auto bend02 = bend(EvenBytes(dHalf, leaving), EvenBytes(dHalf, next), EvenBytes(dHalf, entering));
+    const auto bend13 = bend(OddBytes(dHalf, leaving), OddBytes(dHalf, next), OddBytes(dHalf, entering));
     sum0 = hn::Add(sum0, slope0);
     sum1 = hn::Add(sum1, slope1);
     sum2 = hn::Add(sum2, slope2);
@@ -94,7 +86,7 @@ HWY_INLINE Pixels Byte2(Pixels pixels) {
     return Byte0(hn::ShiftRight<16>(pixels));
 }
 
-// The state r + 1 steps before the first pixel, where the window sees nothing but its repetitions.
+// The state r + 1 steps before the first pixel, where the window sees only repetitions of that pixel.
 HWY_INLINE void Start(Pixels first, uint32_t weights, KORVANE_SUMS_PARAMETERS) {
     const PixelTag d;
     const Pixels all = hn::Set(d, weights);
@@ -104,7 +96,7 @@ HWY_INLINE void Start(Pixels first, uint32_t weights, KORVANE_SUMS_PARAMETERS) {
     slope0 = slope1 = slope2 = hn::Zero(d);
 }
 
-// A step of which nothing but repetitions of the first pixel leaves or passes the centre.
+// A step before the first pixel: only repetitions of it leave the window and pass the centre.
 HWY_INLINE void AdvanceBeforeStart(Pixels first, Pixels entering, KORVANE_SUMS_PARAMETERS) {
     sum0 = hn::Add(sum0, slope0);
     sum1 = hn::Add(sum1, slope1);
@@ -147,48 +139,6 @@ struct Band {
     unsigned char* rows[kLanes];
 };
 
-// Transposes four pixels by four in each block of 128 bits.
-HWY_INLINE void TransposeInBlocks(Pixels& a, Pixels& b, Pixels& c, Pixels& e) {
-    const PixelTag d;
-    const hn::Repartition<uint64_t, PixelTag> dWide;
-    const auto abLow = hn::BitCast(dWide, hn::InterleaveLower(d, a, b));
-    const auto abHigh = hn::BitCast(dWide, hn::InterleaveUpper(d, a, b));
-    const auto ceLow = hn::BitCast(dWide, hn::InterleaveLower(d, c, e));
-    const auto ceHigh = hn::BitCast(dWide, hn::InterleaveUpper(d, c, e));
-    a = hn::BitCast(d, hn::InterleaveLower(dWide, abLow, ceLow));
-    b = hn::BitCast(d, hn::InterleaveUpper(dWide, abLow, ceLow));
-    c = hn::BitCast(d, hn::InterleaveLower(dWide, abHigh, ceHigh));
-    e = hn::BitCast(d, hn::InterleaveUpper(dWide, abHigh, ceHigh));
-}
-
-// Transposes the 128-bit blocks of a tile of kLanes vectors, of which every fourth one belongs together.
-HWY_INLINE void TransposeBlocks(const uint32_t* from, uint32_t* to) {
-    const PixelTag d;
-    constexpr size_t kStride = kBlockLanes * kLanes;
-    for (size_t i = 0; i < kBlockLanes; ++i, from += kLanes, to += kLanes) {
-        const Pixels a = hn::Load(d, from);
-        if constexpr (kLanes == kBlockLanes) {
-            hn::Store(a, d, to);
-        } else if constexpr (kLanes == 2 * kBlockLanes) {
-            const Pixels b = hn::Load(d, from + kStride);
-            hn::Store(hn::ConcatLowerLower(d, b, a), d, to);
-            hn::Store(hn::ConcatUpperUpper(d, b, a), d, to + kStride);
-        } else {
-            const Pixels b = hn::Load(d, from + kStride);
-            const Pixels c = hn::Load(d, from + 2 * kStride);
-            const Pixels e = hn::Load(d, from + 3 * kStride);
-            const Pixels acLow = hn::ConcatLowerLower(d, c, a);
-            const Pixels acHigh = hn::ConcatUpperUpper(d, c, a);
-            const Pixels beLow = hn::ConcatLowerLower(d, e, b);
-            const Pixels beHigh = hn::ConcatUpperUpper(d, e, b);
-            hn::Store(hn::OddEvenBlocks(hn::SwapAdjacentBlocks(beLow), acLow), d, to);
-            hn::Store(hn::OddEvenBlocks(beLow, hn::SwapAdjacentBlocks(acLow)), d, to + kStride);
-            hn::Store(hn::OddEvenBlocks(hn::SwapAdjacentBlocks(beHigh), acHigh), d, to + 2 * kStride);
-            hn::Store(hn::OddEvenBlocks(beHigh, hn::SwapAdjacentBlocks(acHigh)), d, to + 3 * kStride);
-        }
-    }
-}
-
 // kLanes columns from pixel `x` on, as one vector a column. Each row is touched once and as a whole: where rows lie a
 // power of two apart, their cache lines drive each other out at once.
 HWY_INLINE void LoadColumns(const Band& band, size_t x, uint32_t* columns) {
@@ -199,25 +149,25 @@ HWY_INLINE void LoadColumns(const Band& band, size_t x, uint32_t* columns) {
         Pixels b = LoadBytes(band.rows[i + 1] + x * 4);
         Pixels c = LoadBytes(band.rows[i + 2] + x * 4);
         Pixels e = LoadBytes(band.rows[i + 3] + x * 4);
-        TransposeInBlocks(a, b, c, e);
+        TransposeInBlocks(d, a, b, c, e);
         hn::Store(a, d, tile + i * kLanes);
         hn::Store(b, d, tile + (i + 1) * kLanes);
         hn::Store(c, d, tile + (i + 2) * kLanes);
         hn::Store(e, d, tile + (i + 3) * kLanes);
     }
-    TransposeBlocks(tile, columns);
+    TransposeBlocks(d, tile, columns);
 }
 
 HWY_INLINE void StoreColumns(const uint32_t* columns, const Band& band, size_t x) {
     const PixelTag d;
     HWY_ALIGN uint32_t tile[kLanes * kLanes];
-    TransposeBlocks(columns, tile);
+    TransposeBlocks(d, columns, tile);
     for (size_t i = 0; i < kLanes; i += kBlockLanes) {
         Pixels a = hn::Load(d, tile + i * kLanes);
         Pixels b = hn::Load(d, tile + (i + 1) * kLanes);
         Pixels c = hn::Load(d, tile + (i + 2) * kLanes);
         Pixels e = hn::Load(d, tile + (i + 3) * kLanes);
-        TransposeInBlocks(a, b, c, e);
+        TransposeInBlocks(d, a, b, c, e);
         StoreBytes(a, band.rows[i] + x * 4);
         StoreBytes(b, band.rows[i + 1] + x * 4);
         StoreBytes(c, band.rows[i + 2] + x * 4);
@@ -226,8 +176,8 @@ HWY_INLINE void StoreColumns(const uint32_t* columns, const Band& band, size_t x
 }
 
 // The columns of a band that the window can see, as a ring of vectors. Column j stands in slot j modulo the ring's
-// length. The first `lead` columns are repetitions of the first pixel, which change no result and bring the others into
-// step with the cache lines; beyond the right edge the last pixel repeats.
+// length. The first `lead` columns are repetitions of the first pixel: they change no result and align the others with
+// the cache lines. Beyond the right edge the last pixel repeats.
 class ColumnRing {
   public:
     ColumnRing(size_t radius, size_t lead, size_t w)
@@ -337,8 +287,8 @@ HWY_NOINLINE void BlurBand(const Band& band, size_t columns, const Kernel& kerne
     }
 }
 
-// How many bytes `image` lies behind the boundary of a vector, where that helps: when all pixels can lie on one side of
-// such boundaries.
+// How many bytes `image` lies behind the boundary of a vector. 0 where pixels lie across such boundaries, since
+// alignment does not help there.
 HWY_INLINE size_t BytesBehindBoundary(const unsigned char* image) {
     const size_t behind = reinterpret_cast<uintptr_t>(image) % kVectorBytes;
     return behind % 4 == 0 ? behind : 0;
@@ -366,8 +316,8 @@ struct Column {
     HWY_ALIGN uint32_t state[7][kLanes];
 };
 
-// The working memory of a block. The ring keeps the rows behind the centre, which the image no longer has; the others
-// are read where they are.
+// The working memory of a block. The ring keeps the rows behind the centre, which are overwritten in the image; the
+// others are read from the image.
 struct Columns {
     Column column[kMaxBlockBytes / kVectorBytes];
     HWY_ALIGN unsigned char ring[kMaxRingBytes];
@@ -442,8 +392,8 @@ HWY_INLINE void StartColumn(const Access& access, const Block& block, size_t off
     }
 }
 
-// All rows are read before the first is written: processors take a load for dependent on an earlier store when their
-// addresses differ by a multiple of 4096, as those of neighbouring rows may.
+// All rows are read before the first is written: processors make a load wait for an earlier store when their addresses
+// differ by a multiple of 4096, as those of neighbouring rows may.
 template <size_t kRows, class Access>
 HWY_INLINE void BlurColumn(const Access& access, const Block& block, size_t offset, size_t y, size_t slot,
                            const Kernel& kernel, Columns& columns) {
@@ -523,8 +473,13 @@ void StackBlur(unsigned char* src, size_t w, size_t h, size_t radius) {
 #undef KORVANE_SUMS
 #undef KORVANE_SUMS_PARAMETERS
 
+#else
+
+constexpr auto& StackBlur = stack_blur_scalar;
+
 #endif
 
+}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace korvane
 HWY_AFTER_NAMESPACE();
@@ -534,21 +489,16 @@ HWY_AFTER_NAMESPACE();
 namespace korvane {
 namespace {
 
-HWY_EXPORT(StackBlur);
-
-void dispatch_stack_blur(unsigned char* src, size_t w, size_t h, size_t radius) {
-    HWY_DYNAMIC_DISPATCH(StackBlur)(src, w, h, radius);
-}
+KORVANE_DISPATCH(StackBlur);
 
 }  // namespace
 }  // namespace korvane
 
 void stack_blur(unsigned char* src, int w, int h, int radius) {
-    radius = std::clamp(radius, 0, kStackBlurMaxRadius);
-    if (w < 1 || h < 1 || radius == 0) {
-        return;
+    const int clamped = std::clamp(radius, 0, kStackBlurMaxRadius);
+    if (w > 0 && h > 0 && clamped > 0) {
+        korvane::StackBlur(src, static_cast<size_t>(w), static_cast<size_t>(h), static_cast<size_t>(clamped));
     }
-    korvane::dispatch_stack_blur(src, static_cast<size_t>(w), static_cast<size_t>(h), static_cast<size_t>(radius));
 }
 
 #endif

@@ -70,18 +70,12 @@ void blur_line(unsigned char* line, size_t length, size_t step, size_t radius, T
 
 }  // namespace
 
-void stack_blur_scalar(unsigned char* src, int w, int h, int radius) {
-    if (w < 1 || h < 1) {
-        return;
-    }
+void korvane::stack_blur_scalar(unsigned char* src, size_t w, size_t h, size_t radius) {
     Triple stack[2 * kStackBlurMaxRadius + 1];
-    const auto reach = static_cast<size_t>(std::clamp(radius, 0, kStackBlurMaxRadius));
-    const auto width = static_cast<size_t>(w);
-    const auto height = static_cast<size_t>(h);
-    for (size_t y = 0; y < height; ++y) {
-        blur_line(src + y * width * 4, width, 4, reach, stack);
+    for (size_t y = 0; y < h; ++y) {
+        blur_line(src + y * w * 4, w, 4, radius, stack);
     }
-    for (size_t x = 0; x < width; ++x) {
-        blur_line(src + x * 4, height, width * 4, reach, stack);
+    for (size_t x = 0; x < w; ++x) {
+        blur_line(src + x * 4, h, w * 4, radius, stack);
     }
 }

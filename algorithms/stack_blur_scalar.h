@@ -1,8 +1,14 @@
-// The plain form of the stack blur: what processors without vector instructions run, and what the kernel is tested
-// with.
+// The scalar twin of the stack blur.
 #ifndef KORVANE_ALGORITHMS_STACK_BLUR_SCALAR_H_
 #define KORVANE_ALGORITHMS_STACK_BLUR_SCALAR_H_
 
-void stack_blur_scalar(unsigned char* src, int w, int h, int radius);
+#include <cstddef>
+
+namespace korvane {
+
+// The radius is at most kStackBlurMaxRadius.
+void stack_blur_scalar(unsigned char* src, size_t w, size_t h, size_t radius);
+
+}  // namespace korvane
 
 #endif  // KORVANE_ALGORITHMS_STACK_BLUR_SCALAR_H_

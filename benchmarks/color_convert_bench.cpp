@@ -11,7 +11,7 @@
 #include "benchmarks/support/huge_pages.h"
 #include "benchmarks/support/picture.h"
 #include "frameworks/images/color_convert.h"
-#include "frameworks/images/color_kernels_scalar.h"
+#include "frameworks/images/color_scalar.h"
 
 namespace {
 
@@ -98,13 +98,11 @@ void against(Comparison& comparison, const SharedFrame& frame, const std::string
     comparison.against(name, by_size(*frame, std::move(large), std::move(small)), [=] { work(*frame); });
 }
 
-const auto& scalar_kernels = korvane::kColorKernelsScalar;
-
 void compare_yuyv2rgb(Comparison& comparison, int width, int height) {
     const SharedFrame frame = compare_with_scalar(
         comparison, width, height,
         [](Frame& f) { color_convert_yuyv2rgb(f.yuyv.data(), f.out.data(), f.width, f.height); },
-        [](Frame& f) { scalar_kernels.yuyv2rgb(f.yuyv.data(), f.out.data(), f.pairs()); }, 3.6, 5.5);
+        [](Frame& f) { korvane::yuyv2rgb_scalar(f.yuyv.data(), f.out.data(), f.pairs()); }, 3.6, 5.5);
     against(comparison, frame, "cv::cvtColor YUY2", {faster(1.6)}, {faster(2.4)}, [](Frame& f) {
         convert_with_opencv(f, f.yuyv, f.height, CV_8UC2, f.height, CV_8UC3, cv::COLOR_YUV2RGB_YUY2);
     });
@@ -123,7 +121,7 @@ void compare_nv212rgb(Comparison& comparison, int width, int height) {
     const SharedFrame frame = compare_with_scalar(
         comparison, width, height,
         [](Frame& f) { color_convert_nv212rgb(f.y(), f.chroma(), f.out.data(), f.width, f.height); },
-        [](Frame& f) { scalar_kernels.nv212rgb(f.y(), f.chroma(), f.out.data(), f.quads()); }, 4.8, 8.0);
+        [](Frame& f) { korvane::nv212rgb_scalar(f.y(), f.chroma(), f.out.data(), f.quads()); }, 4.8, 8.0);
     against(comparison, frame, "libyuv::NV21ToRAW", {faster(1.2)}, {}, [](Frame& f) {
         libyuv::NV21ToRAW(f.y(), f.width, f.chroma(), f.width, f.out.data(), 3 * f.width, f.width, f.height);
     });
@@ -137,7 +135,7 @@ void compare_rgb2yuyv(Comparison& comparison, int width, int height) {
     const SharedFrame frame = compare_with_scalar(
         comparison, width, height,
         [](Frame& f) { color_convert_rgb2yuyv(f.rgb.data(), f.out.data(), f.width, f.height); },
-        [](Frame& f) { scalar_kernels.rgb2yuyv(f.rgb.data(), f.out.data(), f.pairs()); }, 3.0, 5.0);
+        [](Frame& f) { korvane::rgb2yuyv_scalar(f.rgb.data(), f.out.data(), f.pairs()); }, 3.0, 5.0);
     const auto fromArgb = [](Frame& f) {
         libyuv::ARGBToYUY2(f.step.data(), 4 * f.width, f.out.data(), 2 * f.width, f.width, f.height);
     };
@@ -153,8 +151,8 @@ void nv21_with_scalar(Frame& f) {
     for (size_t row = 0; row + 1 < static_cast<size_t>(f.height); row += 2) {
         const size_t at = row * static_cast<size_t>(f.width);
         const size_t below = at + static_cast<size_t>(f.width);
-        scalar_kernels.rgb2nv21_rows(&f.rgb[3 * at], &f.rgb[3 * below], &f.out[at], &f.out[below],
-                                     f.outChroma() + at / 2, static_cast<size_t>(f.width) / 2);
+        korvane::rgb2nv21_rows_scalar(&f.rgb[3 * at], &f.rgb[3 * below], &f.out[at], &f.out[below],
+                                      f.outChroma() + at / 2, static_cast<size_t>(f.width) / 2);
     }
 }
 
@@ -181,7 +179,7 @@ void compare_rgb2gray(Comparison& comparison, int width, int height) {
     const SharedFrame frame = compare_with_scalar(
         comparison, width, height,
         [](Frame& f) { color_convert_rgb2gray(f.rgb.data(), f.out.data(), f.width, f.height); },
-        [](Frame& f) { scalar_kernels.rgb2gray(f.rgb.data(), f.out.data(), f.pixels); }, 2.6, 0);
+        [](Frame& f) { korvane::rgb2gray_scalar(f.rgb.data(), f.out.data(), f.pixels); }, 2.6, 0);
     against(comparison, frame, "libyuv::RAWToJ400", {at_most(1.2)}, {},
             [](Frame& f) { libyuv::RAWToJ400(f.rgb.data(), 3 * f.width, f.out.data(), f.width, f.width, f.height); });
     against(comparison, frame, "cv::cvtColor GRAY", {faster(1.0)}, {faster(1.5)},
@@ -192,7 +190,7 @@ void compare_rgb2rgba(Comparison& comparison, int width, int height) {
     const SharedFrame frame = compare_with_scalar(
         comparison, width, height,
         [](Frame& f) { color_convert_rgb2rgba(f.rgb.data(), f.out.data(), f.width, f.height); },
-        [](Frame& f) { scalar_kernels.rgb2rgba(f.rgb.data(), f.out.data(), f.pixels); }, 1.7, 0);
+        [](Frame& f) { korvane::rgb2rgba_scalar(f.rgb.data(), f.out.data(), f.pixels); }, 1.7, 0);
     against(comparison, frame, "libyuv::RGB24ToARGB", {at_most(1.2)}, {}, [](Frame& f) {
         libyuv::RGB24ToARGB(f.rgb.data(), 3 * f.width, f.out.data(), 4 * f.width, f.width, f.height);
     });
@@ -202,13 +200,13 @@ void compare_rgba2rgb(Comparison& comparison, int width, int height) {
     const SharedFrame frame = compare_with_scalar(
         comparison, width, height,
         [](Frame& f) { color_convert_rgba2rgb(f.rgba.data(), f.out.data(), f.width, f.height); },
-        [](Frame& f) { scalar_kernels.rgba2rgb(f.rgba.data(), f.out.data(), f.pixels); }, 1.7, 0);
+        [](Frame& f) { korvane::rgba2rgb_scalar(f.rgba.data(), f.out.data(), f.pixels); }, 1.7, 0);
     against(comparison, frame, "libyuv::ARGBToRGB24", {at_most(1.2)}, {}, [](Frame& f) {
         libyuv::ARGBToRGB24(f.rgba.data(), 4 * f.width, f.out.data(), 3 * f.width, f.width, f.height);
     });
 }
 
-// The conversions that are measured against their plain form alone.
+// The conversions that are measured against their twin alone.
 constexpr double kDecodeGoal = 4.5;
 constexpr double kEncodeGoal = 3.0;
 
@@ -221,41 +219,41 @@ struct Plain {
 
 const std::vector<Plain> kPlain = {
     {"yvyu2rgb", kDecodeGoal, [](Frame& f) { color_convert_yvyu2rgb(f.yuyv.data(), f.out.data(), f.width, f.height); },
-     [](Frame& f) { scalar_kernels.yvyu2rgb(f.yuyv.data(), f.out.data(), f.pairs()); }},
+     [](Frame& f) { korvane::yvyu2rgb_scalar(f.yuyv.data(), f.out.data(), f.pairs()); }},
     {"yuv2rgb", kDecodeGoal, [](Frame& f) { color_convert_yuv2rgb(f.yuv.data(), f.out.data(), f.width, f.height); },
-     [](Frame& f) { scalar_kernels.yuv2rgb(f.yuv.data(), f.out.data(), f.pixels); }},
+     [](Frame& f) { korvane::yuv2rgb_scalar(f.yuv.data(), f.out.data(), f.pixels); }},
     {"yuv422p2rgb", kDecodeGoal,
      [](Frame& f) {
          color_convert_yuv422p2rgb(f.y(), f.chroma(), f.chroma() + f.pairs(), f.out.data(), f.width, f.height);
      },
-     [](Frame& f) { scalar_kernels.yuv422p2rgb(f.y(), f.chroma(), f.chroma() + f.pairs(), f.out.data(), f.pairs()); }},
+     [](Frame& f) { korvane::yuv422p2rgb_scalar(f.y(), f.chroma(), f.chroma() + f.pairs(), f.out.data(), f.pairs()); }},
     {"yv12oryu122rgb", kDecodeGoal,
      [](Frame& f) {
          color_convert_yv12oryu122rgb(f.y(), f.chroma(), f.chroma() + f.quads(), f.out.data(), f.width, f.height);
      },
      [](Frame& f) {
-         scalar_kernels.yv12oryu122rgb(f.y(), f.chroma(), f.chroma() + f.quads(), f.out.data(), f.quads());
+         korvane::yv12oryu122rgb_scalar(f.y(), f.chroma(), f.chroma() + f.quads(), f.out.data(), f.quads());
      }},
     {"nv122rgb", kDecodeGoal,
      [](Frame& f) { color_convert_nv122rgb(f.y(), f.chroma(), f.out.data(), f.width, f.height); },
-     [](Frame& f) { scalar_kernels.nv122rgb(f.y(), f.chroma(), f.out.data(), f.quads()); }},
+     [](Frame& f) { korvane::nv122rgb_scalar(f.y(), f.chroma(), f.out.data(), f.quads()); }},
     {"rgb2yvyu", kEncodeGoal, [](Frame& f) { color_convert_rgb2yvyu(f.rgb.data(), f.out.data(), f.width, f.height); },
-     [](Frame& f) { scalar_kernels.rgb2yvyu(f.rgb.data(), f.out.data(), f.pairs()); }},
+     [](Frame& f) { korvane::rgb2yvyu_scalar(f.rgb.data(), f.out.data(), f.pairs()); }},
     {"rgb2yuv", kEncodeGoal, [](Frame& f) { color_convert_rgb2yuv(f.rgb.data(), f.out.data(), f.width, f.height); },
-     [](Frame& f) { scalar_kernels.rgb2yuv(f.rgb.data(), f.out.data(), f.pixels); }},
+     [](Frame& f) { korvane::rgb2yuv_scalar(f.rgb.data(), f.out.data(), f.pixels); }},
     {"rgb2yuv422p", kEncodeGoal,
      [](Frame& f) {
          color_convert_rgb2yuv422p(f.rgb.data(), f.out.data(), f.outChroma(), f.outV(), f.width, f.height);
      },
-     [](Frame& f) { scalar_kernels.rgb2yuv422p(f.rgb.data(), f.out.data(), f.outChroma(), f.outV(), f.pairs()); }},
+     [](Frame& f) { korvane::rgb2yuv422p_scalar(f.rgb.data(), f.out.data(), f.outChroma(), f.outV(), f.pairs()); }},
     {"rgb2yv12oryu12", kEncodeGoal,
      [](Frame& f) {
          color_convert_rgb2yv12oryu12(f.rgb.data(), f.out.data(), f.outChroma(), f.outV(), f.width, f.height);
      },
-     [](Frame& f) { scalar_kernels.rgb2yv12oryu12(f.rgb.data(), f.out.data(), f.outChroma(), f.outV(), f.quads()); }},
+     [](Frame& f) { korvane::rgb2yv12oryu12_scalar(f.rgb.data(), f.out.data(), f.outChroma(), f.outV(), f.quads()); }},
     {"rgb2nv12", kEncodeGoal,
      [](Frame& f) { color_convert_rgb2nv12(f.rgb.data(), f.out.data(), f.outChroma(), f.width, f.height); },
-     [](Frame& f) { scalar_kernels.rgb2nv12(f.rgb.data(), f.out.data(), f.outChroma(), f.quads()); }},
+     [](Frame& f) { korvane::rgb2nv12_scalar(f.rgb.data(), f.out.data(), f.outChroma(), f.quads()); }},
 };
 
 struct Area {

@@ -1,5 +1,5 @@
 // A palette of 256 colours for one megapixel against libimagequant at speed 10, which makes its palette only here too,
-// and against the same work with the plain search for nearest colours.
+// and against the same work with the plain search for nearest colors.
 #include <hwy/highway.h>
 #include <hwy/targets.h>
 #include <libimagequant.h>
@@ -46,7 +46,7 @@ size_t peer_palette_size(const std::vector<unsigned char>& rgba) {
     return size;
 }
 
-// All kernels take their plain form while it lives.
+// All kernels run their scalar twins while it lives.
 class PlainKernels {
   public:
     PlainKernels() { dispatch_to(HWY_TARGETS & (HWY_SCALAR | HWY_EMU128)); }

@@ -41,8 +41,8 @@ void blur(Images& images, Bytes& bytes, float distance) {
 
 void blur_plainly(Images& images, float distance) {
     const korvane::FlushDenormals mode;
-    gaussiir_scalar(images.other.data(), images.width, images.height, images.depth, images.width * images.depth,
-                    distance, distance);
+    korvane::gaussiir_scalar(images.other.data(), images.width, images.height, images.depth,
+                             images.width * images.depth, distance, distance);
 }
 
 void blur_by_opencv(Images& images, double sigma) {

@@ -79,7 +79,7 @@ void compare_sparse(Comparison& comparison) {
         std::vector<unsigned int> expected(entries);
         lbp_pyr_features_sparse(slots->data(), entries, scene->image.data(), kRows, kCols);
         scene->restore();
-        lbp_pyr_features_sparse_scalar(expected.data(), entries, scene->image.data(), kRows, kCols);
+        korvane::lbp_pyr_features_sparse_scalar(expected.data(), entries, scene->image.data(), kRows, kCols);
         return *slots == expected;
     });
     comparison.verify("equals the plain loop", [=] {
@@ -95,7 +95,8 @@ void compare_sparse(Comparison& comparison) {
         "plain loop", {faster(12)}, [=] { list_plainly(*slots, scene->image); }, restore);
     comparison.against(
         "scalar twin", {},
-        [=] { lbp_pyr_features_sparse_scalar(slots->data(), entries, scene->image.data(), kRows, kCols); }, restore);
+        [=] { korvane::lbp_pyr_features_sparse_scalar(slots->data(), entries, scene->image.data(), kRows, kCols); },
+        restore);
     comparison.against_memcpy({at_most(4.0)}, scene->source.size() * sizeof(unsigned int));
 }
 
@@ -107,14 +108,14 @@ void compare_dense(Comparison& comparison) {
         std::vector<char> expected(dim);
         lbp_pyr_features(vec->data(), dim, scene->image.data(), kRows, kCols);
         scene->restore();
-        lbp_pyr_features_scalar(expected.data(), dim, scene->image.data(), kRows, kCols);
+        korvane::lbp_pyr_features_scalar(expected.data(), dim, scene->image.data(), kRows, kCols);
         return *vec == expected;
     });
     const auto restore = [=] { scene->restore(); };
     comparison.kernel([=] { lbp_pyr_features(vec->data(), dim, scene->image.data(), kRows, kCols); }, restore);
     comparison.against(
         "scalar twin", {faster(1.7)},
-        [=] { lbp_pyr_features_scalar(vec->data(), dim, scene->image.data(), kRows, kCols); }, restore);
+        [=] { korvane::lbp_pyr_features_scalar(vec->data(), dim, scene->image.data(), kRows, kCols); }, restore);
     comparison.against("one increment per 256 bytes", {at_most(1.0)}, [=] {
         for (size_t block = 0; block < dim; block += 256) {
             (*vec)[block] = static_cast<char>((*vec)[block] + 1);

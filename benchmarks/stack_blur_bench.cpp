@@ -34,11 +34,16 @@ Picture picture_of(Size size) {
     return std::make_shared<std::vector<unsigned char>>(rgba_picture(size.width, size.height));
 }
 
+void blur_with_twin(unsigned char* image, int width, int height, int radius) {
+    korvane::stack_blur_scalar(image, static_cast<size_t>(width), static_cast<size_t>(height),
+                               static_cast<size_t>(radius));
+}
+
 bool equals_scalar(Size size, int radius) {
     std::vector<unsigned char> ours = rgba_picture(size.width, size.height);
     std::vector<unsigned char> theirs = ours;
     stack_blur(ours.data(), size.width, size.height, radius);
-    stack_blur_scalar(theirs.data(), size.width, size.height, radius);
+    blur_with_twin(theirs.data(), size.width, size.height, radius);
     return ours == theirs;
 }
 
@@ -78,7 +83,7 @@ struct BlurGoals {
 void compare_blur(Comparison& comparison, Size size, int radius, const BlurGoals& goals) {
     comparison.verify("equals the scalar twin", [=] { return equals_scalar(size, radius); });
     comparison.kernel(blur_of(size, radius));
-    comparison.against("scalar twin", goals.scalar, blur_of(size, radius, stack_blur_scalar));
+    comparison.against("scalar twin", goals.scalar, blur_of(size, radius, blur_with_twin));
     comparison.against_memcpy(goals.memcpy, static_cast<size_t>(size.pixels()) * 4);
     comparison.against("two cv::blur of radius + 1", goals.twoBoxes, cv_box(size, radius + 1, 2));
     comparison.against("cv::blur of 2 * radius + 1", goals.oneBox, cv_box(size, 2 * radius + 1, 1));

@@ -12,8 +12,8 @@ CellPixels::~CellPixels() {
 }
 
 bool CellPixels::sort(const PixelPlanes& pixels) {
-    // One entry more than begins are asked for: while sorting, begin[cell + 1] is where the next pixel of `cell` goes,
-    // and so becomes where the next cell begins.
+    // While sorting, begin[cell + 1] is where the next pixel of `cell` goes. In the end it is where the next cell
+    // begins.
     m_Begin = static_cast<uint32_t*>(galloc_alloc((kHistogramCells + 2) * sizeof(uint32_t)));
     m_Low = static_cast<uint16_t*>(galloc_malloc((pixels.count + kSlack) * sizeof(uint16_t)));
     if (m_Begin == nullptr || m_Low == nullptr) {

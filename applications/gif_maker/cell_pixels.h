@@ -1,6 +1,6 @@
-// The pixels of an image sorted by the cell of the colour histogram that they fall in. Internal.
+// The pixels of an image sorted by the cell of the color histogram that they fall in. Internal.
 //
-// Sums over a cell then run over neighbours in memory, and what is found out about a cell serves all its pixels.
+// The pixels of a cell then lie side by side in memory, and what is computed for a cell serves all its pixels.
 #ifndef KORVANE_APPLICATIONS_GIF_MAKER_CELL_PIXELS_H_
 #define KORVANE_APPLICATIONS_GIF_MAKER_CELL_PIXELS_H_
 
@@ -30,7 +30,7 @@ inline CellBase cell_base(size_t red, size_t green, size_t blue) {
     return {first(red), first(green), first(blue)};
 }
 
-// What is left of a channel within its cell is its low three bits.
+// A pixel within its cell: the low three bits of each channel.
 struct LowBits {
     static uint16_t pack(uint32_t red, uint32_t green, uint32_t blue) {
         return static_cast<uint16_t>((red & 7) | (green & 7) << 3 | (blue & 7) << 6);

@@ -21,40 +21,42 @@ constexpr size_t kChannelValues = 256;
 
 static_assert(ColorQuantizer::kMaxColors == korvane::kMaxPaletteColors);
 
-// kSide^3 zeroed cells behind the pointers that let them be written a[red][green][blue]; one block for galloc_free.
-template <typename T>
-T*** new_cube() {
-    void* block = galloc_alloc(kSide * sizeof(T**) + kPlane * sizeof(T*) + kCells * sizeof(T));
-    if (block == nullptr) {
-        return nullptr;
+// Gives the quantizer's arrays their memory, zeroed. Only an array without elements may do without.
+struct MakeArray {
+    template <typename T>
+    bool operator()(T*& array, size_t count) const {
+        array = static_cast<T*>(galloc_alloc(count * sizeof(T)));
+        return array != nullptr || count == 0;
     }
-    T*** cube = static_cast<T***>(block);
-    T** rows = reinterpret_cast<T**>(cube + kSide);
-    T* cells = reinterpret_cast<T*>(rows + kPlane);
-    for (size_t i = 0; i < kPlane; ++i) {
-        rows[i] = cells + i * kSide;
+
+    // kSide^3 cells behind the pointers that let them be written a[red][green][blue]; one block for galloc_free.
+    template <typename T>
+    bool operator()(T***& cube, size_t /*cells*/) const {
+        void* block = galloc_alloc(kSide * sizeof(T**) + kPlane * sizeof(T*) + kCells * sizeof(T));
+        cube = static_cast<T***>(block);
+        if (block == nullptr) {
+            return false;
+        }
+        T** rows = reinterpret_cast<T**>(cube + kSide);
+        T* cells = reinterpret_cast<T*>(rows + kPlane);
+        for (size_t i = 0; i < kPlane; ++i) {
+            rows[i] = cells + i * kSide;
+        }
+        for (size_t i = 0; i < kSide; ++i) {
+            cube[i] = rows + i * kSide;
+        }
+        return true;
     }
-    for (size_t i = 0; i < kSide; ++i) {
-        cube[i] = rows + i * kSide;
+};
+
+struct FreeArray {
+    template <typename T>
+    bool operator()(T*& array, size_t /*count*/) const {
+        galloc_free(array);
+        array = nullptr;
+        return true;
     }
-    return cube;
-}
-
-template <typename T>
-T* new_array(size_t count) {
-    return static_cast<T*>(galloc_malloc(count * sizeof(T)));
-}
-
-template <typename T>
-T* new_zeroed_array(size_t count) {
-    return static_cast<T*>(galloc_alloc(count * sizeof(T)));
-}
-
-template <typename T>
-void free_and_clear(T*& block) {
-    galloc_free(block);
-    block = nullptr;
-}
+};
 
 // Turns the cells into sums over all cells with no coordinate greater.
 template <typename T>
@@ -105,7 +107,7 @@ constexpr AxisBounds kAxisBounds[] = {{&ColorCube::RedMinimum, &ColorCube::RedMa
                                       {&ColorCube::GreenMinimum, &ColorCube::GreenMaximum},
                                       {&ColorCube::BlueMinimum, &ColorCube::BlueMaximum}};
 
-// The part of the box's sum up to `position` on an axis that depends on `position`.
+// A box's sum up to `position` on an axis is top + bottom: top depends on `position`, bottom does not.
 int64_t top(const ColorCube& cube, Axis axis, int32_t position, int64_t*** moment) {
     switch (axis) {
         case Axis::kRed:
@@ -126,7 +128,6 @@ int64_t top(const ColorCube& cube, Axis axis, int32_t position, int64_t*** momen
     }
 }
 
-// The part that does not.
 int64_t bottom(const ColorCube& cube, Axis axis, int64_t*** moment) {
     return -top(cube, axis, cube.*kAxisBounds[static_cast<size_t>(axis)].minimum, moment);
 }
@@ -193,7 +194,7 @@ void ColorQuantizer::prepare(int32_t width, int height) {
     }
     imageWidth = width;
     imageSize = static_cast<int32_t>(size);
-    if (!allocate()) {
+    if (!eachImageArray(MakeArray())) {
         release();
         return;
     }
@@ -204,28 +205,26 @@ void ColorQuantizer::prepare(int32_t width, int height) {
     m_IsPrepared = true;
 }
 
-bool ColorQuantizer::allocate() {
-    const size_t pixels = static_cast<size_t>(imageSize);
-    cubes = new_array<ColorCube>(kMaxColors);
-    weights = new_cube<int64_t>();
-    momentsRed = new_cube<int64_t>();
-    momentsGreen = new_cube<int64_t>();
-    momentsBlue = new_cube<int64_t>();
-    moments = new_cube<float>();
-    table = new_array<int32_t>(kChannelValues);
-    quantizedPixels = new_array<int32_t>(pixels);
-    pixelsR = new_array<uint8_t>(pixels);
-    pixelsG = new_array<uint8_t>(pixels);
-    pixelsB = new_array<uint8_t>(pixels);
-    const bool havePixels =
-        quantizedPixels != nullptr && pixelsR != nullptr && pixelsG != nullptr && pixelsB != nullptr;
-    return cubes != nullptr && weights != nullptr && momentsRed != nullptr && momentsGreen != nullptr &&
-           momentsBlue != nullptr && moments != nullptr && table != nullptr && (havePixels || pixels == 0);
+// What prepare makes and release frees.
+template <typename Visit>
+bool ColorQuantizer::eachImageArray(const Visit& visit) {
+    const auto pixels = static_cast<size_t>(imageSize);
+    return visit(cubes, kMaxColors) && visit(weights, kCells) && visit(momentsRed, kCells) &&
+           visit(momentsGreen, kCells) && visit(momentsBlue, kCells) && visit(moments, kCells) &&
+           visit(table, kChannelValues) && visit(quantizedPixels, pixels) && visit(pixelsR, pixels) &&
+           visit(pixelsG, pixels) && visit(pixelsB, pixels);
+}
+
+// What getPalette makes and frees.
+template <typename Visit>
+bool ColorQuantizer::eachPaletteArray(size_t entries, const Visit& visit) {
+    return visit(tag, kCells) && visit(reds, entries) && visit(greens, entries) && visit(blues, entries) &&
+           visit(sums, entries);
 }
 
 void ColorQuantizer::addColor(int32_t r, int32_t g, int32_t b) {
-    // Called for every pixel: one test for what is almost always so, and no field read twice, since a store to a byte
-    // may alias them all.
+    // Called for every pixel: one test of all three channels, and no field is read twice, since a store to a byte may
+    // change any of them.
     const int32_t at = pixelIndex;
     if (at >= imageSize) {
         return;
@@ -264,7 +263,7 @@ std::vector<Color>& ColorQuantizer::getPalette(int32_t colorCount) {
     }
     imageSize = 0;
     pixelIndex = 0;
-    freeTemporaries();
+    eachPaletteArray(0, FreeArray());
     return colors;
 }
 
@@ -378,13 +377,7 @@ void ColorQuantizer::mark(const ColorCube& cube, int32_t label) {
 
 // False when memory is short.
 bool ColorQuantizer::refine(const korvane::CellPixels& pixels, int32_t boxCount) {
-    const size_t entries = static_cast<size_t>(boxCount) + 1;
-    tag = new_zeroed_array<int32_t>(kCells);
-    reds = new_zeroed_array<int64_t>(entries);
-    greens = new_zeroed_array<int64_t>(entries);
-    blues = new_zeroed_array<int64_t>(entries);
-    sums = new_zeroed_array<int64_t>(entries);
-    if (tag == nullptr || reds == nullptr || greens == nullptr || blues == nullptr || sums == nullptr) {
+    if (!eachPaletteArray(static_cast<size_t>(boxCount) + 1, MakeArray())) {
         return false;
     }
     korvane::PaletteColors palette = {};
@@ -415,28 +408,10 @@ void ColorQuantizer::appendMeans(int32_t boxCount) {
     }
 }
 
-void ColorQuantizer::freeTemporaries() {
-    free_and_clear(reds);
-    free_and_clear(greens);
-    free_and_clear(blues);
-    free_and_clear(sums);
-    free_and_clear(tag);
-}
-
 void ColorQuantizer::release() {
     m_IsPrepared = false;
-    freeTemporaries();
-    free_and_clear(weights);
-    free_and_clear(momentsRed);
-    free_and_clear(momentsGreen);
-    free_and_clear(momentsBlue);
-    free_and_clear(moments);
-    free_and_clear(table);
-    free_and_clear(quantizedPixels);
-    free_and_clear(pixelsR);
-    free_and_clear(pixelsG);
-    free_and_clear(pixelsB);
-    free_and_clear(cubes);
+    eachPaletteArray(0, FreeArray());
+    eachImageArray(FreeArray());
     imageWidth = 0;
     imageSize = 0;
     pixelIndex = 0;

@@ -1,7 +1,7 @@
-// ColorQuantizer: reduces the colours of one RGB image to a palette, for animated-image making.
+// ColorQuantizer: reduces the colors of one RGB image to a palette, for animated-image making.
 //
 // The RGB cube, 32 cells a side, is split greedily by orthogonal planes where a split lowers the variance most; sums
-// over any box cost eight look-ups in cumulative tables. Every pixel then goes to the nearest colour found so, and each
+// over any box cost eight look-ups in cumulative tables. Every pixel then goes to the nearest color found so, and each
 // palette entry becomes the mean of its pixels.
 //
 // Use: prepare, addColor once per pixel, getPalette, release; prepare again for the next image. The pixels are stored
@@ -12,6 +12,7 @@
 #ifndef KORVANE_APPLICATIONS_GIF_MAKER_COLOR_QUANTIZER_H_
 #define KORVANE_APPLICATIONS_GIF_MAKER_COLOR_QUANTIZER_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -51,26 +52,28 @@ class KORVANE_API ColorQuantizer {
 
     // Takes memory for width x height pixels and empties the histogram; what an earlier prepare took is released first.
     // A negative size, one whose pixels a 32-bit count cannot hold, or short memory leave the object unprepared:
-    // colours are ignored and the palette is empty.
+    // colors are ignored and the palette is empty.
     virtual void prepare(int32_t width, int height);
 
     // Adds the next pixel. Channels are taken into 0 ... 255; pixels beyond the prepared size are ignored.
     virtual void addColor(int32_t r, int32_t g, int32_t b);
 
     // The palette of the pixels added, at most colorCount entries (512 at most; none below 1), alpha 255. It has as
-    // many entries as boxes could be made, fewer than colorCount where colours run out; an entry that no pixel is
+    // many entries as boxes could be made, fewer than colorCount where colors run out; an entry that no pixel is
     // nearest to is black. With no pixels it is one black entry.
     //
     // The array is the object's own; it changes with the next getPalette and survives release(). The histogram is
-    // spent: until the next prepare, colours are ignored and further palettes are empty.
+    // spent: until the next prepare, colors are ignored and further palettes are empty.
     virtual std::vector<Color>& getPalette(int32_t colorCount);
 
     // Frees the working memory. May be called at any time, also twice; the destructor calls it.
     virtual void release();
 
   private:
-    bool allocate();
-    void freeTemporaries();
+    template <typename Visit>
+    bool eachImageArray(const Visit& visit);
+    template <typename Visit>
+    bool eachPaletteArray(size_t entries, const Visit& visit);
     void fillHistogram(const korvane::CellPixels& pixels);
     void calculateMoments();
     int32_t splitBoxes(int32_t colorCount);

@@ -1,78 +1,37 @@
 #include "applications/gif_maker/palette_refinement.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
 #include "applications/gif_maker/palette_refinement_scalar.h"
+#include "applications/gif_maker/pixel_tally.h"
 
-// Few colours of a palette can be nearest to any pixel of one cell: those whose distance to the cell's nearest point is
-// no more than some colour's distance to its farthest. So each cell gets its short list, and only that is searched.
+// Only a few colors of a palette can be nearest to a pixel of one cell: those whose distance to the nearest point of
+// the cell is not above the distance of some color to its farthest point. Each cell gets a short list of them to
+// search.
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "applications/gif_maker/palette_refinement.cpp"
 #include <hwy/foreach_target.h>
-// Behind foreach_target, which sets the target that it reads.
-#include <hwy/highway.h>
+// Behind foreach_target, which sets the target that they read.
+#include "frameworks/simd/kernel-inl.h"
 
-#ifndef KORVANE_PALETTE_REFINEMENT_ONCE
-#define KORVANE_PALETTE_REFINEMENT_ONCE
-
+HWY_BEFORE_NAMESPACE();
 namespace korvane {
+namespace HWY_NAMESPACE {
 namespace {
 
-// Sums of low bits and the count of pixels, 16 bits each: one addition a pixel.
-constexpr size_t kPixelsPerTally = 8192;  // times 7 stays below 2^16
-
-constexpr std::array<uint64_t, 512> make_tally_steps() {
-    std::array<uint64_t, 512> steps{};
-    for (uint64_t low = 0; low < steps.size(); ++low) {
-        steps[low] = (low & 7) | (low >> 3 & 7) << 16 | (low >> 6) << 32 | uint64_t{1} << 48;
-    }
-    return steps;
-}
-
-constexpr std::array<uint64_t, 512> kTallySteps = make_tally_steps();
-
-void add_tally(uint64_t tally, const CellBase& base, size_t entry, const PaletteSums& sums) {
-    const auto count = static_cast<int64_t>(tally >> 48);
-    sums.reds[entry] += base.red * count + static_cast<int64_t>(tally & 0xFFFF);
-    sums.greens[entry] += base.green * count + static_cast<int64_t>(tally >> 16 & 0xFFFF);
-    sums.blues[entry] += base.blue * count + static_cast<int64_t>(tally >> 32 & 0xFFFF);
-    sums.counts[entry] += count;
-}
+#if KORVANE_HAS_VECTORS
 
 int32_t squared(int32_t value) {
     return value * value;
 }
 
-// Of a colour channel to the values base ... base + 7.
+// Of a color channel to the values base ... base + 7.
 int32_t farthest(int32_t channel, int32_t base) {
     return std::max(channel - base, base + kCellWidth - 1 - channel);
 }
-
-}  // namespace
-}  // namespace korvane
-
-#endif  // KORVANE_PALETTE_REFINEMENT_ONCE
-
-HWY_BEFORE_NAMESPACE();
-namespace korvane {
-namespace HWY_NAMESPACE {
-// Other kernels have helpers of the same names.
-namespace {
-
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
-
-void RefinePalette(const CellPixels& pixels, const PaletteColors& palette, const int32_t* guesses,
-                   const PaletteSums& sums) {
-    refine_palette_scalar(pixels, palette, guesses, sums);
-}
-
-#else
-
-namespace hn = hwy::HWY_NAMESPACE;
 
 using Tag = hn::CappedTag<int32_t, 16>;
 constexpr size_t kMaxLanes = 16;
@@ -142,8 +101,8 @@ class Refinement {
                squared(farthest(m_Blue[entry], m_Base.blue));
     }
 
-    // In ascending order. Distances from the pixel at the cell's base are held times 512, with the place in the list
-    // below them, so that the least sum tells both and the lowest entry wins ties.
+    // In ascending order. Distances from the pixel at the cell's base are held times 512, plus the place in the list.
+    // So the least sum tells both, and the lowest entry wins ties.
     void ListCandidates(size_t guess) {
         const Tag d;
         const auto limit = hn::Set(d, FarthestInCell(guess) + 1);
@@ -243,6 +202,10 @@ void RefinePalette(const CellPixels& pixels, const PaletteColors& palette, const
     Refinement(pixels, palette, sums).Run(guesses);
 }
 
+#else
+
+constexpr auto& RefinePalette = refine_palette_scalar;
+
 #endif
 
 }  // namespace
@@ -253,12 +216,15 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace korvane {
+namespace {
 
-HWY_EXPORT(RefinePalette);
+KORVANE_DISPATCH(RefinePalette);
+
+}  // namespace
 
 void refine_palette(const CellPixels& pixels, const PaletteColors& palette, const int32_t* guesses,
                     const PaletteSums& sums) {
-    HWY_DYNAMIC_DISPATCH(RefinePalette)(pixels, palette, guesses, sums);
+    RefinePalette(pixels, palette, guesses, sums);
 }
 
 }  // namespace korvane

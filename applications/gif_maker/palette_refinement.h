@@ -1,4 +1,4 @@
-// Sends every pixel to the nearest colour of a palette and adds it to that entry's sums. Internal.
+// Sends every pixel to the nearest color of a palette and adds it to that entry's sums. Internal.
 #ifndef KORVANE_APPLICATIONS_GIF_MAKER_PALETTE_REFINEMENT_H_
 #define KORVANE_APPLICATIONS_GIF_MAKER_PALETTE_REFINEMENT_H_
 
@@ -11,7 +11,7 @@ namespace korvane {
 
 constexpr size_t kMaxPaletteColors = 512;
 
-// Channels are 0 ... 255; at least one colour.
+// Channels are 0 ... 255; at least one color.
 struct PaletteColors {
     int32_t red[kMaxPaletteColors];
     int32_t green[kMaxPaletteColors];

@@ -1,4 +1,4 @@
-// The plain form of the refinement, every pixel against every colour: what the fast form must equal.
+// The scalar twin of the refinement: every pixel against every color.
 #ifndef KORVANE_APPLICATIONS_GIF_MAKER_PALETTE_REFINEMENT_SCALAR_H_
 #define KORVANE_APPLICATIONS_GIF_MAKER_PALETTE_REFINEMENT_SCALAR_H_
 

@@ -1,5 +1,4 @@
-// Camera preview frames to planar YV12: vector code chosen for the processor at run time, with a plain twin that gives
-// the same bytes.
+// Camera preview frames to planar YV12.
 //
 // All frames are 4:2:0 with width * height luma bytes first. NV12 goes on with interleaved U, V; NV21 with V, U; YV12
 // with the V plane and then the U plane. With n = width * height there are n / 4 chroma pairs, and the U plane begins

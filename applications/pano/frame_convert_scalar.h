@@ -1,4 +1,4 @@
-// The plain twin of the loop under frame_convert.h.
+// The scalar twins of the loops under frame_convert.h.
 #ifndef KORVANE_APPLICATIONS_PANO_FRAME_CONVERT_SCALAR_H_
 #define KORVANE_APPLICATIONS_PANO_FRAME_CONVERT_SCALAR_H_
 
@@ -6,6 +6,8 @@
 #include <cstdint>
 
 namespace korvane {
+
+void copy_bytes_scalar(const uint8_t* src, uint8_t* dst, size_t count);
 
 // evens[i] = pairs[2 * i], odds[i] = pairs[2 * i + 1]
 void split_pairs_scalar(const uint8_t* pairs, uint8_t* evens, uint8_t* odds, size_t count);

@@ -5,99 +5,61 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "applications/super_capture/merge_kernels.cpp"
 #include <hwy/foreach_target.h>
-// Behind foreach_target, which sets the target that it reads.
-#include <hwy/highway.h>
+// Behind foreach_target, which sets the target that they read.
+#include "frameworks/simd/kernel-inl.h"
+#include "frameworks/simd/steps-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
 namespace HWY_NAMESPACE {
+namespace {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
-
-void MergeMax(const uint8_t* frame, int* sums, size_t count) {
-    merge_max_scalar(frame, sums, count);
-}
-
-void MergeFirst(const uint8_t* frame, int* sums, size_t count) {
-    merge_first_scalar(frame, sums, count);
-}
-
-void MergeAdd(const uint8_t* frame, int* sums, size_t count) {
-    merge_add_scalar(frame, sums, count);
-}
-
-void MergedLowBytes(const int* sums, uint8_t* frame, size_t count) {
-    merged_low_bytes_scalar(sums, frame, count);
-}
-
-void MergedMean(const int* sums, uint8_t* frame, size_t count, int frames) {
-    merged_mean_scalar(sums, frame, count, frames);
-}
-
-uint32_t LumaSum(const uint8_t* plane, size_t pixels) {
-    return luma_sum_scalar(plane, pixels);
-}
-
-uint32_t LumaSumYuyv(const uint8_t* yuyv, size_t pixels) {
-    return luma_sum_yuyv_scalar(yuyv, pixels);
-}
-
-#else
-
-namespace hn = hwy::HWY_NAMESPACE;
+#if KORVANE_HAS_VECTORS
 
 using SumTag = hn::ScalableTag<int32_t>;
 
-// How many sums stand before a cache line's start. These loops run at the speed of memory, which vectors that straddle
-// cache lines cut by a quarter, so the plain form does the first few.
-HWY_INLINE size_t CountUntilAligned(const int* sums, size_t count) {
-    constexpr size_t kCacheLine = 64;
-    const size_t past = reinterpret_cast<uintptr_t>(sums) % kCacheLine;
-    return HWY_MIN(count, (kCacheLine - past) % kCacheLine / sizeof(int));
-}
+constexpr size_t kCacheLineBytes = 64;
 
-// sums[i] = combine(sums[i], frame[i]), by `plain` up to the first aligned vector and behind the last whole one.
+// sums[i] = combine(sums[i], frame[i]); the twin does what lies before the first aligned vector and behind the last.
 template <class Combine>
 HWY_INLINE void Fold(const uint8_t* frame, int* sums, size_t count, const Combine& combine,
-                     void (*plain)(const uint8_t*, int*, size_t)) {
+                     void (*twin)(const uint8_t*, int*, size_t)) {
     const SumTag d;
     const hn::Rebind<uint8_t, SumTag> dBytes;
-    const size_t lanes = hn::Lanes(d);
-    size_t i = CountUntilAligned(sums, count);
-    plain(frame, sums, i);
-    for (; i + lanes <= count; i += lanes) {
+    const size_t before = CountUntilAligned(sums, kCacheLineBytes, count);
+    twin(frame, sums, before);
+    const size_t done = ForWholeSteps(before, count, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
         const auto bytes = hn::PromoteTo(d, hn::LoadU(dBytes, frame + i));
         hn::StoreU(combine(hn::LoadU(d, sums + i), bytes), d, sums + i);
-    }
-    plain(frame + i, sums + i, count - i);
+    });
+    twin(frame + done, sums + done, count - done);
 }
 
 void MergeMax(const uint8_t* frame, int* sums, size_t count) {
-    const auto larger = [](auto sum, auto bytes) HWY_ATTR { return hn::Max(sum, bytes); };
+    const auto larger = [](auto sum, auto bytes) KORVANE_INLINE { return hn::Max(sum, bytes); };
     Fold(frame, sums, count, larger, merge_max_scalar);
 }
 
 void MergeFirst(const uint8_t* frame, int* sums, size_t count) {
-    const auto second = [](auto /*sum*/, auto bytes) HWY_ATTR { return bytes; };
+    const auto second = [](auto /*sum*/, auto bytes) KORVANE_INLINE { return bytes; };
     Fold(frame, sums, count, second, merge_first_scalar);
 }
 
 void MergeAdd(const uint8_t* frame, int* sums, size_t count) {
-    const auto total = [](auto sum, auto bytes) HWY_ATTR { return hn::Add(sum, bytes); };
+    const auto total = [](auto sum, auto bytes) KORVANE_INLINE { return hn::Add(sum, bytes); };
     Fold(frame, sums, count, total, merge_add_scalar);
 }
 
 void MergedLowBytes(const int* sums, uint8_t* frame, size_t count) {
     const SumTag d;
     const hn::Rebind<uint8_t, SumTag> dBytes;
-    const size_t lanes = hn::Lanes(d);
     const auto mask = hn::Set(d, 0xFF);
-    size_t i = CountUntilAligned(sums, count);
-    merged_low_bytes_scalar(sums, frame, i);
-    for (; i + lanes <= count; i += lanes) {
+    const size_t before = CountUntilAligned(sums, kCacheLineBytes, count);
+    merged_low_bytes_scalar(sums, frame, before);
+    const size_t done = ForWholeSteps(before, count, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
         hn::StoreU(hn::DemoteTo(dBytes, hn::And(hn::LoadU(d, sums + i), mask)), dBytes, frame + i);
-    }
-    merged_low_bytes_scalar(sums + i, frame + i, count - i);
+    });
+    merged_low_bytes_scalar(sums + done, frame + done, count - done);
 }
 
 void MergedMean(const int* sums, uint8_t* frame, size_t count, int frames) {
@@ -110,103 +72,109 @@ void MergedMean(const int* sums, uint8_t* frame, size_t count, int frames) {
     const SumTag d;
     const hn::Rebind<float, SumTag> dFloat;
     const hn::Rebind<uint8_t, SumTag> dBytes;
-    const size_t lanes = hn::Lanes(d);
     const auto half = hn::Set(dFloat, 0.5F);
     const auto reciprocal = hn::Set(dFloat, 1.0F / static_cast<float>(frames));
-    size_t i = CountUntilAligned(sums, count);
-    merged_mean_scalar(sums, frame, i, frames);
-    for (; i + lanes <= count; i += lanes) {
+    const size_t before = CountUntilAligned(sums, kCacheLineBytes, count);
+    merged_mean_scalar(sums, frame, before, frames);
+    const size_t done = ForWholeSteps(before, count, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
         const auto sum = hn::ConvertTo(dFloat, hn::LoadU(d, sums + i));
         const auto mean = hn::ConvertTo(d, hn::Mul(hn::Add(sum, half), reciprocal));
         hn::StoreU(hn::DemoteTo(dBytes, mean), dBytes, frame + i);
-    }
-    merged_mean_scalar(sums + i, frame + i, count - i, frames);
+    });
+    merged_mean_scalar(sums + done, frame + done, count - done, frames);
 }
 
-uint32_t LumaSum(const uint8_t* plane, size_t pixels) {
+// The sum of the bytes of `bytes` bytes of which whole pairs of vectors are made; `selected` takes those that count.
+template <class Selected>
+HWY_INLINE uint32_t SumOfBytes(const uint8_t* from, size_t countBytes, const Selected& selected, size_t& doneBytes) {
     const hn::ScalableTag<uint8_t> d;
     const hn::Repartition<uint64_t, decltype(d)> d64;
     const size_t lanes = hn::Lanes(d);
     auto sum0 = hn::Zero(d64);
     auto sum1 = hn::Zero(d64);
-    size_t i = 0;
-    for (; i + 2 * lanes <= pixels; i += 2 * lanes) {
-        sum0 = hn::Add(sum0, hn::SumsOf8(hn::LoadU(d, plane + i)));
-        sum1 = hn::Add(sum1, hn::SumsOf8(hn::LoadU(d, plane + i + lanes)));
-    }
-    const uint64_t sum = hn::GetLane(hn::SumOfLanes(d64, hn::Add(sum0, sum1)));
-    return static_cast<uint32_t>(sum) + luma_sum_scalar(plane + i, pixels - i);
+    doneBytes = ForWholeSteps(0, countBytes, 2 * lanes, [&](size_t i) KORVANE_INLINE {
+        sum0 = hn::Add(sum0, hn::SumsOf8(selected(hn::LoadU(d, from + i))));
+        sum1 = hn::Add(sum1, hn::SumsOf8(selected(hn::LoadU(d, from + i + lanes))));
+    });
+    return static_cast<uint32_t>(hn::GetLane(hn::SumOfLanes(d64, hn::Add(sum0, sum1))));
+}
+
+uint32_t LumaSum(const uint8_t* plane, size_t pixels) {
+    size_t done = 0;
+    const uint32_t sum = SumOfBytes(
+        plane, pixels, [](auto bytes) KORVANE_INLINE { return bytes; }, done);
+    return sum + luma_sum_scalar(plane + done, pixels - done);
 }
 
 uint32_t LumaSumYuyv(const uint8_t* yuyv, size_t pixels) {
     const hn::ScalableTag<uint8_t> d;
-    const hn::Repartition<uint16_t, decltype(d)> dPixels;
-    const hn::Repartition<uint64_t, decltype(d)> d64;
-    const size_t pixelsPerVector = hn::Lanes(dPixels);
-    const auto lumaMask = hn::BitCast(d, hn::Set(dPixels, uint16_t{0x00FF}));
-    auto sum0 = hn::Zero(d64);
-    auto sum1 = hn::Zero(d64);
-    size_t i = 0;
-    for (; i + 2 * pixelsPerVector <= pixels; i += 2 * pixelsPerVector) {
-        sum0 = hn::Add(sum0, hn::SumsOf8(hn::And(hn::LoadU(d, yuyv + 2 * i), lumaMask)));
-        sum1 = hn::Add(sum1, hn::SumsOf8(hn::And(hn::LoadU(d, yuyv + 2 * (i + pixelsPerVector)), lumaMask)));
-    }
-    const uint64_t sum = hn::GetLane(hn::SumOfLanes(d64, hn::Add(sum0, sum1)));
-    return static_cast<uint32_t>(sum) + luma_sum_yuyv_scalar(yuyv + 2 * i, pixels - i);
+    const auto lumaMask = hn::BitCast(d, hn::Set(hn::Repartition<uint16_t, decltype(d)>(), 0x00FF));
+    const auto luma = [&](auto bytes) KORVANE_INLINE { return hn::And(bytes, lumaMask); };
+    size_t done = 0;
+    const uint32_t sum = SumOfBytes(yuyv, 2 * pixels, luma, done);
+    return sum + luma_sum_yuyv_scalar(yuyv + done, pixels - done / 2);
 }
+
+#else
+
+constexpr auto& MergeMax = merge_max_scalar;
+constexpr auto& MergeFirst = merge_first_scalar;
+constexpr auto& MergeAdd = merge_add_scalar;
+constexpr auto& MergedLowBytes = merged_low_bytes_scalar;
+constexpr auto& MergedMean = merged_mean_scalar;
+constexpr auto& LumaSum = luma_sum_scalar;
+constexpr auto& LumaSumYuyv = luma_sum_yuyv_scalar;
 
 #endif
 
+}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace korvane
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace korvane {
 
-HWY_EXPORT(MergeMax);
-HWY_EXPORT(MergeFirst);
-HWY_EXPORT(MergeAdd);
-HWY_EXPORT(MergedLowBytes);
-HWY_EXPORT(MergedMean);
-HWY_EXPORT(LumaSum);
-HWY_EXPORT(LumaSumYuyv);
+namespace korvane {
+namespace {
+
+KORVANE_DISPATCH(MergeMax);
+KORVANE_DISPATCH(MergeFirst);
+KORVANE_DISPATCH(MergeAdd);
+KORVANE_DISPATCH(MergedLowBytes);
+KORVANE_DISPATCH(MergedMean);
+KORVANE_DISPATCH(LumaSum);
+KORVANE_DISPATCH(LumaSumYuyv);
+
+}  // namespace
 
 void merge_max(const uint8_t* frame, int* sums, size_t count) {
-    HWY_DYNAMIC_DISPATCH(MergeMax)(frame, sums, count);
+    MergeMax(frame, sums, count);
 }
 
 void merge_first(const uint8_t* frame, int* sums, size_t count) {
-    HWY_DYNAMIC_DISPATCH(MergeFirst)(frame, sums, count);
+    MergeFirst(frame, sums, count);
 }
 
 void merge_add(const uint8_t* frame, int* sums, size_t count) {
-    HWY_DYNAMIC_DISPATCH(MergeAdd)(frame, sums, count);
+    MergeAdd(frame, sums, count);
 }
 
 void merged_low_bytes(const int* sums, uint8_t* frame, size_t count) {
-    HWY_DYNAMIC_DISPATCH(MergedLowBytes)(sums, frame, count);
+    MergedLowBytes(sums, frame, count);
 }
 
 void merged_mean(const int* sums, uint8_t* frame, size_t count, int frames) {
-    HWY_DYNAMIC_DISPATCH(MergedMean)(sums, frame, count, frames);
+    MergedMean(sums, frame, count, frames);
 }
 
 uint32_t luma_sum(const uint8_t* plane, size_t pixels) {
-    return HWY_DYNAMIC_DISPATCH(LumaSum)(plane, pixels);
+    return LumaSum(plane, pixels);
 }
 
 uint32_t luma_sum_yuyv(const uint8_t* yuyv, size_t pixels) {
-    return HWY_DYNAMIC_DISPATCH(LumaSumYuyv)(yuyv, pixels);
-}
-
-int mean_luma(uint32_t sum, uint32_t area) {
-    if (area == 0) {
-        return 0;
-    }
-    // In 64 bits, where -2^31 / -1 has an answer.
-    return static_cast<int>(int64_t{static_cast<int32_t>(sum)} / int64_t{static_cast<int32_t>(area)});
+    return LumaSumYuyv(yuyv, pixels);
 }
 
 }  // namespace korvane
+
 #endif

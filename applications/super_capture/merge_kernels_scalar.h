@@ -1,4 +1,4 @@
-// The plain twins of merge_kernels.h.
+// The scalar twins of merge_kernels.h.
 #ifndef KORVANE_APPLICATIONS_SUPER_CAPTURE_MERGE_KERNELS_SCALAR_H_
 #define KORVANE_APPLICATIONS_SUPER_CAPTURE_MERGE_KERNELS_SCALAR_H_
 

@@ -242,18 +242,18 @@ TEST(Fast16, SizesAndPointersOfNoImage) {
     const Picture picture = flat(8, 8, 3);
     const FastParams params = {0, 1, 2, 0, 3, 3};
     std::vector<KeyPoint> keypoints(1);
-    constexpr Point kSizes[] = {{0, 8}, {8, 0}, {-8, -8}, {kMin, kMin}, {kMax, 6}, {kMax, kMax}, {6, kMax / 8}, {8, 8}};
-    for (const Point& size : kSizes) {
-        const bool isPicture = size == Point{8, 8};
-        const FastParams all = isPicture ? params : FastParams{0, 1, 2, 0, kMax / 2, 0};
+    const FastParams wide = {0, 1, 2, 0, kMax / 2, 0};
+    for (const auto& [width, height] :
+         {Point{0, 8}, {8, 0}, {-8, -8}, {kMin, kMin}, {kMax, 6}, {kMax, kMax}, {6, kMax / 8}, {8, 8}}) {
         keypoints.assign(1, {1, 1, nullptr});
-        fast16(picture.pixels.data(), keypoints, size.first, size.second, &all);
-        EXPECT_TRUE(keypoints.empty()) << size.first << " x " << size.second;
+        fast16(picture.pixels.data(), keypoints, width, height, width == 8 && height == 8 ? &params : &wide);
+        EXPECT_TRUE(keypoints.empty()) << width << " x " << height;
     }
-    keypoints.assign(1, {1, 1, nullptr});
-    fast16(nullptr, keypoints, 8, 8, &params);
-    EXPECT_TRUE(keypoints.empty());
-    fast16(picture.pixels.data(), keypoints, 8, 8, nullptr);
+    for (const unsigned char* pixels : {static_cast<const unsigned char*>(nullptr), picture.pixels.data()}) {
+        keypoints.assign(1, {1, 1, nullptr});
+        fast16(pixels, keypoints, 8, 8, pixels == nullptr ? &params : nullptr);
+        EXPECT_TRUE(keypoints.empty());
+    }
 }
 
 TEST(MakeOffsets, WrapsThreeCirclesAndNoOther) {

@@ -17,7 +17,7 @@
 namespace {
 
 using Bytes = std::vector<unsigned char>;
-using Pass = void (*)(const unsigned char*, unsigned char*, int, int, int);
+using Pass = void (*)(unsigned char*, unsigned char*, int, int, int);
 
 size_t index(int i, size_t step) {
     return static_cast<size_t>(i) * step;
@@ -144,11 +144,7 @@ TEST(GaussBlur, NothingHappensWithoutAnImage) {
         box_blur(src, dst, width, height, 1);
         gauss_blur(src, dst, width, height, 1);
     }
-    for (const auto function : {box_blur, gauss_blur}) {
-        function(nullptr, dst, 2, 2, 1);
-        function(src, nullptr, 2, 2, 1);
-    }
-    for (const auto function : {box_blurH, box_blurV}) {
+    for (const auto function : {box_blur, gauss_blur, box_blurH, box_blurV}) {
         function(nullptr, dst, 2, 2, 1);
         function(src, nullptr, 2, 2, 1);
     }

@@ -85,14 +85,15 @@ Values random_image(Size size, uint32_t seed) {
 void expect_model(Size size, unsigned int dim, const Values& img) {
     SCOPED_TRACE(testing::Message() << size.rows << " x " << size.cols << ", " << dim << " slots");
     const Model model(img, size, (static_cast<size_t>(dim) + 255) / 256);
-    std::vector<long> expected(dim + 1, std::numeric_limits<long>::max());
+    std::vector<long> steps(dim + 1, std::numeric_limits<long>::max());
+    std::vector<long> expected = steps;
+    std::vector<char> counts(dim + 1, static_cast<char>(-1));
+    std::vector<char> expectedCounts = counts;
     std::vector<double> weights(dim + 1, 1e9);
     double dot = 0;
     for (size_t i = 0; i < dim; ++i) {
         weights[i] = 1.0 / static_cast<double>(i + 3);
     }
-    std::vector<char> counts(dim + 1, static_cast<char>(-1));
-    std::vector<char> expectedCounts = counts;
     for (const size_t slot : model.slots) {
         if (slot < dim) {
             expected[slot] = std::numeric_limits<long>::min();
@@ -100,23 +101,19 @@ void expect_model(Size size, unsigned int dim, const Values& img) {
             dot += weights[slot];
         }
     }
-
-    Values used = img;
-    lbp_pyr_features(counts.data(), dim, used.data(), size.rows, size.cols);
+    const auto with_image = [&](const auto& action) {
+        Values used = img;
+        action(used.data());
+        EXPECT_EQ(used, model.image);
+    };
+    with_image([&](unsigned int* used) { lbp_pyr_features(counts.data(), dim, used, size.rows, size.cols); });
     EXPECT_EQ(counts, expectedCounts);
-    EXPECT_EQ(used, model.image);
-
-    std::vector<long> steps(dim + 1, std::numeric_limits<long>::max());
-    used = img;
-    lbp_pyr_addvec(steps.data(), dim, used.data(), size.rows, size.cols);
+    with_image([&](unsigned int* used) { lbp_pyr_addvec(steps.data(), dim, used, size.rows, size.cols); });
     EXPECT_EQ(steps, expected);
-    used = img;
-    lbp_pyr_subvec(steps.data(), dim, used.data(), size.rows, size.cols);
+    with_image([&](unsigned int* used) { lbp_pyr_subvec(steps.data(), dim, used, size.rows, size.cols); });
     EXPECT_EQ(steps, std::vector<long>(dim + 1, std::numeric_limits<long>::max()));
-
-    used = img;
-    EXPECT_EQ(lbp_pyr_dotprod(weights.data(), dim, used.data(), size.rows, size.cols), dot);
-    EXPECT_EQ(used, model.image);
+    with_image(
+        [&](unsigned int* used) { EXPECT_EQ(lbp_pyr_dotprod(weights.data(), dim, used, size.rows, size.cols), dot); });
 }
 
 void expect_sparse_model(Size size, unsigned int entries, const Values& img) {

@@ -5,8 +5,12 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <iterator>
 #include <limits>
+#include <numeric>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "applications/gif_maker/cell_pixels.h"
@@ -37,25 +41,44 @@ std::vector<Color> palette_of(const Pixels& pixels, int32_t colorCount) {
     return quantizer.getPalette(colorCount);
 }
 
+using Sum = std::array<double, 3>;
+
+Sum sum_of(const Pixels& pixels) {
+    Sum total = {};
+    for (const Pixel& pixel : pixels) {
+        std::transform(pixel.begin(), pixel.end(), total.begin(), total.begin(), std::plus<double>());
+    }
+    return total;
+}
+
+Pixel mean_of(const Pixels& pixels) {
+    const Sum total = sum_of(pixels);
+    const int count = std::max(1, static_cast<int>(pixels.size()));
+    return {static_cast<int>(total[0]) / count, static_cast<int>(total[1]) / count, static_cast<int>(total[2]) / count};
+}
+
+double squares_per_pixel(const Pixels& pixels) {
+    const Sum total = sum_of(pixels);
+    return std::inner_product(total.begin(), total.end(), total.begin(), 0.0) / static_cast<double>(pixels.size());
+}
+
+int distance_of(const Pixel& a, const Pixel& b) {
+    return (a[0] - b[0]) * (a[0] - b[0]) + (a[1] - b[1]) * (a[1] - b[1]) + (a[2] - b[2]) * (a[2] - b[2]);
+}
+
 // Wu's method from its definitions: boxes are lists of pixels, and every plane of every box is tried by adding up what
 // lies on its two sides. Sums stay below 2^24, so that single precision would be exact too.
 class ExhaustiveSplitter {
   public:
-    explicit ExhaustiveSplitter(const Pixels& pixels) : m_Pixels(pixels) {
-        m_Boxes.push_back({pixels, {0, 0, 0}, {32, 32, 32}});
-    }
+    explicit ExhaustiveSplitter(const Pixels& pixels) : m_Pixels(pixels), m_Boxes{{pixels, {0, 0, 0}, {32, 32, 32}}} {}
 
     std::vector<Color> palette(size_t colorCount) {
         while (m_Boxes.size() < colorCount) {
             const auto next = std::max_element(m_Boxes.begin(), m_Boxes.end(),
                                                [](const Box& a, const Box& b) { return a.variance < b.variance; });
-            if (m_Boxes.size() > 1 && next->variance <= 0) {
+            const bool isFirst = m_Boxes.size() == 1;
+            if ((!isFirst && next->variance <= 0) || (!split(static_cast<size_t>(next - m_Boxes.begin())) && isFirst)) {
                 break;
-            }
-            if (!split(static_cast<size_t>(next - m_Boxes.begin()))) {
-                if (m_Boxes.size() == 1) {
-                    break;
-                }
             }
         }
         return means();
@@ -64,64 +87,42 @@ class ExhaustiveSplitter {
   private:
     struct Box {
         Pixels pixels;
-        std::array<int, 3> above;  // cells greater than this
-        std::array<int, 3> upTo;
+        Pixel above;  // cells greater than this
+        Pixel upTo;
         double variance = 0;
     };
 
-    static int cell(int channel) { return channel / 8 + 1; }
-
-    static std::array<double, 3> sum(const Pixels& pixels) {
-        std::array<double, 3> total = {};
-        for (const Pixel& pixel : pixels) {
-            for (size_t axis = 0; axis < 3; ++axis) {
-                total[axis] += pixel[axis];
-            }
-        }
-        return total;
-    }
-
-    static double squares_per_pixel(const Pixels& pixels) {
-        const std::array<double, 3> total = sum(pixels);
-        return (total[0] * total[0] + total[1] * total[1] + total[2] * total[2]) / static_cast<double>(pixels.size());
-    }
-
     static double variance(const Box& box) {
-        bool isOneCell = true;
         double squares = 0;
-        for (size_t axis = 0; axis < 3; ++axis) {
-            isOneCell = isOneCell && box.upTo[axis] - box.above[axis] == 1;
-            for (const Pixel& pixel : box.pixels) {
-                squares += pixel[axis] * pixel[axis];
-            }
+        for (const Pixel& pixel : box.pixels) {
+            squares += distance_of(pixel, {0, 0, 0});
         }
+        const bool isOneCell = distance_of(box.above, box.upTo) == 3;  // cells differ by at least 1 on each axis
         return isOneCell ? 0 : squares - squares_per_pixel(box.pixels);
     }
 
-    static std::array<Pixels, 2> parted(const Box& box, size_t axis, int plane) {
-        std::array<Pixels, 2> parts;
+    static std::array<Box, 2> parted(const Box& box, size_t axis, int plane) {
+        std::array<Box, 2> parts = {Box{{}, box.above, box.upTo}, Box{{}, box.above, box.upTo}};
+        parts[0].upTo[axis] = parts[1].above[axis] = plane;
         for (const Pixel& pixel : box.pixels) {
-            parts[cell(pixel[axis]) > plane ? 1 : 0].push_back(pixel);
+            parts[pixel[axis] / 8 + 1 > plane ? 1 : 0].pixels.push_back(pixel);
         }
         return parts;
     }
 
     bool split(size_t index) {
-        const Box whole = m_Boxes[index];
         double best = 0;
-        size_t bestAxis = 0;
-        int bestPlane = 0;
+        std::array<Box, 2> bestParts;
         for (size_t axis = 0; axis < 3; ++axis) {
-            for (int plane = whole.above[axis] + 1; plane < whole.upTo[axis]; ++plane) {
-                const std::array<Pixels, 2> parts = parted(whole, axis, plane);
-                if (parts[0].empty() || parts[1].empty()) {
+            for (int plane = m_Boxes[index].above[axis] + 1; plane < m_Boxes[index].upTo[axis]; ++plane) {
+                std::array<Box, 2> parts = parted(m_Boxes[index], axis, plane);
+                if (parts[0].pixels.empty() || parts[1].pixels.empty()) {
                     continue;
                 }
-                const double score = squares_per_pixel(parts[0]) + squares_per_pixel(parts[1]);
+                const double score = squares_per_pixel(parts[0].pixels) + squares_per_pixel(parts[1].pixels);
                 if (score > best) {
                     best = score;
-                    bestAxis = axis;
-                    bestPlane = plane;
+                    bestParts = std::move(parts);
                 }
             }
         }
@@ -129,43 +130,29 @@ class ExhaustiveSplitter {
             m_Boxes[index].variance = 0;
             return false;
         }
-        const std::array<Pixels, 2> parts = parted(whole, bestAxis, bestPlane);
-        Box lower = {parts[0], whole.above, whole.upTo};
-        Box upper = {parts[1], whole.above, whole.upTo};
-        lower.upTo[bestAxis] = bestPlane;
-        upper.above[bestAxis] = bestPlane;
-        lower.variance = variance(lower);
-        upper.variance = variance(upper);
-        m_Boxes[index] = lower;
-        m_Boxes.push_back(upper);
+        for (Box& part : bestParts) {
+            part.variance = variance(part);
+        }
+        m_Boxes[index] = bestParts[0];
+        m_Boxes.push_back(bestParts[1]);
         return true;
     }
 
     std::vector<Color> means() const {
         std::vector<Pixels> groups(m_Boxes.size());
+        Pixels centres;
+        std::transform(m_Boxes.begin(), m_Boxes.end(), std::back_inserter(centres),
+                       [](const Box& box) { return mean_of(box.pixels); });
         for (const Pixel& pixel : m_Pixels) {
-            size_t nearest = 0;
-            int nearestDistance = kMax;
-            for (size_t k = 0; k < m_Boxes.size(); ++k) {
-                const std::array<double, 3> total = sum(m_Boxes[k].pixels);
-                int distance = 0;
-                for (size_t axis = 0; axis < 3; ++axis) {
-                    const int mean = static_cast<int>(total[axis]) / static_cast<int>(m_Boxes[k].pixels.size());
-                    distance += (mean - pixel[axis]) * (mean - pixel[axis]);
-                }
-                if (distance < nearestDistance) {
-                    nearestDistance = distance;
-                    nearest = k;
-                }
-            }
-            groups[nearest].push_back(pixel);
+            const auto nearest = std::min_element(centres.begin(), centres.end(), [&](const Pixel& a, const Pixel& b) {
+                return distance_of(a, pixel) < distance_of(b, pixel);
+            });
+            groups[static_cast<size_t>(nearest - centres.begin())].push_back(pixel);
         }
         std::vector<Color> colors;
         for (const Pixels& group : groups) {
-            const std::array<double, 3> total = sum(group);
-            const int count = std::max(1, static_cast<int>(group.size()));
-            colors.push_back({static_cast<int>(total[0]) / count, static_cast<int>(total[1]) / count,
-                              static_cast<int>(total[2]) / count, 255});
+            const Pixel mean = mean_of(group);
+            colors.push_back({mean[0], mean[1], mean[2], 255});
         }
         return colors;
     }
@@ -206,7 +193,7 @@ Pixels photo() {
 void expect_exhaustive_palettes(const Pixels& pixels) {
     for (const int colorCount : {1, 2, 3, 7, 16, 64, 512}) {
         EXPECT_EQ(palette_of(pixels, colorCount), ExhaustiveSplitter(pixels).palette(static_cast<size_t>(colorCount)))
-            << colorCount << " colours";
+            << colorCount << " colors";
     }
 }
 
@@ -231,45 +218,32 @@ TEST(ColorQuantizer, EqualsTheExhaustiveSplitterOnTinyImages) {
 
 // The same bits on every processor and in every vector form: sums and scores have one order of evaluation.
 TEST(ColorQuantizer, PhotoPalettesAreTheSameEverywhere) {
-    struct Case {
-        int colorCount;
-        size_t entries;
-        uint64_t digest;
-    };
-    constexpr Case kCases[] = {{2, 2, 0x346C748F23DF5C85},
-                               {16, 16, 0x729D200186F07BAE},
-                               {256, 256, 0xC4A5F9D043AFD84D},
-                               {512, 512, 0x5A97F58C0E12AC5D}};
+    const std::pair<int, uint64_t> digests[] = {
+        {2, 0x346C748F23DF5C85}, {16, 0x729D200186F07BAE}, {256, 0xC4A5F9D043AFD84D}, {512, 0x5A97F58C0E12AC5D}};
     const Pixels pixels = photo();
+    std::vector<Color> palette;
     for_each_simd_target([&](const std::string&) {
-        double lastError = std::numeric_limits<double>::max();
-        for (const Case& expected : kCases) {
-            const std::vector<Color> palette = palette_of(pixels, expected.colorCount);
+        for (const auto& [colorCount, expected] : digests) {
+            palette = palette_of(pixels, colorCount);
             uint64_t digest = 0xCBF29CE484222325U;
             for (const Color& color : palette) {
                 for (const int32_t channel : {color.red, color.green, color.blue, color.alpha}) {
                     digest = (digest ^ static_cast<uint64_t>(channel)) * 0x100000001B3U;
                 }
             }
-            EXPECT_EQ(palette.size(), expected.entries);
-            EXPECT_EQ(digest, expected.digest) << std::hex << digest;
-
-            double error = 0;
-            for (const Pixel& pixel : pixels) {
-                int nearest = kMax;
-                for (const Color& color : palette) {
-                    const int red = pixel[0] - color.red;
-                    const int green = pixel[1] - color.green;
-                    const int blue = pixel[2] - color.blue;
-                    nearest = std::min(nearest, red * red + green * green + blue * blue);
-                }
-                error += nearest;
-            }
-            EXPECT_LT(error, lastError);
-            lastError = error;
+            EXPECT_EQ(palette.size(), static_cast<size_t>(colorCount));
+            EXPECT_EQ(digest, expected) << std::hex << digest;
         }
-        EXPECT_LT(lastError / static_cast<double>(pixels.size()), 21.5) << "mean squared error of 512 colours";
     });
+    double error = 0;
+    for (const Pixel& pixel : pixels) {
+        int nearest = kMax;
+        for (const Color& color : palette) {
+            nearest = std::min(nearest, distance_of(pixel, {color.red, color.green, color.blue}));
+        }
+        error += nearest;
+    }
+    EXPECT_LT(error / static_cast<double>(pixels.size()), 21.5) << "mean squared error of 512 colors";
 }
 
 using Sums = std::array<std::vector<int64_t>, 4>;
@@ -330,7 +304,7 @@ TEST(PaletteRefinement, EqualsThePlainSearch) {
     });
 }
 
-TEST(ColorQuantizer, FewColours) {
+TEST(ColorQuantizer, FewColors) {
     EXPECT_THAT(palette_of(Pixels(50, {12, 200, 255}), 256), testing::ElementsAre(Color{12, 200, 255, 255}));
     EXPECT_THAT(palette_of(Pixels(50, {0, 0, 0}), 256), testing::ElementsAre(Color{0, 0, 0, 255}));
     // Two colours of one cell cannot be told apart.

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/guarded_bytes.h"
 #include "tests/support/random_bytes.h"
 #include "tests/support/simd_targets.h"
 
@@ -48,12 +49,16 @@ Yuv encoded(const unsigned char* rgb) {
     return {yr[r] + yg[g] + yb[b] + 16, ur[r] + ug[g] + b439[b], b439[r] + vg[g] + vb[b]};
 }
 
-void decode(unsigned char y, unsigned char u, unsigned char v, unsigned char* rgb) {
+void decode_pixel(unsigned char y, unsigned char u, unsigned char v, unsigned char* rgb) {
     static const Terms light(1.164, 16), rv(1.596, 128), gv(0.813, 128), gu(0.391, 128), bu(2.018, 128);
     const int channels[] = {light[y] + rv[v], light[y] - gv[v] - gu[u], light[y] + bu[u]};
     std::transform(std::begin(channels), std::end(channels), rgb,
                    [](int value) { return static_cast<unsigned char>(std::clamp(value, 0, 255)); });
 }
+
+struct Sample {
+    size_t plane, at;
+};
 
 // Where the samples of one group of consecutive pixels lie, and how the chroma of a group is weighed.
 struct Layout {
@@ -61,141 +66,85 @@ struct Layout {
     size_t pixels;
     std::array<size_t, 3> planeBytes;
     size_t yStep;
-    size_t uPlane, uAt, vPlane, vAt;
+    Sample uSample, vSample;
     std::array<int, 4> vWeights;
     std::function<int(const unsigned char* rgb, const Planes& yuv, int width, int height)> encode;
     std::function<int(const Planes& yuv, unsigned char* rgb, int width, int height)> decode;
 
     size_t planes() const { return 3 - static_cast<size_t>(std::count(planeBytes.begin(), planeBytes.end(), 0U)); }
-};
-
-template <auto kFunction>
-int encode_packed(const unsigned char* rgb, const Planes& yuv, int width, int height) {
-    return kFunction(rgb, yuv[0], width, height);
-}
-template <auto kFunction>
-int decode_packed(const Planes& yuv, unsigned char* rgb, int width, int height) {
-    return kFunction(yuv[0], rgb, width, height);
-}
-template <auto kFunction>
-int encode_planar(const unsigned char* rgb, const Planes& yuv, int width, int height) {
-    return kFunction(rgb, yuv[0], yuv[1], yuv[2], width, height);
-}
-template <auto kFunction>
-int decode_planar(const Planes& yuv, unsigned char* rgb, int width, int height) {
-    return kFunction(yuv[0], yuv[1], yuv[2], rgb, width, height);
-}
-template <auto kFunction>
-int decode_semi_planar(const Planes& yuv, unsigned char* rgb, int width, int height) {
-    return kFunction(yuv[0], yuv[1], rgb, width, height);
-}
-int encode_nv12(const unsigned char* rgb, const Planes& yuv, int width, int height) {
-    return color_convert_rgb2nv12(rgb, yuv[0], yuv[1], width, height);
-}
-
-const std::vector<Layout> kLayouts = {
-    {"yuv",
-     1,
-     {3, 0, 0},
-     1,
-     0,
-     1,
-     0,
-     2,
-     {1, 0, 0, 0},
-     encode_packed<color_convert_rgb2yuv>,
-     decode_packed<color_convert_yuv2rgb>},
-    {"yuyv",
-     2,
-     {4, 0, 0},
-     2,
-     0,
-     1,
-     0,
-     3,
-     {1, 1, 0, 0},
-     encode_packed<color_convert_rgb2yuyv>,
-     decode_packed<color_convert_yuyv2rgb>},
-    {"yvyu",
-     2,
-     {4, 0, 0},
-     2,
-     0,
-     3,
-     0,
-     1,
-     {1, 1, 0, 0},
-     encode_packed<color_convert_rgb2yvyu>,
-     decode_packed<color_convert_yvyu2rgb>},
-    {"yuv422p",
-     2,
-     {2, 1, 1},
-     1,
-     1,
-     0,
-     2,
-     0,
-     {1, 1, 0, 0},
-     encode_planar<color_convert_rgb2yuv422p>,
-     decode_planar<color_convert_yuv422p2rgb>},
-    {"yv12oryu12",
-     4,
-     {4, 1, 1},
-     1,
-     1,
-     0,
-     2,
-     0,
-     {1, 1, 1, 1},
-     encode_planar<color_convert_rgb2yv12oryu12>,
-     decode_planar<color_convert_yv12oryu122rgb>},
-    {"nv12", 4, {4, 2, 0}, 1, 1, 0, 1, 1, {2, 0, 1, 1}, encode_nv12, decode_semi_planar<color_convert_nv122rgb>},
-    {"nv21", 4, {4, 2, 0}, 1, 1, 1, 1, 0, {}, nullptr, decode_semi_planar<color_convert_nv212rgb>},
-};
-
-// A buffer of exactly the documented size, off alignment by `shift` bytes, between guards.
-class Guarded {
-  public:
-    Guarded(size_t size, size_t shift) : m_Bytes(kGuard + shift + size + kGuard, 0xA5), m_Start(kGuard + shift) {}
-
-    unsigned char* data() { return m_Bytes.data() + m_Start; }
-    Bytes content() const { return Bytes(m_Bytes.begin() + begin(), m_Bytes.end() - kGuard); }
-    bool guardsHold() const {
-        const auto untouched = [](unsigned char byte) { return byte == 0xA5; };
-        return std::all_of(m_Bytes.begin(), m_Bytes.begin() + begin(), untouched) &&
-               std::all_of(m_Bytes.end() - kGuard, m_Bytes.end(), untouched);
+    size_t at(const Sample& sample, size_t group) const { return group * planeBytes[sample.plane] + sample.at; }
+    unsigned char& u(const Planes& yuv, size_t group) const { return yuv[uSample.plane][at(uSample, group)]; }
+    unsigned char& v(const Planes& yuv, size_t group) const { return yuv[vSample.plane][at(vSample, group)]; }
+    unsigned char& y(const Planes& yuv, size_t group, size_t k) const {
+        return yuv[0][group * planeBytes[0] + k * yStep];
     }
-
-  private:
-    static constexpr ptrdiff_t kGuard = 256;
-    ptrdiff_t begin() const { return static_cast<ptrdiff_t>(m_Start); }
-
-    Bytes m_Bytes;
-    size_t m_Start;
 };
 
-// Runs a conversion of `groups` groups and `spare` pixels too few for another, and expects exactly these outputs.
+template <auto kFunction, size_t kPlanes>
+int encode(const unsigned char* rgb, const Planes& yuv, int width, int height) {
+    if constexpr (kPlanes == 1) {
+        return kFunction(rgb, yuv[0], width, height);
+    } else if constexpr (kPlanes == 2) {
+        return kFunction(rgb, yuv[0], yuv[1], width, height);
+    } else {
+        return kFunction(rgb, yuv[0], yuv[1], yuv[2], width, height);
+    }
+}
+
+template <auto kFunction, size_t kPlanes>
+int decode(const Planes& yuv, unsigned char* rgb, int width, int height) {
+    if constexpr (kPlanes == 1) {
+        return kFunction(yuv[0], rgb, width, height);
+    } else if constexpr (kPlanes == 2) {
+        return kFunction(yuv[0], yuv[1], rgb, width, height);
+    } else {
+        return kFunction(yuv[0], yuv[1], yuv[2], rgb, width, height);
+    }
+}
+
+// clang-format off
+const std::vector<Layout> kLayouts = {
+    {"yuv", 1, {3, 0, 0}, 1, {0, 1}, {0, 2}, {1, 0, 0, 0},
+     encode<color_convert_rgb2yuv, 1>, decode<color_convert_yuv2rgb, 1>},
+    {"yuyv", 2, {4, 0, 0}, 2, {0, 1}, {0, 3}, {1, 1, 0, 0},
+     encode<color_convert_rgb2yuyv, 1>, decode<color_convert_yuyv2rgb, 1>},
+    {"yvyu", 2, {4, 0, 0}, 2, {0, 3}, {0, 1}, {1, 1, 0, 0},
+     encode<color_convert_rgb2yvyu, 1>, decode<color_convert_yvyu2rgb, 1>},
+    {"yuv422p", 2, {2, 1, 1}, 1, {1, 0}, {2, 0}, {1, 1, 0, 0},
+     encode<color_convert_rgb2yuv422p, 3>, decode<color_convert_yuv422p2rgb, 3>},
+    {"yv12oryu12", 4, {4, 1, 1}, 1, {1, 0}, {2, 0}, {1, 1, 1, 1},
+     encode<color_convert_rgb2yv12oryu12, 3>, decode<color_convert_yv12oryu122rgb, 3>},
+    {"nv12", 4, {4, 2, 0}, 1, {1, 0}, {1, 1}, {2, 0, 1, 1},
+     encode<color_convert_rgb2nv12, 2>, decode<color_convert_nv122rgb, 2>},
+    {"nv21", 4, {4, 2, 0}, 1, {1, 1}, {1, 0}, {}, nullptr, decode<color_convert_nv212rgb, 2>},
+};
+// clang-format on
+
+// Runs a conversion into buffers of exactly these sizes, and expects exactly these outputs.
 void expect_outputs(const std::vector<Bytes>& expected, size_t shift,
                     const std::function<int(const Planes& out)>& convert) {
-    std::vector<Guarded> buffers;
+    std::vector<GuardedBytes> buffers;
     Planes out = {};
-    for (const Bytes& plane : expected) {
-        buffers.emplace_back(plane.size(), shift);
+    for (size_t i = 0; i < expected.size(); ++i) {
+        buffers.emplace_back(Bytes(expected[i].size(), 0xA5), shift);
     }
     for (size_t i = 0; i < expected.size(); ++i) {
         out[i] = buffers[i].data();
     }
     ASSERT_EQ(convert(out), expected[0].empty() ? 0 : 1);
     for (size_t i = 0; i < expected.size(); ++i) {
-        ASSERT_TRUE(buffers[i].guardsHold()) << "plane " << i;
-        ASSERT_TRUE(buffers[i].content() == expected[i]) << "plane " << i;
+        ASSERT_TRUE(buffers[i].intact() && buffers[i].content() == expected[i]) << "plane " << i;
     }
 }
 
 std::vector<Bytes> reference_encode(const Layout& layout, const unsigned char* rgb, size_t groups) {
     std::vector<Bytes> planes;
+    Planes yuv = {};
     for (size_t p = 0; p < layout.planes(); ++p) {
         planes.emplace_back(groups * layout.planeBytes[p]);
+    }
+    for (size_t p = 0; p < layout.planes(); ++p) {
+        yuv[p] = planes[p].data();
     }
     const int count = static_cast<int>(layout.pixels);
     for (size_t i = 0; i < groups; ++i) {
@@ -203,14 +152,12 @@ std::vector<Bytes> reference_encode(const Layout& layout, const unsigned char* r
         int v = u;
         for (size_t k = 0; k < layout.pixels; ++k, rgb += 3) {
             const Yuv pixel = encoded(rgb);
-            planes[0][i * layout.planeBytes[0] + k * layout.yStep] = static_cast<unsigned char>(pixel.y);
+            layout.y(yuv, i, k) = static_cast<unsigned char>(pixel.y);
             u += pixel.u;
             v += layout.vWeights[k] * pixel.v;
         }
-        planes[layout.uPlane][i * layout.planeBytes[layout.uPlane] + layout.uAt] =
-            static_cast<unsigned char>(u / count);
-        planes[layout.vPlane][i * layout.planeBytes[layout.vPlane] + layout.vAt] =
-            static_cast<unsigned char>(v / count);
+        layout.u(yuv, i) = static_cast<unsigned char>(u / count);
+        layout.v(yuv, i) = static_cast<unsigned char>(v / count);
     }
     return planes;
 }
@@ -218,11 +165,8 @@ std::vector<Bytes> reference_encode(const Layout& layout, const unsigned char* r
 Bytes reference_decode(const Layout& layout, const Planes& yuv, size_t groups) {
     Bytes rgb(groups * layout.pixels * 3);
     for (size_t i = 0; i < groups; ++i) {
-        const unsigned char u = yuv[layout.uPlane][i * layout.planeBytes[layout.uPlane] + layout.uAt];
-        const unsigned char v = yuv[layout.vPlane][i * layout.planeBytes[layout.vPlane] + layout.vAt];
         for (size_t k = 0; k < layout.pixels; ++k) {
-            const unsigned char y = yuv[0][i * layout.planeBytes[0] + k * layout.yStep];
-            decode(y, u, v, &rgb[(i * layout.pixels + k) * 3]);
+            decode_pixel(layout.y(yuv, i, k), layout.u(yuv, i), layout.v(yuv, i), &rgb[(i * layout.pixels + k) * 3]);
         }
     }
     return rgb;
@@ -259,20 +203,11 @@ const std::vector<Simple> kSimple = {
     {"yuv2gray", 1, 1, color_convert_yuv2gray, [](In in, Out out) { *out = *in; }},
 };
 
-// Every count up to a few of the widest vectors, then some that run through many blocks.
-std::vector<size_t> pixel_counts() {
-    std::vector<size_t> counts;
-    for (size_t n = 0; n <= 290; ++n) {
-        counts.push_back(n);
-    }
-    counts.insert(counts.end(), {511, 1023, 1024, 2051, 4099});
-    return counts;
-}
-
 TEST(ColorConvertFunctions, AllCountsOnAllTargets) {
     const Bytes source = random_bytes(3 * 4100 * 4 + 8, 7);
     for_each_simd_target([&source](const std::string&) {
-        for (const size_t pixels : pixel_counts()) {
+        // Every count up to a few of the widest vectors, then some that run through many blocks.
+        for (size_t pixels = 0; pixels <= 4099; pixels += pixels < 290 ? 1 : 127) {
             if (testing::Test::HasFatalFailure()) {
                 return;
             }
@@ -280,7 +215,7 @@ TEST(ColorConvertFunctions, AllCountsOnAllTargets) {
             const size_t shift = pixels % 5;
             for (const Simple& simple : kSimple) {
                 SCOPED_TRACE(testing::Message() << simple.name << " of " << pixels);
-                const Bytes in(source.begin(), source.begin() + static_cast<ptrdiff_t>(pixels * simple.in));
+                const Bytes in(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(pixels * simple.in));
                 Bytes expected(pixels * simple.out);
                 for (size_t i = 0; i < pixels; ++i) {
                     simple.pixel(&in[i * simple.in], &expected[i * simple.out]);
@@ -295,15 +230,15 @@ TEST(ColorConvertFunctions, AllCountsOnAllTargets) {
                 std::array<Bytes, 3> in;
                 Planes yuv = {};
                 for (size_t p = 0; p < 3; ++p) {
-                    const auto first = source.begin() + static_cast<ptrdiff_t>(p * 9000 + shift);
-                    in[p] = Bytes(first, first + static_cast<ptrdiff_t>(groups * layout.planeBytes[p]) + 1);
+                    const auto first = source.begin() + static_cast<std::ptrdiff_t>(p * 9000 + shift);
+                    in[p] = Bytes(first, first + static_cast<std::ptrdiff_t>(groups * layout.planeBytes[p]) + 1);
                     // One byte of misalignment less than the vector has bytes, so that its end is the buffer's.
                     yuv[p] = in[p].data() + 1 - (groups == 0 ? 1 : 0);
                 }
                 expect_outputs({reference_decode(layout, yuv, groups)}, shift,
                                [&](const Planes& out) { return layout.decode(yuv, out[0], width, 1); });
                 if (layout.encode) {
-                    const Bytes rgb(source.end() - static_cast<ptrdiff_t>(pixels * 3 + 1), source.end());
+                    const Bytes rgb(source.end() - static_cast<std::ptrdiff_t>(pixels * 3 + 1), source.end());
                     expect_outputs(reference_encode(layout, rgb.data() + 1, groups), shift,
                                    [&](const Planes& out) { return layout.encode(rgb.data() + 1, out, width, 1); });
                 }
@@ -323,7 +258,7 @@ Bytes cube_slice(int first) {
     return slice;
 }
 
-TEST(ColorConvertFunctions, EveryColour) {
+TEST(ColorConvertFunctions, EveryColor) {
     const Layout& yuv = kLayouts[0];
     for (int r = 255; r >= 0; r -= kSliceStep) {
         const Bytes rgb = cube_slice(r);
@@ -357,12 +292,10 @@ TEST(ColorConvertFunctions, EveryLumaAndChromaInEveryLayout) {
             for (size_t i = 0; i < 65536; ++i) {
                 const size_t first = static_cast<size_t>(y) + i % kSliceStep * layout.pixels;
                 for (size_t k = 0; k < layout.pixels; ++k) {
-                    const size_t at = i * layout.planeBytes[0] + k * layout.yStep;
-                    yuv[0][at] = static_cast<unsigned char>(first + k);
+                    layout.y(yuv, i, k) = static_cast<unsigned char>(first + k);
                 }
-                yuv[layout.uPlane][i * layout.planeBytes[layout.uPlane] + layout.uAt] =
-                    static_cast<unsigned char>(i >> 8);
-                yuv[layout.vPlane][i * layout.planeBytes[layout.vPlane] + layout.vAt] = static_cast<unsigned char>(i);
+                layout.u(yuv, i) = static_cast<unsigned char>(i >> 8);
+                layout.v(yuv, i) = static_cast<unsigned char>(i);
             }
             const Bytes expected = reference_decode(layout, yuv, 65536);
             Bytes result(expected.size());
@@ -375,7 +308,7 @@ TEST(ColorConvertFunctions, EveryLumaAndChromaInEveryLayout) {
 }
 
 TEST(ColorConvertFunctions, ExtremeChromaSumsDoNotWrap) {
-    // Corners of the colour cube in all arrangements of a quad: the sums reach their ends there.
+    // Corners of the color cube in all arrangements of a quad: the sums reach their ends there.
     Bytes rgb;
     for (int arrangement = 0; arrangement < 4096; ++arrangement) {
         for (int k = 0; k < 4; ++k) {
@@ -448,7 +381,7 @@ TEST(ColorConvertFunctions, RgbaToGrayReadsGreenAndBlueAheadInTheOutput) {
     const Bytes before = random_bytes(302, 12);
     for_each_simd_target([&](const std::string&) {
         for (size_t pixels = 1; pixels <= 300; ++pixels) {
-            Bytes gray(before.begin(), before.begin() + static_cast<ptrdiff_t>(pixels) + 2);
+            Bytes gray(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(pixels) + 2);
             Bytes expected = gray;
             for (size_t i = 0; i < pixels; ++i) {
                 expected[i] = gray_of(rgba[4 * i], expected[i + 1], expected[i + 2]);
@@ -490,7 +423,7 @@ TEST(ColorConvertFunctions, RefuseMissingPointersAndSizesWithoutAGroup) {
     EXPECT_TRUE(a == Bytes(64, 3) && b == a && c == a && d == a);
     // Two negative sizes make a positive product.
     EXPECT_EQ(color_convert_gray2rgb(a.data(), b.data(), -2, -2), 1);
-    EXPECT_EQ(color_convert_yuv2gray(a.data(), c.data(), -2, -2), 0) << "this one looks at each size";
+    EXPECT_EQ(color_convert_yuv2gray(a.data(), c.data(), -2, -2), 0) << "this one tests each size";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "frameworks/images/color_kernels_scalar.h"
+#include "frameworks/images/color_scalar.h"
 
 #include <algorithm>
 
@@ -100,33 +100,35 @@ int32_t sum_of_quad(int32_t (*raw)(const uint8_t*), const uint8_t* rgb) {
     return raw(rgb) + raw(rgb + kRgb) + raw(rgb + 2 * kRgb) + raw(rgb + 3 * kRgb);
 }
 
-void gray2rgb(const uint8_t* gray, uint8_t* rgb, size_t pixels) {
+}  // namespace
+
+void gray2rgb_scalar(const uint8_t* gray, uint8_t* rgb, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgb += kRgb) {
         rgb[0] = rgb[1] = rgb[2] = gray[i];
     }
 }
 
-void gray2rgba(const uint8_t* gray, uint8_t* rgba, size_t pixels) {
+void gray2rgba_scalar(const uint8_t* gray, uint8_t* rgba, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgba += kRgba) {
         rgba[0] = rgba[1] = rgba[2] = gray[i];
         rgba[3] = 255;
     }
 }
 
-void rgb2gray(const uint8_t* rgb, uint8_t* gray, size_t pixels) {
+void rgb2gray_scalar(const uint8_t* rgb, uint8_t* gray, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgb += kRgb) {
         gray[i] = gray_of(rgb[0], rgb[1], rgb[2]);
     }
 }
 
-void rgba2gray(const uint8_t* rgba, uint8_t* gray, size_t pixels) {
-    // Green and blue come from the output, not from rgba[4i + 1] and rgba[4i + 2]: clients were tuned on its pictures.
+void rgba2gray_scalar(const uint8_t* rgba, uint8_t* gray, size_t pixels) {
+    // Green and blue come from the output, not from the source. This is part of the interface.
     for (size_t i = 0; i < pixels; ++i) {
         gray[i] = gray_of(rgba[i * kRgba], gray[i + 1], gray[i + 2]);
     }
 }
 
-void rgb2rgba(const uint8_t* rgb, uint8_t* rgba, size_t pixels) {
+void rgb2rgba_scalar(const uint8_t* rgb, uint8_t* rgba, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgb += kRgb, rgba += kRgba) {
         rgba[0] = rgb[0];
         rgba[1] = rgb[1];
@@ -135,7 +137,7 @@ void rgb2rgba(const uint8_t* rgb, uint8_t* rgba, size_t pixels) {
     }
 }
 
-void rgba2rgb(const uint8_t* rgba, uint8_t* rgb, size_t pixels) {
+void rgba2rgb_scalar(const uint8_t* rgba, uint8_t* rgb, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgba += kRgba, rgb += kRgb) {
         rgb[0] = rgba[0];
         rgb[1] = rgba[1];
@@ -143,7 +145,7 @@ void rgba2rgb(const uint8_t* rgba, uint8_t* rgb, size_t pixels) {
     }
 }
 
-void rgb2yuv(const uint8_t* rgb, uint8_t* yuv, size_t pixels) {
+void rgb2yuv_scalar(const uint8_t* rgb, uint8_t* yuv, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, rgb += kRgb, yuv += 3) {
         const uint8_t y = luma(rgb);
         const uint8_t u = byte(raw_u(rgb) + 128);
@@ -154,15 +156,15 @@ void rgb2yuv(const uint8_t* rgb, uint8_t* yuv, size_t pixels) {
     }
 }
 
-void rgb2yuyv(const uint8_t* rgb, uint8_t* yuyv, size_t pairs) {
+void rgb2yuyv_scalar(const uint8_t* rgb, uint8_t* yuyv, size_t pairs) {
     encode_packed_pairs<1, 3>(rgb, yuyv, pairs);
 }
 
-void rgb2yvyu(const uint8_t* rgb, uint8_t* yvyu, size_t pairs) {
+void rgb2yvyu_scalar(const uint8_t* rgb, uint8_t* yvyu, size_t pairs) {
     encode_packed_pairs<3, 1>(rgb, yvyu, pairs);
 }
 
-void rgb2yuv422p(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t pairs) {
+void rgb2yuv422p_scalar(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t pairs) {
     for (size_t i = 0; i < pairs; ++i, rgb += 2 * kRgb, y += 2) {
         y[0] = luma(rgb);
         y[1] = luma(rgb + kRgb);
@@ -171,7 +173,7 @@ void rgb2yuv422p(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t 
     }
 }
 
-void rgb2yv12oryu12(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t quads) {
+void rgb2yv12oryu12_scalar(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t quads) {
     for (size_t i = 0; i < quads; ++i, rgb += 4 * kRgb, y += 4) {
         luma_of_quad(rgb, y);
         u[i] = mean_of_quad(sum_of_quad(raw_u, rgb));
@@ -179,43 +181,43 @@ void rgb2yv12oryu12(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size
     }
 }
 
-void rgb2nv12(const uint8_t* rgb, uint8_t* y, uint8_t* uv, size_t quads) {
+void rgb2nv12_scalar(const uint8_t* rgb, uint8_t* y, uint8_t* uv, size_t quads) {
     for (size_t i = 0; i < quads; ++i, rgb += 4 * kRgb, y += 4, uv += 2) {
         luma_of_quad(rgb, y);
         uv[0] = mean_of_quad(sum_of_quad(raw_u, rgb));
-        // The first pixel counts twice in place of the second: stored frames and their readers have always had it so.
+        // The first pixel counts twice, the second not at all. This is part of the interface.
         uv[1] = mean_of_quad(2 * raw_v(rgb) + raw_v(rgb + 2 * kRgb) + raw_v(rgb + 3 * kRgb));
     }
 }
 
-void rgb2nv21_rows(const uint8_t* top, const uint8_t* bottom, uint8_t* yTop, uint8_t* yBottom, uint8_t* vu,
-                   size_t pairs) {
+void rgb2nv21_rows_scalar(const uint8_t* top, const uint8_t* bottom, uint8_t* yTop, uint8_t* yBottom, uint8_t* vu,
+                          size_t pairs) {
     for (size_t i = 0; i < pairs; ++i, top += 2 * kRgb, bottom += 2 * kRgb, yTop += 2, yBottom += 2, vu += 2) {
         yTop[0] = luma(top);
         yTop[1] = luma(top + kRgb);
         yBottom[0] = luma(bottom);
         yBottom[1] = luma(bottom + kRgb);
         vu[0] = mean_of_quad(raw_v(top) + raw_v(top + kRgb) + raw_v(bottom) + raw_v(bottom + kRgb));
-        // The top left pixel counts twice in place of the top right one, as in rgb2nv12 for V.
+        // The top left pixel counts twice, the top right one not at all, as in rgb2nv12 for V.
         vu[1] = mean_of_quad(2 * raw_u(top) + raw_u(bottom) + raw_u(bottom + kRgb));
     }
 }
 
-void yuv2rgb(const uint8_t* yuv, uint8_t* rgb, size_t pixels) {
+void yuv2rgb_scalar(const uint8_t* yuv, uint8_t* rgb, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i, yuv += 3, rgb += kRgb) {
         ChromaTerms(yuv[1], yuv[2]).store(yuv[0], rgb);
     }
 }
 
-void yuyv2rgb(const uint8_t* yuyv, uint8_t* rgb, size_t pairs) {
+void yuyv2rgb_scalar(const uint8_t* yuyv, uint8_t* rgb, size_t pairs) {
     decode_packed_pairs<1, 3>(yuyv, rgb, pairs);
 }
 
-void yvyu2rgb(const uint8_t* yvyu, uint8_t* rgb, size_t pairs) {
+void yvyu2rgb_scalar(const uint8_t* yvyu, uint8_t* rgb, size_t pairs) {
     decode_packed_pairs<3, 1>(yvyu, rgb, pairs);
 }
 
-void yuv422p2rgb(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, size_t pairs) {
+void yuv422p2rgb_scalar(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, size_t pairs) {
     for (size_t i = 0; i < pairs; ++i, y += 2, rgb += 2 * kRgb) {
         const ChromaTerms terms(u[i], v[i]);
         terms.store(y[0], rgb);
@@ -223,41 +225,16 @@ void yuv422p2rgb(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* 
     }
 }
 
-void yv12oryu122rgb(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, size_t quads) {
+void yv12oryu122rgb_scalar(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, size_t quads) {
     decode_quads(y, u, v, 1, rgb, quads);
 }
 
-void nv122rgb(const uint8_t* y, const uint8_t* uv, uint8_t* rgb, size_t quads) {
+void nv122rgb_scalar(const uint8_t* y, const uint8_t* uv, uint8_t* rgb, size_t quads) {
     decode_quads(y, uv, uv + 1, 2, rgb, quads);
 }
 
-void nv212rgb(const uint8_t* y, const uint8_t* vu, uint8_t* rgb, size_t quads) {
+void nv212rgb_scalar(const uint8_t* y, const uint8_t* vu, uint8_t* rgb, size_t quads) {
     decode_quads(y, vu + 1, vu, 2, rgb, quads);
 }
-
-}  // namespace
-
-const ColorKernels kColorKernelsScalar = {
-    .gray2rgb = gray2rgb,
-    .gray2rgba = gray2rgba,
-    .rgb2gray = rgb2gray,
-    .rgba2gray = rgba2gray,
-    .rgb2rgba = rgb2rgba,
-    .rgba2rgb = rgba2rgb,
-    .rgb2yuv = rgb2yuv,
-    .yuv2rgb = yuv2rgb,
-    .rgb2yuyv = rgb2yuyv,
-    .rgb2yvyu = rgb2yvyu,
-    .rgb2yuv422p = rgb2yuv422p,
-    .yuyv2rgb = yuyv2rgb,
-    .yvyu2rgb = yvyu2rgb,
-    .yuv422p2rgb = yuv422p2rgb,
-    .rgb2yv12oryu12 = rgb2yv12oryu12,
-    .rgb2nv12 = rgb2nv12,
-    .yv12oryu122rgb = yv12oryu122rgb,
-    .nv122rgb = nv122rgb,
-    .nv212rgb = nv212rgb,
-    .rgb2nv21_rows = rgb2nv21_rows,
-};
 
 }  // namespace korvane

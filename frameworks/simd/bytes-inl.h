@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+// Bytes as 16-bit lanes, and the arithmetic on them that has a form of its own on some processor. For kernel files
+// only: included once for each instruction set.
+//
+// The even bytes of a vector (0, 2, 4 and so on) are one vector of 16-bit lanes, the odd ones another: this takes one
+// instruction each, where a widening in memory order takes several.
+#if defined(KORVANE_FRAMEWORKS_SIMD_BYTES_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KORVANE_FRAMEWORKS_SIMD_BYTES_INL_H_
+#undef KORVANE_FRAMEWORKS_SIMD_BYTES_INL_H_
+#else
+#define KORVANE_FRAMEWORKS_SIMD_BYTES_INL_H_
+#endif
+
+#include <cstddef>
+#include <cstdint>
+
+#include "frameworks/simd/kernel-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace korvane {
+namespace HWY_NAMESPACE {
+namespace {
+
+#if KORVANE_HAS_VECTORS
+
+using ByteTag = hn::ScalableTag<uint8_t>;
+using LaneTag = hn::Repartition<uint16_t, ByteTag>;
+using SignedTag = hn::RebindToSigned<LaneTag>;
+using QuadTag = hn::Repartition<uint32_t, ByteTag>;
+using ByteVector = hn::Vec<ByteTag>;
+using LaneVector = hn::Vec<LaneTag>;
+using SignedVector = hn::Vec<SignedTag>;
+using QuadVector = hn::Vec<QuadTag>;
+
+// `d` is a tag of 16-bit lanes for vectors as long as `bytes`.
+template <class D, class V>
+HWY_INLINE hn::Vec<D> EvenBytes(D d, V bytes) {
+    return hn::And(hn::BitCast(d, bytes), hn::Set(d, 0x00FF));
+}
+
+template <class D, class V>
+HWY_INLINE hn::Vec<D> OddBytes(D d, V bytes) {
+    return hn::ShiftRight<8>(hn::BitCast(d, bytes));
+}
+
+HWY_INLINE LaneVector EvenBytes(ByteVector bytes) {
+    return EvenBytes(LaneTag(), bytes);
+}
+
+HWY_INLINE LaneVector OddBytes(ByteVector bytes) {
+    return OddBytes(LaneTag(), bytes);
+}
+
+// From lanes of values up to 255.
+HWY_INLINE ByteVector JoinedBytes(LaneVector even, LaneVector odd) {
+    return hn::BitCast(ByteTag(), hn::Or(even, hn::ShiftLeft<8>(odd)));
+}
+
+// From the high bytes of the lanes.
+HWY_INLINE ByteVector JoinedHighBytes(LaneVector even, LaneVector odd) {
+    return hn::BitCast(ByteTag(), hn::Or(hn::ShiftRight<8>(even), hn::AndNot(hn::Set(LaneTag(), 0x00FF), odd)));
+}
+
+// The low bytes of the lanes, in memory order; lanes hold values up to 255.
+HWY_INLINE void StoreLowBytes(LaneVector lanes, uint8_t* to) {
+    const hn::Rebind<uint8_t, LaneTag> d;
+    hn::StoreU(hn::DemoteTo(d, hn::BitCast(SignedTag(), lanes)), d, to);
+}
+
+// Each block of 16 bytes by the table.
+HWY_INLINE ByteVector Shuffled(ByteVector bytes, const uint8_t* HWY_RESTRICT table) {
+    return hn::TableLookupBytes(bytes, hn::LoadDup128(ByteTag(), table));
+}
+
+// Pairs of 16-bit lanes in memory order, at any alignment, whatever the pointer type of Highway's functions says.
+HWY_INLINE void LoadLanePairs(const uint8_t* from, LaneVector& even, LaneVector& odd) {
+    hn::LoadInterleaved2(LaneTag(), reinterpret_cast<const uint16_t*>(from), even, odd);
+}
+
+HWY_INLINE void StoreLanePairs(LaneVector even, LaneVector odd, uint8_t* to) {
+    hn::StoreInterleaved2(even, odd, LaneTag(), reinterpret_cast<uint16_t*>(to));
+}
+
+// One value in even lanes and another in odd ones.
+HWY_INLINE SignedVector AlternatingLanes(int16_t even, int16_t odd) {
+    const uint32_t both = static_cast<uint16_t>(even) | static_cast<uint32_t>(static_cast<uint16_t>(odd)) << 16;
+    return hn::BitCast(SignedTag(), hn::Set(QuadTag(), both));
+}
+
+// ---- Operations with a form of their own on some processor
+
+// byte * kMultiplier / 65536, for lanes that hold bytes.
+template <uint16_t kMultiplier>
+HWY_INLINE LaneVector ScaledBytes(LaneVector bytes) {
+    return hn::MulHigh(bytes, hn::Set(LaneTag(), kMultiplier));
+}
+
+// x * multiplier / 65536, truncated toward zero, for a multiplier that is positive.
+HWY_INLINE SignedVector ScaledTowardZero(SignedVector x, SignedVector multipliers) {
+    return hn::Sub(hn::MulHigh(x, multipliers), hn::ShiftRight<15>(x));
+}
+
+HWY_INLINE SignedVector ScaledTowardZero(SignedVector x, int16_t multiplier) {
+    return ScaledTowardZero(x, hn::Set(SignedTag(), multiplier));
+}
+
+// (byte - kOffset) * 2^kShift, for lanes that hold bytes.
+template <int kOffset, int kShift>
+HWY_INLINE SignedVector Centred(LaneVector bytes) {
+    const SignedTag d;
+    return hn::Sub(hn::BitCast(d, hn::ShiftLeft<kShift>(bytes)), hn::Set(d, kOffset << kShift));
+}
+
+#if HWY_ARCH_X86
+
+// One instruction by its name behind the prefix, for the target's vector length.
+#undef KORVANE_X86
+#if HWY_MAX_BYTES == 64
+#define KORVANE_X86(instruction) _mm512_##instruction
+#elif HWY_MAX_BYTES == 32
+#define KORVANE_X86(instruction) _mm256_##instruction
+#else
+#define KORVANE_X86(instruction) _mm_##instruction
+#endif
+
+// The lanes clamped to bytes; in each block of 16 bytes `front` comes before `behind`.
+HWY_INLINE ByteVector ClampedBlocks(SignedVector front, SignedVector behind) {
+    return ByteVector{KORVANE_X86(packus_epi16)(front.raw, behind.raw)};
+}
+
+// The sums of the two products in each lane, of a byte and a signed byte.
+HWY_INLINE SignedVector PairProducts(LaneVector bytes, SignedVector factors) {
+    return SignedVector{KORVANE_X86(maddubs_epi16)(bytes.raw, factors.raw)};
+}
+
+// As Centred, from the even and from the odd bytes of a vector. The other byte of each pair becomes an 8, so that one
+// instruction takes the offset off as well.
+template <int kOffset, int kShift>
+HWY_INLINE SignedVector CentredEven(ByteVector bytes) {
+    constexpr int kFactor = kOffset << kShift >> 3;
+    const LaneTag d;
+    const LaneVector pairs = hn::OrAnd(hn::Set(d, 0x0800), hn::BitCast(d, bytes), hn::Set(d, 0x00FF));
+    return PairProducts(pairs, hn::Set(SignedTag(), -kFactor * 256 + (1 << kShift)));
+}
+
+template <int kOffset, int kShift>
+HWY_INLINE SignedVector CentredOdd(ByteVector bytes) {
+    constexpr int kFactor = kOffset << kShift >> 3;
+    const LaneTag d;
+    const LaneVector pairs = hn::OrAnd(hn::Set(d, 0x0008), hn::BitCast(d, bytes), hn::Set(d, 0xFF00));
+    return PairProducts(pairs, hn::Set(SignedTag(), (256 << kShift) + (256 - kFactor)));
+}
+
+#else
+
+template <int kOffset, int kShift>
+HWY_INLINE SignedVector CentredEven(ByteVector bytes) {
+    return Centred<kOffset, kShift>(EvenBytes(bytes));
+}
+
+template <int kOffset, int kShift>
+HWY_INLINE SignedVector CentredOdd(ByteVector bytes) {
+    return Centred<kOffset, kShift>(OddBytes(bytes));
+}
+
+#endif
+
+#endif
+
+}  // namespace
+}  // namespace HWY_NAMESPACE
+}  // namespace korvane
+HWY_AFTER_NAMESPACE();
+
+#endif  // include guard

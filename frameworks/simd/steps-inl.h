@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+// How kernels walk over counts that are no multiple of a vector. For kernel files only: included once for each
+// instruction set.
+#if defined(KORVANE_FRAMEWORKS_SIMD_STEPS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KORVANE_FRAMEWORKS_SIMD_STEPS_INL_H_
+#undef KORVANE_FRAMEWORKS_SIMD_STEPS_INL_H_
+#else
+#define KORVANE_FRAMEWORKS_SIMD_STEPS_INL_H_
+#endif
+
+#include <cstddef>
+#include <cstdint>
+
+#include "frameworks/simd/kernel-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace korvane {
+namespace HWY_NAMESPACE {
+namespace {
+
+#if KORVANE_HAS_VECTORS
+
+// Calls body(i) for i = begin, begin + step and so on, as long as a whole step fits before `end`. Returns where the
+// rest begins; the scalar twin does it.
+template <class Body>
+HWY_INLINE size_t ForWholeSteps(size_t begin, size_t end, size_t step, const Body& body) {
+    size_t i = begin;
+    for (; i + step <= end; i += step) {
+        body(i);
+    }
+    return i;
+}
+
+// The same without a rest: the last step ends at `end`, and so may begin within the step before. For bodies that give
+// the same when they run twice on an element. The range is empty or holds a whole step.
+template <class Body>
+HWY_INLINE void ForOverlappingSteps(size_t begin, size_t end, size_t step, const Body& body) {
+    for (size_t i = begin; i < end; i += step) {
+        body(HWY_MIN(i, end - step));
+    }
+}
+
+// Calls body(tag) with the longest vector of at most kWide, kNarrow or 1 lanes that `count` elements fill.
+template <typename T, size_t kWide, size_t kNarrow, class Body>
+HWY_INLINE void WithLongestVector(size_t count, const Body& body) {
+    if (count >= hn::Lanes(hn::CappedTag<T, kWide>())) {
+        body(hn::CappedTag<T, kWide>());
+    } else if (count >= hn::Lanes(hn::CappedTag<T, kNarrow>())) {
+        body(hn::CappedTag<T, kNarrow>());
+    } else {
+        body(hn::CappedTag<T, 1>());
+    }
+}
+
+// How many of `count` elements lie before the next multiple of `boundaryBytes`. Vectors that lie across two cache lines
+// cost loops that run at the speed of memory up to a quarter of their time; the scalar twin does these elements.
+template <typename T>
+HWY_INLINE size_t CountUntilAligned(const T* from, size_t boundaryBytes, size_t count) {
+    const size_t pastBytes = reinterpret_cast<uintptr_t>(from) % boundaryBytes;
+    return HWY_MIN(count, (boundaryBytes - pastBytes) % boundaryBytes / sizeof(T));
+}
+
+#endif
+
+}  // namespace
+}  // namespace HWY_NAMESPACE
+}  // namespace korvane
+HWY_AFTER_NAMESPACE();
+
+#endif  // include guard
