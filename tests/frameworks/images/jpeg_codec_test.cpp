@@ -428,8 +428,9 @@ TEST(JpegEncoder, ReportsWhatCannotBeWritten) {
 
 TEST(CodecFactories, KnowJpegAndNothingElse) {
     auto_ptr<ImageEncoderFactory> encoders(new ImageEncoderFactory);
-    EXPECT_EQ(encoders->createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_NONE), nullptr);
-    EXPECT_EQ(encoders->createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_MAX), nullptr);
+    for (const int type : {-1, 0, 2, 77}) {
+        EXPECT_EQ(encoders->createImageEncoder(static_cast<ImageEncoder::Type>(type)), nullptr);
+    }
     auto_ptr<ImageEncoder> encoder(encoders->createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG));
     EXPECT_NE(dynamic_cast<JpegEncoder*>(encoder.get()), nullptr);
 
