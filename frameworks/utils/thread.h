@@ -31,7 +31,8 @@ class KORVANE_API Thread : public RefBase {
 
     ~Thread() override;
 
-    // Creates the system's thread. 0, or the positive error number of the creation, which is also logged.
+    // Creates the system's thread. 0, or the positive error number of the creation, which is also logged. Of several
+    // starts only the last thread can be joined.
     virtual status_t start();
 
     // What the thread does when it has no runnable. Empty here.
@@ -54,8 +55,8 @@ class KORVANE_API Thread : public RefBase {
     // and its owner has to join it.
     status_t startCounted();
 
-    // Gives the thread's resources back to the system when it ends, if it was started and not joined; for destructors
-    // of classes that use startCounted().
+    // Lets the system free the thread's resources when it ends, if it was started and not joined. For destructors of
+    // classes that use startCounted().
     void detach();
 
     pthread_t m_Tid{};

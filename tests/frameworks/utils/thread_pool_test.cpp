@@ -137,12 +137,24 @@ TEST(ThreadWorker, WithoutAPoolOrCountStillEndsAndJoins) {
     ThreadWorker worker(nullptr);
     worker.startWork();
     EXPECT_EQ(worker.join(), 0);
-    ThreadPool pool(0);
-    pool.submit(new Task([] {}));
-    auto_ptr<ThreadWorker> counted(new ThreadWorker(&pool));
-    counted->startWork();
-    pool.shutdown();
-    counted->stopWork();
+}
+
+TEST(ThreadWorker, StartsAnewWhileItsEarlierThreadsEnd) {
+    class Witness : public ThreadWorker {
+      public:
+        explicit Witness(std::atomic<bool>* isGone) : ThreadWorker(nullptr), m_IsGone(isGone) {}
+        ~Witness() override { *m_IsGone = true; }
+
+      private:
+        std::atomic<bool>* m_IsGone;
+    };
+    std::atomic<bool> isGone{false};
+    auto_ptr<ThreadWorker> worker(new Witness(&isGone));
+    for (int i = 0; i < 100; ++i) {
+        worker->startWork();
+    }
+    worker.clear();
+    wait_until([&] { return isGone.load(); });
 }
 
 }  // namespace
