@@ -42,8 +42,8 @@ class KORVANE_API GPUImage2D : public RefBase {
                bool initialise, bool maintainBySelf);
 
     // A new texture filled from width x height x format bytes; with null pixels its contents are undefined.
-    GPUImage2D(GPUContext* context, int32_t width, int32_t height, int32_t format, const void* pixels);
-    GPUImage2D(auto_ptr<GPUContext>& context, int32_t width, int32_t height, int32_t format, const void* pixels);
+    GPUImage2D(GPUContext* context, int32_t width, int32_t height, int32_t format, void* pixels);
+    GPUImage2D(auto_ptr<GPUContext>& context, int32_t width, int32_t height, int32_t format, void* pixels);
 
     // Deletes the texture as recycle() does.
     ~GPUImage2D() override;
@@ -52,11 +52,11 @@ class KORVANE_API GPUImage2D : public RefBase {
     GPUImage2D& operator=(const GPUImage2D&) = delete;
 
     // Gives the texture a new size, format and contents under its old name; null pixels leave the contents undefined.
-    void set(int32_t width, int32_t height, int32_t format, const void* pixels);
+    void set(int32_t width, int32_t height, int32_t format, void* pixels);
 
     // Replaces the contents from `pixels`, of which `size` bytes may be read. 0, with nothing done, for null pixels or
     // fewer bytes than width x height x format; else 1. The texture binding that was found is put back.
-    int upload(const void* pixels, int size);
+    int upload(void* pixels, int size);
 
     // Reads the contents back into `buffer`, of which `size` bytes may be written; results as of upload(). Afterwards
     // framebuffer 0 is bound.
@@ -77,7 +77,7 @@ class KORVANE_API GPUImage2D : public RefBase {
 
   private:
     void describe(int32_t width, int32_t height, int32_t format);
-    void specify(const void* pixels);
+    void specify(void* pixels);
     bool holds_pixels(int size) const;
 
     auto_ptr<GPUContext> m_GPUContext;

@@ -2,7 +2,8 @@
 //
 // Each transfer gets a fresh store and one copy into or out of its mapping, so that the driver never waits for the
 // transfer before. Pixels are tightly packed rows of width x format bytes; the caller's memory must hold all of them.
-// GL failures are log lines. Used on the thread where the context is current.
+// Whatever pixel alignment the application has set, it holds again afterwards. Pixels for an upload are only read, also
+// where their type is not const. GL failures are log lines. Used on the thread where the context is current.
 #ifndef KORVANE_FRAMEWORKS_GPU_GPU_PIXEL_BUFFER_H_
 #define KORVANE_FRAMEWORKS_GPU_GPU_PIXEL_BUFFER_H_
 
@@ -29,10 +30,10 @@ class KORVANE_API GPUPixelBuffer : public RefBase {
 
     // Specifies the texture that is bound to the image's target from `pixels`, in the image's size and format. The
     // texture is not bound here. A null image does nothing; null pixels leave the contents undefined.
-    void uploadImage(GPUImage2D* image, const void* pixels);
-    void uploadImage(auto_ptr<GPUImage2D>& image, const void* pixels);
-    void uploadImage(GPUImage3D* image, const void* pixels);
-    void uploadImage(auto_ptr<GPUImage3D>& image, const void* pixels);
+    void uploadImage(GPUImage2D* image, void* pixels);
+    void uploadImage(auto_ptr<GPUImage2D>& image, void* pixels);
+    void uploadImage(GPUImage3D* image, void* pixels);
+    void uploadImage(auto_ptr<GPUImage3D>& image, void* pixels);
 
     // Reads the image's size from the current read framebuffer, always as RGBA, and copies width x height x format
     // bytes to `buffer`. So only RGBA images come back: below 4 bytes a pixel GL rejects the read, and what is copied

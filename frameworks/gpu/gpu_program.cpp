@@ -175,35 +175,35 @@ void GPUProgram::release() {
     m_ProgramHandle = 0;
 }
 
-void GPUProgram::_SetHostValue1iv(const char* name, int count, const int* value) {
+void GPUProgram::_SetHostValue1iv(const char* name, int count, int* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform1iv);
 }
 
-void GPUProgram::_SetHostValue2iv(const char* name, int count, const int* value) {
+void GPUProgram::_SetHostValue2iv(const char* name, int count, int* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform2iv);
 }
 
-void GPUProgram::_SetHostValue3iv(const char* name, int count, const int* value) {
+void GPUProgram::_SetHostValue3iv(const char* name, int count, int* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform3iv);
 }
 
-void GPUProgram::_SetHostValue4iv(const char* name, int count, const int* value) {
+void GPUProgram::_SetHostValue4iv(const char* name, int count, int* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform4iv);
 }
 
-void GPUProgram::_SetHostValue1fv(const char* name, int count, const float* value) {
+void GPUProgram::_SetHostValue1fv(const char* name, int count, float* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform1fv);
 }
 
-void GPUProgram::_SetHostValue2fv(const char* name, int count, const float* value) {
+void GPUProgram::_SetHostValue2fv(const char* name, int count, float* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform2fv);
 }
 
-void GPUProgram::_SetHostValue3fv(const char* name, int count, const float* value) {
+void GPUProgram::_SetHostValue3fv(const char* name, int count, float* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform3fv);
 }
 
-void GPUProgram::_SetHostValue4fv(const char* name, int count, const float* value) {
+void GPUProgram::_SetHostValue4fv(const char* name, int count, float* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform4fv);
 }
 

@@ -84,14 +84,14 @@ class KORVANE_API GPUProgram : public RefBase {
     virtual void release();
 
     // As setParameters(), for arrays of `count` elements, and with GL's transposition for matrices.
-    void _SetHostValue1iv(const char* name, int count, const int* value);
-    void _SetHostValue2iv(const char* name, int count, const int* value);
-    void _SetHostValue3iv(const char* name, int count, const int* value);
-    void _SetHostValue4iv(const char* name, int count, const int* value);
-    void _SetHostValue1fv(const char* name, int count, const float* value);
-    void _SetHostValue2fv(const char* name, int count, const float* value);
-    void _SetHostValue3fv(const char* name, int count, const float* value);
-    void _SetHostValue4fv(const char* name, int count, const float* value);
+    void _SetHostValue1iv(const char* name, int count, int* value);
+    void _SetHostValue2iv(const char* name, int count, int* value);
+    void _SetHostValue3iv(const char* name, int count, int* value);
+    void _SetHostValue4iv(const char* name, int count, int* value);
+    void _SetHostValue1fv(const char* name, int count, float* value);
+    void _SetHostValue2fv(const char* name, int count, float* value);
+    void _SetHostValue3fv(const char* name, int count, float* value);
+    void _SetHostValue4fv(const char* name, int count, float* value);
     void _SetHostValueMatrix2fv(const char* name, int count, bool transpose, const float* value);
     void _SetHostValueMatrix3fv(const char* name, int count, bool transpose, const float* value);
     void _SetHostValueMatrix4fv(const char* name, int count, bool transpose, const float* value);

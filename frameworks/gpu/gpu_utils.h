@@ -39,7 +39,7 @@ class KORVANE_API GPUUtils {
 
     // A program from what getProgramBinary() gave, without compiling; 0 when the driver rejects it, as it does after an
     // update of the driver.
-    static GLuint createProgram(GLenum binaryFormat, const void* binary, int length);
+    static GLuint createProgram(GLenum binaryFormat, void* binary, int length);
 
     // The linked program as the driver's own bytes: `*binary` is a new block that the caller frees with galloc_free or
     // hands to GPUScript::setScriptBinary, null with `*length` 0 when there is none.
