@@ -34,7 +34,8 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
     // Releases the base's GPU objects. Must run where the filter's context may be made current.
     ~ImageFilterBaseGL() override;
 
-    // Makes an off-screen engine of the filter's own and makes it current on this thread.
+    // Makes an off-screen engine of the filter's own and makes it current on this thread. An earlier engine goes first,
+    // with all that was made with it: setupGraphics must follow again.
     virtual void initEngine();
 
     // Builds the program for the current context. `target` 0 takes external (camera) textures as input, anything else
@@ -63,8 +64,8 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
     // Draws the input to whatever is bound for drawing.
     virtual void render();
 
-    // Filters `width` x `height` RGBA pixels in place. Needs initEngine() and setupGraphics(non-zero); without them
-    // nothing happens.
+    // Filters `width` x `height` RGBA pixels in place. Needs initEngine() and setupGraphics(non-zero); without them, or
+    // with 2 GiB of pixels or more, nothing happens.
     virtual void process(unsigned char* pixels, int width, int height);
 
     // Sends the filter's uniforms to the program that is in use.
@@ -106,6 +107,7 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
   private:
     static const FilterParameter kBaseParameters[3];
 
+    void release_engine();
     const FilterParameter* find_parameter(const char* name) const;
     void draw_quad();
 };
