@@ -19,7 +19,7 @@ namespace {
 constexpr int32_t kFormatRgba = 4;
 constexpr int32_t kFormatExternal = 5;
 
-// s and t follow y and x, both reversed: a quarter turn and a mirror, which brings camera frames upright.
+// A quarter turn and a mirror (s falls with y, t with x) bring camera frames upright.
 constexpr GLfloat kPosVertices[8] = {-1, -1, 1, -1, -1, 1, 1, 1};
 constexpr GLfloat kTexVertices[8] = {1, 1, 1, 0, 0, 1, 0, 0};
 
@@ -257,7 +257,7 @@ void ImageFilterBaseGL::render() {
 }
 
 void ImageFilterBaseGL::process(unsigned char* pixels, int width, int height) {
-    // A transfer counts its bytes in an int; and drivers crash on viewports that no picture can have.
+    // A transfer counts its bytes in an int, and drivers may crash on viewports larger than any picture.
     const size_t bytes = korvane::texture_bytes({width, height, kFormatRgba});
     if (mEngine.get() == nullptr || mFramebuffer.get() == nullptr || bytes > std::numeric_limits<int>::max()) {
         return;

@@ -1,8 +1,11 @@
 // ImageFilterBaseGL: the base of every filter that runs on the GPU.
 //
-// It owns what a filter needs there, puts its shader together from a fixed vertex shader, a fixed header and the
-// filter's own body, and draws a full-screen quad: to the current surface (render) or into an image that is read back
-// (process). A filter adds its description (filter_description.h) and rarely more.
+// It owns the GPU objects of a filter, builds the shader from a fixed vertex shader, a fixed header and the filter's
+// own body, and draws a full-screen quad: to the current surface (render) or into an image that is read back (process).
+// A filter adds its description (filter_description.h) and rarely more.
+//
+// Fixed by the interface: the filters' and parameters' names, the public operations, their order and types, and the log
+// lines. Filter descriptions and protected members are ours to change.
 //
 // Life: construct; initEngine for off-screen work, or make a context current; setupGraphics; input by setTexture or
 // setBitmap; parameters; render a frame at a time or process bitmaps; delete. Everything runs on the thread whose EGL
@@ -51,8 +54,8 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
     // Stores the value at `value`, read as the type that the name implies. Unknown names and null are ignored.
     virtual void setParameters(const char* name, void* value);
 
-    // Takes a GL texture of the caller's as input; it is never deleted here. Sizes in pixels. A later call changes the
-    // sizes only and keeps sampling the first texture: the renderer feeds one texture for a filter's whole life.
+    // Takes a GL texture of the caller's as input. It is never deleted here. Sizes in pixels. A later call changes only
+    // the sizes and keeps the first texture, because a renderer uses one texture for a filter's whole life.
     virtual void setTexture(int textureID, int inputWidth, int inputHeight, int outputWidth, int outputHeight);
 
     // Uploads `width` x `height` RGBA pixels, rows packed, as input; the output gets the same size.

@@ -59,7 +59,7 @@ void renew_store(GLenum target, size_t bytes, GLenum usage) {
     GPUUtils::checkGLError("glBufferData");
 }
 
-// Null when the driver refuses; copies and unmapping are harmless then, and the refusal is in the log.
+// Null when the driver refuses, which is logged. Copying and unmapping do nothing then.
 void* map(GLenum target, size_t bytes, GLbitfield access) {
     void* mapping = glMapBufferRange(target, 0, static_cast<GLsizeiptr>(bytes), access);
     GPUUtils::checkGLError("glMapBufferRange");

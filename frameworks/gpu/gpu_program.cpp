@@ -11,7 +11,7 @@ namespace {
 
 constexpr GLfloat kPosVertices[8] = {-1, -1, 1, -1, -1, 1, 1, 1};
 
-// Upside down against the positions, since memory begins with a picture's top row.
+// Upside down against the positions, because a picture in memory begins with its top row.
 constexpr GLfloat kTexVertices[8] = {0, 1, 1, 1, 0, 0, 1, 0};
 
 GLuint build_program(GPUScript* script) {

@@ -13,7 +13,7 @@
 
 class KORVANE_API ImageEncoder : public RefBase {
   public:
-    // The fixed type makes every int a value that may be asked for.
+    // The fixed type makes every int a valid value.
     enum Type : int {
         IMAGE_ENCODER_TYPE_NONE = 0,
         IMAGE_ENCODER_TYPE_JPEG = 1,

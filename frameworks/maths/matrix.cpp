@@ -20,7 +20,7 @@ float sign(int k) {
     return k % 2 == 0 ? 1.0F : -1.0F;
 }
 
-// The matrix itself, or null and the half-built object gone when it has no storage.
+// The matrix if it has storage; else it is deleted, and the result is null.
 Matrix* completed(Matrix* matrix) {
     if (hasStorage(matrix)) {
         return matrix;
@@ -185,7 +185,7 @@ float Matrix::det() const {
     if (m_Row == 2 && m_Col == 2) {
         return m_Data[0][0] * m_Data[1][1] - m_Data[0][1] * m_Data[1][0];
     }
-    // One term a column, since that is what the expansion counts; rows that are not there add nothing.
+    // One term for each column; missing rows add nothing.
     float sum = 0;
     for (int k = 0; k < std::min(m_Col, m_Row); ++k) {
         sum += sign(k) * m_Data[k][0] * cofator(k, 0);

@@ -1,7 +1,7 @@
 // Matrix: a small dense matrix of single-precision numbers, for colour and geometry transforms.
 //
-// Simplicity over speed: determinant, cofactors and inverse are plain Laplace expansions, which cost on the order of n!
-// operations and one temporary minor for each step. That is fine up to about 6 x 6; use something else beyond.
+// Determinant, cofactors and inverse are plain Laplace expansions. They cost about n! operations, which is fine up to
+// 6 x 6.
 //
 // Storage is one galloc_malloc block: m_Row row pointers, then the elements row by row. Element (i, j) is m_Data[i][j],
 // to read and to write. A matrix with a size below 1, or for which memory was short, has no storage: m_Data is null.
@@ -58,8 +58,7 @@ class KORVANE_API Matrix : public RefBase {
     // index outside the matrix, and the empty minor of a 1 x 1 matrix, give 0.
     float cofator(int i, int j) const;
 
-    // The determinant, expanded along the first column. A matrix that is not square has no determinant; the expansion
-    // then runs out of rows or columns before it reaches a closed form and gives 0.
+    // The determinant, expanded along the first column. 0 for a matrix that is not square.
     float det() const;
 
     // The transposed matrix of the signed cofactors, as a new matrix. The adjugate of a 1 x 1 matrix is [[0]], as its
@@ -75,7 +74,7 @@ class KORVANE_API Matrix : public RefBase {
     float** m_Data = nullptr;
 
   private:
-    // Storage for the present sizes, its elements left unset; false when there is none to be had.
+    // Allocates storage for the sizes, without setting its elements. False when there is none.
     bool allocate();
 };
 

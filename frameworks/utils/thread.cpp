@@ -43,7 +43,7 @@ status_t Thread::create(void* (*entry)(void*)) {
         KORVANE_LOGD("thread start fail.......");
         return error;
     }
-    // An earlier thread that nobody joined can be joined no more; the system takes it back when it ends.
+    // Nobody can join the thread of an earlier start any more; detached, it is freed when it ends.
     detach();
     m_Tid = tid;
     // Whoever sees the flag sees m_Tid, also the new thread.
@@ -83,7 +83,7 @@ status_t Thread::join() {
     }
     const int error = pthread_join(m_Tid, nullptr);
     if (error != 0) {
-        // A thread that joined itself is still there for its owner to join.
+        // A thread that tried to join itself can still be joined by its owner.
         m_IsJoinable.store(true, std::memory_order_release);
     }
     return error;

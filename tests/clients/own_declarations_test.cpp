@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The interface as it looks to a client who declares everything by hand. A parameter of another type, or a name that the
-// library keeps inside, does not link. Functions with C linkage match by their names alone.
+// The interface as it looks to a client who declares everything by hand. A parameter of another type, or a name that
+// the library keeps inside, does not link. Functions with C linkage match by their names alone.
 #include <cstdint>
 #include <vector>
 
