@@ -372,10 +372,9 @@ TEST_F(Filters, LongNamesKeepTheirVariantsApartInTheCache) {
         const std::string m_Name = std::string(200, 'a') + '/' + std::string(100, 'b');
     };
     GlSurface surface(8, 8);
-    const std::string found = korvane::program_cache_directory();
     std::string folder = testing::TempDir() + "korvane_filters_XXXXXX";
     ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    korvane::set_program_cache_directory(folder + "/");
+    ASSERT_EQ(korvane::set_program_cache_directory(folder.c_str()), 0);
     std::filesystem::create_directory(folder + "/" + std::string(200, 'a'));
     for (const bool external : {true, false}) {
         const OwnedFilter filter(new LongNamed);
@@ -387,7 +386,7 @@ TEST_F(Filters, LongNamesKeepTheirVariantsApartInTheCache) {
         // Only a program from the cache is given to GL as a binary.
         EXPECT_THAT(m_Log.lines(), testing::Contains(testing::HasSubstr("glProgramBinary")).Times(external ? 1 : 0));
     }
-    korvane::set_program_cache_directory(found);
+    korvane::set_program_cache_directory(nullptr);
     std::filesystem::remove_all(folder);
 }
 

@@ -121,7 +121,7 @@ TEST(ThreadPool, ATaskOutlivesThePoolThatStartedIt) {
     wait_until([&] { return deleted == 1; });
 }
 
-TEST(ThreadWorker, WithoutAPoolOrCountStillEndsAndJoins) {
+TEST(ThreadWorker, WithoutACountIsJoined) {
     ThreadWorker worker(nullptr);
     worker.startWork();
     EXPECT_EQ(worker.join(), 0);
