@@ -49,7 +49,7 @@ class FrameworkPass {
         m_Program = new GPUProgram(context, script.get());
     }
 
-    void run(const unsigned char* pixels, unsigned char* result) {
+    void run(unsigned char* pixels, unsigned char* result) {
         m_Input.upload(pixels, kBytes);
         m_Program->beganCompute();
         m_Program->setOutputTarget(&m_Output);

@@ -20,8 +20,8 @@ struct FilterParameter {
     FilterParameterType type;
     // Stores the value at `value`, of the type above; never called with null.
     void (*store)(ImageFilterBaseGL& filter, const void* value);
-    const char* range;    // for people: "0 ... 1", or what the value is
-    const char* summary;  // for people: one line
+    const char* range;    // shown in lists: "0 ... 1", or what the value is
+    const char* summary;  // shown in lists: one line
     int count = 1;        // how many values; more than one for the array types
 };
 
@@ -34,7 +34,7 @@ struct FilterUniform {
 
 struct FilterDescription {
     const char* name;            // what the factory is asked for; also names the cached program
-    const char* summary;         // for people: one line
+    const char* summary;         // shown in lists: one line
     const char* fragmentShader;  // the body; a header that declares tex_sampler and v_texcoord is put before it
     std::span<const FilterParameter> parameters;
     std::span<const FilterUniform> uniforms;  // in the order in which they are sent

@@ -1,4 +1,5 @@
-// How a filter parameter travels from Java: which typed setter fits its name.
+// The types of filter parameters: they say which typed setter of the Java class fits a parameter's name. Names and
+// values are fixed by the interface.
 #ifndef KORVANE_APPLICATIONS_FILTERS_FILTER_PARAMETER_TYPE_H_
 #define KORVANE_APPLICATIONS_FILTERS_FILTER_PARAMETER_TYPE_H_
 

@@ -2,13 +2,16 @@
 
 #include <EGL/egl.h>
 
-#include <cstdio>
+#include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <limits>
+#include <memory>
 #include <new>
 
 #include "frameworks/core/memory.h"
 #include "frameworks/gpu/gpu_script.h"
+#include "frameworks/gpu/gpu_texture_layout.h"
 #include "platform/log.h"
 
 namespace {
@@ -16,7 +19,7 @@ namespace {
 constexpr int32_t kFormatRgba = 4;
 constexpr int32_t kFormatExternal = 5;
 
-// s and t follow y and x, both reversed: a quarter turn and a mirror, which brings camera frames upright.
+// A quarter turn and a mirror (s falls with y, t with x) bring camera frames upright.
 constexpr GLfloat kPosVertices[8] = {-1, -1, 1, -1, -1, 1, 1, 1};
 constexpr GLfloat kTexVertices[8] = {1, 1, 1, 0, 0, 1, 0, 0};
 
@@ -45,9 +48,6 @@ constexpr char gFragmentShader[] =
     "    gl_FragColor = texture2D(tex_sampler,v_texcoord);\n"
     "}\n";
 
-constexpr size_t kLongestHeadBytes = sizeof(fragmentShaderHeadOES) - 1;
-static_assert(kLongestHeadBytes == 137 && sizeof(fragmentShaderHead) - 1 == 81);
-
 // By FilterParameterType: bytes of one value.
 constexpr size_t kValueBytes[] = {0,
                                   sizeof(bool),
@@ -61,6 +61,23 @@ constexpr size_t kValueBytes[] = {0,
                                   sizeof(int64_t),
                                   sizeof(FilterBitmap)};
 static_assert(std::size(kValueBytes) == PARAMETER_TYPE_BITMAP + 1);
+
+struct GallocFree {
+    void operator()(char* text) const { galloc_free(text); }
+};
+using Text = std::unique_ptr<char, GallocFree>;
+
+// `first` and then `second`; null when memory is short.
+Text concatenated(const char* first, const char* second) {
+    const size_t firstBytes = std::strlen(first);
+    const size_t secondBytes = std::strlen(second);
+    Text text(static_cast<char*>(galloc_alloc(firstBytes + secondBytes + 1)));
+    if (text != nullptr) {
+        std::memcpy(text.get(), first, firstBytes);
+        std::memcpy(text.get() + firstBytes, second, secondBytes);
+    }
+    return text;
+}
 
 const FilterDescription kBaseDescription = {
     "ImageFilterBase", "A copy of the input", gFragmentShader, {}, {}, nullptr,
@@ -110,9 +127,25 @@ ImageFilterBaseGL::~ImageFilterBaseGL() {
 }
 
 void ImageFilterBaseGL::initEngine() {
+    release_engine();
     mEngine = new GPUEngine(nullptr, 0, 0);
     mEngine->setup();
     mEngine->startup();
+}
+
+// What was made with an engine goes before it, while its context is current: the images count on the record inside the
+// engine, and in another context the same GL names belong to other objects.
+void ImageFilterBaseGL::release_engine() {
+    if (mEngine.get() == nullptr) {
+        return;
+    }
+    mEngine->startup();
+    mFramebuffer.clear();
+    mOutputImage.clear();
+    mImage2D.clear();
+    mProgram.clear();
+    mGPUContext.clear();
+    release();
 }
 
 int ImageFilterBaseGL::setupGraphics(GLenum target) {
@@ -122,16 +155,12 @@ int ImageFilterBaseGL::setupGraphics(GLenum target) {
     mGPUContext->setEGLSurface(eglGetCurrentSurface(EGL_DRAW));
     mGPUContext->setEGLContext(eglGetCurrentContext());
 
-    const char* body = getFragmentShader();
-    const size_t textBytes = std::strlen(body) + kLongestHeadBytes + 1;
-    auto* text = static_cast<char*>(galloc_alloc(textBytes));
-    if (text == nullptr) {
+    const bool external = target == 0;
+    const Text text = concatenated(external ? fragmentShaderHeadOES : fragmentShaderHead, getFragmentShader());
+    const Text name = concatenated(getFilterName(), external ? "_oes" : "");
+    if (text == nullptr || name == nullptr) {
         return 0;
     }
-    const bool external = target == 0;
-    char name[256];
-    std::snprintf(name, sizeof(name), "%s%s", getFilterName(), external ? "_oes" : "");
-    std::snprintf(text, textBytes, "%s%s", external ? fragmentShaderHeadOES : fragmentShaderHead, body);
     KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  1 this:%p", static_cast<void*>(this));
     mTarget = target;
 
@@ -139,16 +168,14 @@ int ImageFilterBaseGL::setupGraphics(GLenum target) {
         KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  1  1 this:%p", static_cast<void*>(this));
         KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  1  2 this:%p", static_cast<void*>(this));
     }
-    auto_ptr<GPUScript> script(new GPUScript(mGPUContext, name));
+    auto_ptr<GPUScript> script(new GPUScript(mGPUContext, name.get()));
     script->addSource("VertexShader", getVertexShader());
-    script->addSource(external ? "FragmentShaderOES" : "FragmentShader", text);
+    script->addSource(external ? "FragmentShaderOES" : "FragmentShader", text.get());
     if (external) {
         KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  1  5 this:%p", static_cast<void*>(this));
     } else {
         mFramebuffer = new GPUFramebuffer(mGPUContext);
     }
-    galloc_free(text);
-
     mProgram = new GPUProgram(mGPUContext, script);
     KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  4 this:%p", static_cast<void*>(this));
     return initParameters();
@@ -211,7 +238,7 @@ void ImageFilterBaseGL::setTexture(int textureID, int inputWidth, int inputHeigh
 
 void ImageFilterBaseGL::setBitmap(unsigned char* pixels, int width, int height) {
     if (mImage2D.get() == nullptr) {
-        mImage2D = new GPUImage2D(mGPUContext, width, height, kFormatRgba, static_cast<void*>(pixels));
+        mImage2D = new GPUImage2D(mGPUContext, width, height, kFormatRgba, pixels);
     } else {
         mImage2D->set(width, height, kFormatRgba, pixels);
     }
@@ -230,7 +257,9 @@ void ImageFilterBaseGL::render() {
 }
 
 void ImageFilterBaseGL::process(unsigned char* pixels, int width, int height) {
-    if (mEngine.get() == nullptr || mFramebuffer.get() == nullptr) {
+    // A transfer counts its bytes in an int, and drivers may crash on viewports larger than any picture.
+    const size_t bytes = korvane::texture_bytes({width, height, kFormatRgba});
+    if (mEngine.get() == nullptr || mFramebuffer.get() == nullptr || bytes > std::numeric_limits<int>::max()) {
         return;
     }
     mViewWidth = width;
@@ -241,7 +270,7 @@ void ImageFilterBaseGL::process(unsigned char* pixels, int width, int height) {
         mOutputImage->set(width, height, kFormatRgba, nullptr);
     }
     if (mImage2D.get() == nullptr) {
-        mImage2D = new GPUImage2D(mGPUContext, width, height, kFormatRgba, static_cast<void*>(pixels));
+        mImage2D = new GPUImage2D(mGPUContext, width, height, kFormatRgba, pixels);
     } else {
         mImage2D->set(width, height, kFormatRgba, pixels);
     }
@@ -251,7 +280,7 @@ void ImageFilterBaseGL::process(unsigned char* pixels, int width, int height) {
     GPUFramebuffer::setFramebufferTarget(mFramebuffer, mOutputImage);
     draw_quad();
     mEngine->flush();
-    mOutputImage->download(pixels, mOutputImage->getHeight() * mOutputImage->getWidth() * mOutputImage->getFormat());
+    mOutputImage->download(pixels, static_cast<int>(bytes));
 }
 
 void ImageFilterBaseGL::draw_quad() {

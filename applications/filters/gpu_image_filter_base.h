@@ -1,8 +1,11 @@
 // ImageFilterBaseGL: the base of every filter that runs on the GPU.
 //
-// It owns what a filter needs there, puts its shader together from a fixed vertex shader, a fixed header and the
-// filter's own body, and draws a full-screen quad: to the current surface (render) or into an image that is read back
-// (process). A filter adds its description (filter_description.h) and rarely more.
+// It owns the GPU objects of a filter, builds the shader from a fixed vertex shader, a fixed header and the filter's
+// own body, and draws a full-screen quad: to the current surface (render) or into an image that is read back (process).
+// A filter adds its description (filter_description.h) and rarely more.
+//
+// Fixed by the interface: the filters' and parameters' names, the public operations, their order and types, and the log
+// lines. Filter descriptions and protected members are ours to change.
 //
 // Life: construct; initEngine for off-screen work, or make a context current; setupGraphics; input by setTexture or
 // setBitmap; parameters; render a frame at a time or process bitmaps; delete. Everything runs on the thread whose EGL
@@ -34,7 +37,8 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
     // Releases the base's GPU objects. Must run where the filter's context may be made current.
     ~ImageFilterBaseGL() override;
 
-    // Makes an off-screen engine of the filter's own and makes it current on this thread.
+    // Makes an off-screen engine of the filter's own and makes it current on this thread. An earlier engine goes first,
+    // with all that was made with it: setupGraphics must follow again.
     virtual void initEngine();
 
     // Builds the program for the current context. `target` 0 takes external (camera) textures as input, anything else
@@ -50,8 +54,8 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
     // Stores the value at `value`, read as the type that the name implies. Unknown names and null are ignored.
     virtual void setParameters(const char* name, void* value);
 
-    // Takes a GL texture of the caller's as input; it is never deleted here. Sizes in pixels. A later call changes the
-    // sizes only and keeps sampling the first texture: the renderer feeds one texture for a filter's whole life.
+    // Takes a GL texture of the caller's as input. It is never deleted here. Sizes in pixels. A later call changes only
+    // the sizes and keeps the first texture, because a renderer uses one texture for a filter's whole life.
     virtual void setTexture(int textureID, int inputWidth, int inputHeight, int outputWidth, int outputHeight);
 
     // Uploads `width` x `height` RGBA pixels, rows packed, as input; the output gets the same size.
@@ -63,8 +67,8 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
     // Draws the input to whatever is bound for drawing.
     virtual void render();
 
-    // Filters `width` x `height` RGBA pixels in place. Needs initEngine() and setupGraphics(non-zero); without them
-    // nothing happens.
+    // Filters `width` x `height` RGBA pixels in place. Needs initEngine() and setupGraphics(non-zero); without them, or
+    // with 2 GiB of pixels or more, nothing happens.
     virtual void process(unsigned char* pixels, int width, int height);
 
     // Sends the filter's uniforms to the program that is in use.
@@ -106,6 +110,7 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
   private:
     static const FilterParameter kBaseParameters[3];
 
+    void release_engine();
     const FilterParameter* find_parameter(const char* name) const;
     void draw_quad();
 };

@@ -124,8 +124,7 @@ int ImageFilterTableGL::initParameters() {
     if (mFilterBitmap == nullptr) {
         return 0;
     }
-    mImgTab2D =
-        new GPUImage2D(mGPUContext, kTableWidth, kTableHeight, kFormatRgb, static_cast<void*>(mFilterBitmap->buffer));
+    mImgTab2D = new GPUImage2D(mGPUContext, kTableWidth, kTableHeight, kFormatRgb, mFilterBitmap->buffer);
     return 1;
 }
 
@@ -152,6 +151,7 @@ void ImageFilterTableGL::updateParameters() {
 void ImageFilterTableGL::release() {
     if (mImgTab2D.get() != nullptr) {
         mImgTab2D->recycle();
+        mImgTab2D.clear();
     }
     // Freed here and only here: a filter that is deleted without release() keeps its table's memory for good.
     free_table(mFilterBitmap);

@@ -29,6 +29,28 @@ int ratio_type_of(int64_t longSide, int64_t shortSide) {
     return std::abs(longSide * 100 / shortSide - 177) < 5 ? 1 : 0;
 }
 
+struct Extent {
+    int width;
+    int height;
+};
+
+// The size of a text in pixels; 0 x 0 when a character has no glyph or the text is too long for an int.
+Extent measure(const char* text, TimestampSymbolFunc lookup) {
+    int64_t width = 0;
+    int height = 0;
+    for (const char* c = text; *c != '\0'; ++c) {
+        const Symbol* symbol = lookup(*c);
+        if (symbol == nullptr) {
+            return {};
+        }
+        width += symbol->width;
+        height = std::max(height, symbol->height);
+    }
+    // YUYV shares chroma between two columns.
+    width += width & 1;
+    return width > std::numeric_limits<int>::max() ? Extent{} : Extent{static_cast<int>(width), height};
+}
+
 // Where the stamp lies in the frame: columns from x, rows from y, the end row excluded.
 struct Placement {
     int64_t x;
@@ -70,11 +92,11 @@ void scale_strip(const unsigned char* strip, int stripWidth, int stripHeight, un
     }
 }
 
-void colour_stamp(const unsigned char* coverage, unsigned char* rgb, size_t pixels) {
+void paint_stamp(const unsigned char* coverage, unsigned char* rgb, size_t pixels) {
     for (size_t i = 0; i < pixels; ++i) {
         const int a = coverage[i];
         for (int k = 0; k < 3; ++k) {
-            // Additive rather than a blend between black and white: full coverage then stays just below white.
+            // Full coverage gives 254, just below white.
             *rgb = static_cast<unsigned char>((*rgb + (255 - a) + 255 * a) >> 8);
             ++rgb;
         }
@@ -85,18 +107,18 @@ unsigned char blend(int stamp, int frame, int a) {
     return static_cast<unsigned char>((stamp * a + frame * (255 - a)) >> 8);
 }
 
-void blend_stamp(unsigned char* yuyv, int width, const unsigned char* coverage, const unsigned char* colour,
+void blend_stamp(unsigned char* yuyv, int width, const unsigned char* coverage, const unsigned char* color,
                  const Placement& stamp) {
     const auto frameStride = static_cast<size_t>(width) * 2;
     unsigned char* row = yuyv + static_cast<size_t>(stamp.y) * frameStride + static_cast<size_t>(stamp.x) * 2;
     for (int64_t j = 0; j < stamp.height; ++j, row += frameStride) {
         unsigned char* d = row;
-        for (int64_t i = 0; i < stamp.width; ++i, d += 2, colour += 2) {
+        for (int64_t i = 0; i < stamp.width; ++i, d += 2, color += 2) {
             const int a = *coverage++;
-            // Not a mere shortcut: the blend with no coverage would still darken the frame by a step.
+            // Without coverage nothing is blended: the blend would still darken the frame by a step.
             if (a != 0) {
-                d[0] = blend(colour[0], d[0], a);
-                d[1] = blend(colour[1], d[1], a);
+                d[0] = blend(color[0], d[0], a);
+                d[1] = blend(color[1], d[1], a);
             }
         }
     }
@@ -140,38 +162,21 @@ void CreateTimestampWatermark(const char* timestamp, unsigned char** watermark, 
         return;
     }
     const TimestampSymbolFunc lookup = gGetTimestampSymbolFuncTable[ratio_type];
-
-    int64_t markWidth = 0;
-    int markHeight = 0;
-    for (const char* c = timestamp; *c != '\0'; ++c) {
-        const Symbol* symbol = lookup(*c);
-        if (symbol == nullptr) {
-            return;
-        }
-        markWidth += symbol->width;
-        markHeight = std::max(markHeight, symbol->height);
-    }
-    // YUYV shares chroma between two columns.
-    markWidth += markWidth & 1;
-    if (markWidth > std::numeric_limits<int>::max()) {
-        return;
-    }
-
+    const Extent extent = measure(timestamp, lookup);
     auto* strip = static_cast<unsigned char*>(
-        galloc_alloc(static_cast<unsigned long>(markWidth) * static_cast<unsigned long>(markHeight)));
+        galloc_alloc(static_cast<unsigned long>(extent.width) * static_cast<unsigned long>(extent.height)));
     if (strip == nullptr) {
         return;
     }
-    int xoff = 0;
+    int x = 0;
     for (const char* c = timestamp; *c != '\0'; ++c) {
         Symbol* symbol = lookup(*c);
-        DrawSymbol(strip, static_cast<int>(markWidth), markHeight, symbol, xoff, 0, symbol->width,
-                   std::min(symbol->height, markHeight));
-        xoff += symbol->width;
+        DrawSymbol(strip, extent.width, extent.height, symbol, x, 0, symbol->width, symbol->height);
+        x += symbol->width;
     }
     *watermark = strip;
-    *watermark_width = static_cast<int>(markWidth);
-    *watermark_height = markHeight;
+    *watermark_width = extent.width;
+    *watermark_height = extent.height;
 }
 
 bool make_photo_timestamp_watermark_to_yuyv(unsigned char* yuyv, int width, int height, const char* timestamp,
@@ -196,13 +201,13 @@ bool make_photo_timestamp_watermark_to_yuyv(unsigned char* yuyv, int width, int 
     const size_t pixels = static_cast<size_t>(stamp.width) * static_cast<size_t>(stamp.height);
     const Buffer scaled(static_cast<unsigned char*>(galloc_malloc(pixels)));
     const Buffer rgb(static_cast<unsigned char*>(galloc_alloc(pixels * 3)));
-    const Buffer colour(static_cast<unsigned char*>(galloc_alloc(pixels * 2)));
-    if (scaled == nullptr || rgb == nullptr || colour == nullptr) {
+    const Buffer color(static_cast<unsigned char*>(galloc_alloc(pixels * 2)));
+    if (scaled == nullptr || rgb == nullptr || color == nullptr) {
         return false;
     }
     scale_strip(strip, stripWidth, stripHeight, scaled.get(), stamp);
-    colour_stamp(scaled.get(), rgb.get(), pixels);
-    color_convert_rgb2yuyv(rgb.get(), colour.get(), static_cast<int>(stamp.width), static_cast<int>(stamp.height));
-    blend_stamp(yuyv, width, scaled.get(), colour.get(), stamp);
+    paint_stamp(scaled.get(), rgb.get(), pixels);
+    color_convert_rgb2yuyv(rgb.get(), color.get(), static_cast<int>(stamp.width), static_cast<int>(stamp.height));
+    blend_stamp(yuyv, width, scaled.get(), color.get(), stamp);
     return true;
 }

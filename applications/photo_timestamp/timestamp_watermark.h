@@ -2,7 +2,9 @@
 //
 // The text (digits, ":", "-" and blanks) is laid out as a strip of 8-bit coverage from the glyphs for the frame's
 // shape, scaled with the frame, and blended into the packed YUYV frame in place: white where coverage is full, darker
-// towards the glyphs' edges. Plain processor code without shared state: calls on different frames may run in parallel.
+// towards the glyphs' edges. Calls on different frames may run in parallel.
+//
+// Fixed by the interface: the functions here, the glyphs' sizes and the arithmetic of the stamp.
 #ifndef KORVANE_APPLICATIONS_PHOTO_TIMESTAMP_TIMESTAMP_WATERMARK_H_
 #define KORVANE_APPLICATIONS_PHOTO_TIMESTAMP_TIMESTAMP_WATERMARK_H_
 
@@ -10,9 +12,8 @@
 #include "frameworks/core/export.h"
 
 // Draws the coverage of `symbol` (0 none, 255 full) into the box of `width` x `height` pixels at (x, y) of an 8-bit
-// image, clipped to the image. The bitmap is read on without gaps, as many bytes a row as the clipped box is wide: only
-// a box of the glyph's own width that lies inside the image shows the glyph upright. Pixels beyond the bitmap's end are
-// left alone.
+// image, clipped to the image. Each row takes as many bytes of the bitmap as the clipped box is wide, so the glyph
+// looks right only in a box of its own width that lies inside the image. Pixels beyond the bitmap's end are left alone.
 KORVANE_API void DrawSymbol(unsigned char* image, int image_width, int image_height, Symbol* symbol, int x, int y,
                             int width, int height);
 

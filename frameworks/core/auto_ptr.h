@@ -1,8 +1,8 @@
 // auto_ptr<T>: the library's counted strong pointer over any RefBase.
 //
-// Not the transferring pointer of old standard libraries: a copy shares the object and counts it. Taking a raw pointer
-// makes its object owned, so a raw pointer with count 0 must not be wrapped in a temporary unless it may die with it.
-// Counting is safe on any thread; one auto_ptr instance is not: two threads must not assign to it at once.
+// A copy shares the object and counts it; std::auto_ptr moved it instead. The last holder deletes the object, so a
+// temporary auto_ptr around an object with count 0 deletes it. Counting is safe on any thread, but two threads must not
+// assign to one auto_ptr at the same time.
 #ifndef KORVANE_FRAMEWORKS_CORE_AUTO_PTR_H_
 #define KORVANE_FRAMEWORKS_CORE_AUTO_PTR_H_
 
@@ -27,7 +27,7 @@ class auto_ptr {
         return *this;
     }
 
-    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the one above sees to it.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the one above handles it.
     auto_ptr<T>& operator=(const auto_ptr<T>& o) { return *this = o.m_Ptr; }
 
     // None of the three checks for null.
@@ -35,7 +35,7 @@ class auto_ptr {
     T* operator->() const { return m_Ptr; }
     T* get() const { return m_Ptr; }
 
-    // Comparisons are of the raw pointers; std::less and its kin order pointers into different objects too.
+    // These compare the raw pointers. std::less orders pointers into different objects; plain < need not.
     bool operator==(const T* p) const { return m_Ptr == p; }
     bool operator==(const auto_ptr<T>& o) const { return m_Ptr == o.m_Ptr; }
     bool operator!=(const T* p) const { return m_Ptr != p; }

@@ -1,7 +1,7 @@
 // The galloc family: thin wrappers over the C allocator with defined answers for null and zero.
 //
-// Nothing is recorded. The _leap forms take a source file name and a line for leak tracing, ignore both and behave like
-// their plain twins. A block of any allocating wrapper is released with galloc_free. Thread-safe as malloc is.
+// The _leap forms take a source file name and a line, ignore both and do what the plain forms do. Blocks are freed with
+// galloc_free. Any thread may call.
 #ifndef KORVANE_FRAMEWORKS_CORE_MEMORY_H_
 #define KORVANE_FRAMEWORKS_CORE_MEMORY_H_
 

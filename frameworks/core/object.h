@@ -1,7 +1,9 @@
 // Object: the root of every class with virtual operations in the library.
 //
-// It has no fields but its dispatch table. The slot order (destructor pair, then equals) is part of the binary
-// interface: subclasses add their virtual operations behind these.
+// Fixed by the interface, here and in all classes below it: names, parameter types, the order of virtual operations
+// and the names of members that clients may touch. Private helpers and what the functions do inside are ours to change.
+//
+// The virtual operations are the destructor, then equals. Subclasses add theirs behind these.
 #ifndef KORVANE_FRAMEWORKS_CORE_OBJECT_H_
 #define KORVANE_FRAMEWORKS_CORE_OBJECT_H_
 
@@ -11,7 +13,7 @@ class KORVANE_API Object {
   public:
     virtual ~Object();
 
-    // False in the base, also for the object itself; a subclass that has a notion of equality overrides it.
+    // False here, also for the object itself. Subclasses that can compare override it.
     virtual bool equals(Object& other);
 };
 

@@ -19,12 +19,12 @@ class KORVANE_API RefBase : public Object {
     // Adds one reference.
     void incStrong();
 
-    // Drops one reference and returns the new count. Dropping a reference that was never taken wraps to 0xFFFFFFFF
-    // (-1 here): such an object is never deleted.
+    // Drops one reference and returns the new count. At 0 the count wraps to 0xFFFFFFFF (-1 here), and the object is
+    // never deleted.
     int decStrong();
 
   protected:
-    // A copy is a new object, which nobody has counted yet; assignment moves contents, never owners.
+    // A copy starts with count 0, and assignment keeps both counts.
     RefBase(const RefBase&) : RefBase() {}
     RefBase& operator=(const RefBase&) { return *this; }
 

@@ -16,8 +16,8 @@ struct ANativeWindow;
 
 class KORVANE_API GPUContext : public RefBase {
   public:
-    // `window` is what shall be drawn into, null for work off screen; `width` and `height` are in pixels and matter
-    // only then. The EGL handles start null, the EGL sizes 0.
+    // `window` is drawn into; null for work off screen, and only then `width` and `height` (in pixels) matter. The EGL
+    // handles start null, the EGL sizes 0.
     GPUContext(ANativeWindow* window, uint32_t width, uint32_t height);
     ~GPUContext() override;
 

@@ -6,9 +6,21 @@
 
 namespace {
 
-// Every config must support both kinds of surface, whichever the engine will make, so that all engines get the same
-// one.
-bool choose_config(EGLDisplay display, const EGLint* request, EGLConfig* config, EGLint* format) {
+// Asked to support windows and pbuffers, whatever the engine will make, so that all engines get the same config.
+bool choose_config(EGLDisplay display, EGLint renderableType, EGLConfig* config, EGLint* format) {
+    // clang-format off
+    const EGLint request[] = {
+        EGL_SURFACE_TYPE, EGL_WINDOW_BIT | EGL_PBUFFER_BIT,
+        EGL_RENDERABLE_TYPE, renderableType,
+        EGL_RED_SIZE, 8,
+        EGL_GREEN_SIZE, 8,
+        EGL_BLUE_SIZE, 8,
+        EGL_ALPHA_SIZE, 8,
+        EGL_DEPTH_SIZE, EGL_DONT_CARE,
+        EGL_STENCIL_SIZE, EGL_DONT_CARE,
+        EGL_SAMPLE_BUFFERS, EGL_DONT_CARE,
+        EGL_NONE};
+    // clang-format on
     EGLint count = 0;
     if (eglGetConfigs(display, nullptr, 0, &count) == EGL_FALSE) {
         KORVANE_LOGD("eglGetConfig fail\n");
@@ -63,39 +75,21 @@ bool GPUEngine::setup() {
         KORVANE_LOGD("eglGetDisplay fail\n");
         return false;
     }
-    // The renderable type is asked for before the display is initialised; a driver that does not answer yet is asked
-    // for OpenGL ES 2 configs, which serve contexts of version 3 as well.
-    const EGLint request[] = {EGL_SURFACE_TYPE,
-                              EGL_WINDOW_BIT | EGL_PBUFFER_BIT,
-                              EGL_RENDERABLE_TYPE,
-                              GPUUtils::getContextRenderableType(display),
-                              EGL_RED_SIZE,
-                              8,
-                              EGL_GREEN_SIZE,
-                              8,
-                              EGL_BLUE_SIZE,
-                              8,
-                              EGL_ALPHA_SIZE,
-                              8,
-                              EGL_DEPTH_SIZE,
-                              EGL_DONT_CARE,
-                              EGL_STENCIL_SIZE,
-                              EGL_DONT_CARE,
-                              EGL_SAMPLE_BUFFERS,
-                              EGL_DONT_CARE,
-                              EGL_NONE};
+    // Asked before the display is initialised. A driver that does not name its extensions by then is asked for OpenGL
+    // ES 2 configs, which serve contexts of version 3 too.
+    const EGLint renderableType = GPUUtils::getContextRenderableType(display);
     if (korvane::initialize_egl_display(display) != EGL_TRUE) {
         KORVANE_LOGD("eglInitialize fail\n");
         return false;
     }
     EGLConfig config = nullptr;
     EGLint format = 0;
-    if (!choose_config(display, request, &config, &format)) {
+    if (!choose_config(display, renderableType, &config, &format)) {
         return false;
     }
     const EGLSurface surface = create_surface(display, config, format, m_GPUContext);
     if (surface == EGL_NO_SURFACE) {
-        // Window surfaces report under the same name: people filter logs by it.
+        // Also for window surfaces: this text is part of the interface.
         KORVANE_LOGD("eglCreatePbufferSurface error %d\n", eglGetError());
         return false;
     }
@@ -134,7 +128,7 @@ void GPUEngine::flush() {
         return;
     }
     eglSwapBuffers(m_EGLDisplay, m_EGLSurface);
-    // Only queued errors are reported, not the swap's result: pbuffers and lost windows would fill the log.
+    // The swap's own result is not reported: with pbuffers and lost windows it would fill the log.
     GPUUtils::checkEGLError("eglSwapBuffers", 1);
 }
 

@@ -1,9 +1,12 @@
-// GPUEngine: owns an EGL surface and an OpenGL ES 3 context, from making them to tearing them down.
+// GPUEngine: makes, owns and destroys an EGL surface and an OpenGL ES 3 context.
 //
-// Order of use: construct; setup(); startup() on the rendering thread; GPU work; flush() when a window shall show the
-// frame; close(); destroy(); drop the last reference. The destructor releases no EGL object, destroy() does. All GPU
+// Order of use: construct; setup(); startup() on the rendering thread; GPU work; flush() to show the frame in a window;
+// close(); destroy(); drop the last reference. EGL objects are released by destroy(), not by the destructor. All GPU
 // objects must be made, used and destroyed while the context is current on the calling thread. Nothing is locked.
-// startup, flush, close and destroy do nothing on an engine that is not set up; failures are log lines.
+// startup, flush, close and destroy do nothing on an engine that is not set up. Failures are log lines.
+//
+// Fixed by the interface, in all headers of this folder: names, types, the order of virtual operations, format codes,
+// log lines and the format of cache files. The GL calls between are ours to change.
 #ifndef KORVANE_FRAMEWORKS_GPU_GPU_ENGINE_H_
 #define KORVANE_FRAMEWORKS_GPU_GPU_ENGINE_H_
 
@@ -15,7 +18,6 @@
 #include "frameworks/core/ref_base.h"
 #include "frameworks/gpu/gpu_context.h"
 
-// The order of the virtual operations is part of the binary interface.
 class KORVANE_API GPUEngine : public RefBase {
   public:
     // Draws into `window`, which stays the caller's and must outlive the surface; with a null window into an off-screen
@@ -30,8 +32,8 @@ class KORVANE_API GPUEngine : public RefBase {
     // engine is new, with count 0. Its destroy() would destroy the caller's own context and terminate the display.
     static GPUEngine* getCurrentEngine();
 
-    // Makes display, surface and context; false after a log line when a step fails. What was made up to then stays as
-    // it is, and the engine stays empty. An engine that is set up already is destroyed first.
+    // Makes display, surface and context. False after a log line when a step fails: what earlier steps made stays, and
+    // the engine stays empty. An engine that is set up already is destroyed first.
     virtual bool setup();
 
     // Makes the context current on this thread.
@@ -46,8 +48,8 @@ class KORVANE_API GPUEngine : public RefBase {
     // Releases the EGL objects and clears all handles; setup() may follow.
     virtual void destroy();
 
-    // The record embedded in this engine, which must therefore outlive every object that holds it. The engine keeps one
-    // count on it for its whole life, so no holder ever deletes it.
+    // The record inside this engine. The engine must outlive every object that holds it. The engine keeps one count on
+    // it, so no holder deletes it.
     GPUContext* getGPUContext() { return &m_GPUContext; }
 
   private:

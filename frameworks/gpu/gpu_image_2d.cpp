@@ -46,26 +46,26 @@ GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, GLuint texture, int32_t wi
                        bool initialise, bool maintainBySelf)
     : GPUImage2D(context.get(), texture, width, height, format, initialise, maintainBySelf) {}
 
-GPUImage2D::GPUImage2D(GPUContext* context, int32_t width, int32_t height, int32_t format, const void* pixels)
+GPUImage2D::GPUImage2D(GPUContext* context, int32_t width, int32_t height, int32_t format, void* pixels)
     : m_GPUContext(context), m_GPUFramebuffer(context), m_GPUPixelBuffer(context) {
     glGenTextures(1, &m_TextureID);
     GPUUtils::checkGLError("glGenTextures");
     set(width, height, format, pixels);
 }
 
-GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, int32_t width, int32_t height, int32_t format, const void* pixels)
+GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, int32_t width, int32_t height, int32_t format, void* pixels)
     : GPUImage2D(context.get(), width, height, format, pixels) {}
 
 GPUImage2D::~GPUImage2D() {
     recycle();
 }
 
-void GPUImage2D::set(int32_t width, int32_t height, int32_t format, const void* pixels) {
+void GPUImage2D::set(int32_t width, int32_t height, int32_t format, void* pixels) {
     describe(width, height, format);
     specify(pixels);
 }
 
-int GPUImage2D::upload(const void* pixels, int size) {
+int GPUImage2D::upload(void* pixels, int size) {
     if (pixels == nullptr || !holds_pixels(size)) {
         return 0;
     }
@@ -113,7 +113,7 @@ void GPUImage2D::describe(int32_t width, int32_t height, int32_t format) {
     m_TextureFormat = static_cast<GLuint>(selectTextureFormat(format));
 }
 
-void GPUImage2D::specify(const void* pixels) {
+void GPUImage2D::specify(void* pixels) {
     bind(m_TextureTarget, m_TextureID);
     if (pixels == nullptr) {
         glTexImage2D(m_TextureTarget, 0, static_cast<GLint>(m_TextureFormat), m_Width, m_Height, 0, m_TextureFormat,

@@ -1,4 +1,4 @@
-// GPUImage2D: a texture with pixels in memory on one side or the other, or a wrapper of somebody else's texture.
+// GPUImage2D: a texture that is filled from memory and read back, or a wrapper of a texture that the caller owns.
 //
 // The format code is the number of bytes a pixel in every size computation:
 //
@@ -10,9 +10,9 @@
 //   5      none (camera)       GL_TEXTURE_EXTERNAL_OES   0
 //   other  none                GL_TEXTURE_2D             0
 //
-// Rows are tightly packed; row 0 is the texture's row 0. External images are meant to be wrapped without initialising
-// them: specifying one is refused by GL. Only code 4 reads back whole. GL failures are log lines. Made, used and
-// destroyed on the thread where the context is current; upload() and download() of one image exclude each other.
+// Rows are tightly packed; row 0 is the texture's row 0. External images must be wrapped without initialising them: GL
+// refuses to specify one. Only code 4 reads back whole. GL failures are log lines. Made, used and destroyed on the
+// thread where the context is current. upload() and download() of one image lock each other out.
 #ifndef KORVANE_FRAMEWORKS_GPU_GPU_IMAGE_2D_H_
 #define KORVANE_FRAMEWORKS_GPU_GPU_IMAGE_2D_H_
 
@@ -42,8 +42,8 @@ class KORVANE_API GPUImage2D : public RefBase {
                bool initialise, bool maintainBySelf);
 
     // A new texture filled from width x height x format bytes; with null pixels its contents are undefined.
-    GPUImage2D(GPUContext* context, int32_t width, int32_t height, int32_t format, const void* pixels);
-    GPUImage2D(auto_ptr<GPUContext>& context, int32_t width, int32_t height, int32_t format, const void* pixels);
+    GPUImage2D(GPUContext* context, int32_t width, int32_t height, int32_t format, void* pixels);
+    GPUImage2D(auto_ptr<GPUContext>& context, int32_t width, int32_t height, int32_t format, void* pixels);
 
     // Deletes the texture as recycle() does.
     ~GPUImage2D() override;
@@ -51,12 +51,12 @@ class KORVANE_API GPUImage2D : public RefBase {
     GPUImage2D(const GPUImage2D&) = delete;
     GPUImage2D& operator=(const GPUImage2D&) = delete;
 
-    // Gives the texture a new size, format and contents under its old name; null pixels leave the contents undefined.
-    void set(int32_t width, int32_t height, int32_t format, const void* pixels);
+    // Gives the texture a new size, format and contents. Its name stays. Null pixels leave the contents undefined.
+    void set(int32_t width, int32_t height, int32_t format, void* pixels);
 
     // Replaces the contents from `pixels`, of which `size` bytes may be read. 0, with nothing done, for null pixels or
     // fewer bytes than width x height x format; else 1. The texture binding that was found is put back.
-    int upload(const void* pixels, int size);
+    int upload(void* pixels, int size);
 
     // Reads the contents back into `buffer`, of which `size` bytes may be written; results as of upload(). Afterwards
     // framebuffer 0 is bound.
@@ -77,7 +77,7 @@ class KORVANE_API GPUImage2D : public RefBase {
 
   private:
     void describe(int32_t width, int32_t height, int32_t format);
-    void specify(const void* pixels);
+    void specify(void* pixels);
     bool holds_pixels(int size) const;
 
     auto_ptr<GPUContext> m_GPUContext;

@@ -22,8 +22,7 @@ GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, GLuint texture, int32_t wi
                        int32_t format, bool initialise, bool maintainBySelf)
     : GPUImage3D(context.get(), texture, width, height, depth, format, initialise, maintainBySelf) {}
 
-GPUImage3D::GPUImage3D(GPUContext* context, int32_t width, int32_t height, int32_t depth, int32_t format,
-                       const void* pixels)
+GPUImage3D::GPUImage3D(GPUContext* context, int32_t width, int32_t height, int32_t depth, int32_t format, void* pixels)
     : m_GPUContext(context), m_GPUPixelBuffer(context) {
     glGenTextures(1, &m_TextureID);
     GPUUtils::checkGLError("glGenTextures");
@@ -31,14 +30,14 @@ GPUImage3D::GPUImage3D(GPUContext* context, int32_t width, int32_t height, int32
 }
 
 GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, int32_t width, int32_t height, int32_t depth, int32_t format,
-                       const void* pixels)
+                       void* pixels)
     : GPUImage3D(context.get(), width, height, depth, format, pixels) {}
 
 GPUImage3D::~GPUImage3D() {
     recycle();
 }
 
-void GPUImage3D::set(int32_t width, int32_t height, int32_t depth, int32_t format, const void* pixels) {
+void GPUImage3D::set(int32_t width, int32_t height, int32_t depth, int32_t format, void* pixels) {
     describe(width, height, depth, format);
     specify(pixels);
 }
@@ -69,7 +68,7 @@ void GPUImage3D::describe(int32_t width, int32_t height, int32_t depth, int32_t 
     m_TextureFormat = static_cast<GLuint>(selectTextureFormat(format));
 }
 
-void GPUImage3D::specify(const void* pixels) {
+void GPUImage3D::specify(void* pixels) {
     glBindTexture(m_TextureTarget, m_TextureID);
     GPUUtils::checkGLError("glBindTexture");
     if (pixels == nullptr) {

@@ -1,4 +1,4 @@
-// GPUImage3D: a 3D texture filled from memory, such as a colour lookup volume, or a wrapper of somebody else's.
+// GPUImage3D: a 3D texture that is filled from memory (such as a colour lookup volume), or a wrapper of the caller's.
 //
 // Format codes and the layout are those of GPUImage2D, one slice after the other; the target is GL_TEXTURE_3D for codes
 // 1 to 4, GL_TEXTURE_2D for all others, which GL refuses to specify with a depth. It does not read back. GL failures
@@ -29,9 +29,9 @@ class KORVANE_API GPUImage3D : public RefBase {
                int32_t format, bool initialise, bool maintainBySelf);
 
     // A new texture filled from width x height x depth x format bytes; with null pixels its contents are undefined.
-    GPUImage3D(GPUContext* context, int32_t width, int32_t height, int32_t depth, int32_t format, const void* pixels);
+    GPUImage3D(GPUContext* context, int32_t width, int32_t height, int32_t depth, int32_t format, void* pixels);
     GPUImage3D(auto_ptr<GPUContext>& context, int32_t width, int32_t height, int32_t depth, int32_t format,
-               const void* pixels);
+               void* pixels);
 
     // Deletes the texture as recycle() does.
     ~GPUImage3D() override;
@@ -39,8 +39,8 @@ class KORVANE_API GPUImage3D : public RefBase {
     GPUImage3D(const GPUImage3D&) = delete;
     GPUImage3D& operator=(const GPUImage3D&) = delete;
 
-    // Gives the texture a new size, format and contents under its old name; null pixels leave the contents undefined.
-    void set(int32_t width, int32_t height, int32_t depth, int32_t format, const void* pixels);
+    // Gives the texture a new size, format and contents. Its name stays. Null pixels leave the contents undefined.
+    void set(int32_t width, int32_t height, int32_t depth, int32_t format, void* pixels);
 
     // Deletes the texture if it is this image's own.
     void recycle();
@@ -58,7 +58,7 @@ class KORVANE_API GPUImage3D : public RefBase {
 
   private:
     void describe(int32_t width, int32_t height, int32_t depth, int32_t format);
-    void specify(const void* pixels);
+    void specify(void* pixels);
 
     auto_ptr<GPUContext> m_GPUContext;
     GPUPixelBuffer m_GPUPixelBuffer;

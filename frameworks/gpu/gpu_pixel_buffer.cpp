@@ -8,19 +8,27 @@
 
 namespace {
 
-// GL takes rows to begin at multiples of 4 bytes unless told otherwise; ours are packed. Where that makes a difference
-// the setting is changed for one upload and put back.
+constexpr int32_t kReadBackBytesPerPixel = 4;
+
+// Rows are packed in memory, but GL begins each row at a multiple of its alignment setting, which may be 1, 2, 4 or 8.
+// Where that makes a difference, the setting is 1 for one transfer, and then what it was.
 class PackedRows {
   public:
-    explicit PackedRows(size_t rowBytes) : m_Needed(rowBytes % 4 != 0) {
-        if (m_Needed) {
-            glGetIntegerv(GL_UNPACK_ALIGNMENT, &m_Found);
+    // `setting` is GL_UNPACK_ALIGNMENT or GL_PACK_ALIGNMENT.
+    PackedRows(GLenum setting, size_t rowBytes) : m_Setting(setting) {
+        if (rowBytes % kLargestAlignment == 0) {
+            return;
+        }
+        GLint found = 1;
+        glGetIntegerv(setting, &found);
+        if (rowBytes % static_cast<size_t>(found) != 0) {
+            m_Found = found;
             set(1);
         }
     }
 
     ~PackedRows() {
-        if (m_Needed) {
+        if (m_Found != kUnchanged) {
             set(m_Found);
         }
     }
@@ -29,13 +37,16 @@ class PackedRows {
     PackedRows& operator=(const PackedRows&) = delete;
 
   private:
-    static void set(GLint alignment) {
-        glPixelStorei(GL_UNPACK_ALIGNMENT, alignment);
+    static constexpr size_t kLargestAlignment = 8;
+    static constexpr GLint kUnchanged = 0;
+
+    void set(GLint alignment) const {
+        glPixelStorei(m_Setting, alignment);
         GPUUtils::checkGLError("glPixelStorei");
     }
 
-    bool m_Needed;
-    GLint m_Found = 4;
+    GLenum m_Setting;
+    GLint m_Found = kUnchanged;
 };
 
 void bind(GLenum target, GLuint buffer) {
@@ -48,7 +59,7 @@ void renew_store(GLenum target, size_t bytes, GLenum usage) {
     GPUUtils::checkGLError("glBufferData");
 }
 
-// Null when the driver refuses; copies and unmapping are harmless then, and the refusal is in the log.
+// Null when the driver refuses, which is logged. Copying and unmapping do nothing then.
 void* map(GLenum target, size_t bytes, GLbitfield access) {
     void* mapping = glMapBufferRange(target, 0, static_cast<GLsizeiptr>(bytes), access);
     GPUUtils::checkGLError("glMapBufferRange");
@@ -80,7 +91,7 @@ GPUPixelBuffer::~GPUPixelBuffer() {
     release();
 }
 
-void GPUPixelBuffer::uploadImage(GPUImage2D* image, const void* pixels) {
+void GPUPixelBuffer::uploadImage(GPUImage2D* image, void* pixels) {
     if (image == nullptr) {
         return;
     }
@@ -89,7 +100,7 @@ void GPUPixelBuffer::uploadImage(GPUImage2D* image, const void* pixels) {
     const GLuint format = image->getTextureFormat();
     fill_store(m_PixelBufferHandle, pixels, korvane::texture_bytes({width, height, image->getFormat()}));
     {
-        const PackedRows rows(korvane::texture_bytes({width, image->getFormat()}));
+        const PackedRows rows(GL_UNPACK_ALIGNMENT, korvane::texture_bytes({width, image->getFormat()}));
         glTexImage2D(image->getTextureTarget(), 0, static_cast<GLint>(format), width, height, 0, format,
                      GL_UNSIGNED_BYTE, nullptr);
         GPUUtils::checkGLError("glTexImage");
@@ -97,11 +108,11 @@ void GPUPixelBuffer::uploadImage(GPUImage2D* image, const void* pixels) {
     bind(GL_PIXEL_UNPACK_BUFFER, 0);
 }
 
-void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage2D>& image, const void* pixels) {
+void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage2D>& image, void* pixels) {
     uploadImage(image.get(), pixels);
 }
 
-void GPUPixelBuffer::uploadImage(GPUImage3D* image, const void* pixels) {
+void GPUPixelBuffer::uploadImage(GPUImage3D* image, void* pixels) {
     if (image == nullptr) {
         return;
     }
@@ -111,7 +122,7 @@ void GPUPixelBuffer::uploadImage(GPUImage3D* image, const void* pixels) {
     const GLuint format = image->getTextureFormat();
     fill_store(m_PixelBufferHandle, pixels, korvane::texture_bytes({width, height, depth, image->getFormat()}));
     {
-        const PackedRows rows(korvane::texture_bytes({width, image->getFormat()}));
+        const PackedRows rows(GL_UNPACK_ALIGNMENT, korvane::texture_bytes({width, image->getFormat()}));
         glTexImage3D(image->getTextureTarget(), 0, static_cast<GLint>(format), width, height, depth, 0, format,
                      GL_UNSIGNED_BYTE, nullptr);
         GPUUtils::checkGLError("glTexImage3D");
@@ -119,7 +130,7 @@ void GPUPixelBuffer::uploadImage(GPUImage3D* image, const void* pixels) {
     bind(GL_PIXEL_UNPACK_BUFFER, 0);
 }
 
-void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage3D>& image, const void* pixels) {
+void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage3D>& image, void* pixels) {
     uploadImage(image.get(), pixels);
 }
 
@@ -132,8 +143,11 @@ void GPUPixelBuffer::downloadImage(GPUImage2D* image, void* buffer) {
     const size_t bytes = korvane::texture_bytes({width, height, image->getFormat()});
     bind(GL_PIXEL_PACK_BUFFER, m_PixelBufferHandle);
     renew_store(GL_PIXEL_PACK_BUFFER, bytes, GL_STREAM_READ);
-    glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-    GPUUtils::checkGLError("glReadPixels");
+    {
+        const PackedRows rows(GL_PACK_ALIGNMENT, korvane::texture_bytes({width, kReadBackBytesPerPixel}));
+        glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+        GPUUtils::checkGLError("glReadPixels");
+    }
     galloc_memcpy(buffer, map(GL_PIXEL_PACK_BUFFER, bytes, GL_MAP_READ_BIT), bytes);
     unmap(GL_PIXEL_PACK_BUFFER);
     bind(GL_PIXEL_PACK_BUFFER, 0);

@@ -11,7 +11,7 @@ namespace {
 
 constexpr GLfloat kPosVertices[8] = {-1, -1, 1, -1, -1, 1, 1, 1};
 
-// Upside down against the positions, since memory begins with a picture's top row.
+// Upside down against the positions, because a picture in memory begins with its top row.
 constexpr GLfloat kTexVertices[8] = {0, 1, 1, 1, 0, 0, 1, 0};
 
 GLuint build_program(GPUScript* script) {
@@ -175,35 +175,35 @@ void GPUProgram::release() {
     m_ProgramHandle = 0;
 }
 
-void GPUProgram::_SetHostValue1iv(const char* name, int count, const int* value) {
+void GPUProgram::_SetHostValue1iv(const char* name, int count, int* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform1iv);
 }
 
-void GPUProgram::_SetHostValue2iv(const char* name, int count, const int* value) {
+void GPUProgram::_SetHostValue2iv(const char* name, int count, int* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform2iv);
 }
 
-void GPUProgram::_SetHostValue3iv(const char* name, int count, const int* value) {
+void GPUProgram::_SetHostValue3iv(const char* name, int count, int* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform3iv);
 }
 
-void GPUProgram::_SetHostValue4iv(const char* name, int count, const int* value) {
+void GPUProgram::_SetHostValue4iv(const char* name, int count, int* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform4iv);
 }
 
-void GPUProgram::_SetHostValue1fv(const char* name, int count, const float* value) {
+void GPUProgram::_SetHostValue1fv(const char* name, int count, float* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform1fv);
 }
 
-void GPUProgram::_SetHostValue2fv(const char* name, int count, const float* value) {
+void GPUProgram::_SetHostValue2fv(const char* name, int count, float* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform2fv);
 }
 
-void GPUProgram::_SetHostValue3fv(const char* name, int count, const float* value) {
+void GPUProgram::_SetHostValue3fv(const char* name, int count, float* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform3fv);
 }
 
-void GPUProgram::_SetHostValue4fv(const char* name, int count, const float* value) {
+void GPUProgram::_SetHostValue4fv(const char* name, int count, float* value) {
     set_uniform(m_ProgramHandle, name, count, value, glUniform4fv);
 }
 

@@ -35,12 +35,12 @@ enum GPUProgramParameterType : int {
     GPU_PROGRAM_PARAMETER_TYPE_MATRIX4 = 10,
 };
 
-// The order of the virtual operations is part of the binary interface. Without a usable program beganCompute and
-// endCompute return 0 and everything else but setOutputTarget, setPosVertices and setTexVertices does nothing.
+// Without a usable program beganCompute and endCompute return 0, and only setOutputTarget, setPosVertices and
+// setTexVertices do anything.
 class KORVANE_API GPUProgram : public RefBase {
   public:
-    // From the script's binary if it holds one, else from its first two sources. A binary that the driver rejects
-    // leaves the program unusable: the sources are not compiled instead, and the cache keeps the binary until its file
+    // From the script's binary if it holds one, else from its first two sources. When the driver rejects the binary,
+    // the program is unusable: the sources are not compiled instead, and the binary stays in the cache until its file
     // is deleted. Keeps the script alive.
     GPUProgram(GPUContext* context, GPUScript* script);
     GPUProgram(auto_ptr<GPUContext>& context, auto_ptr<GPUScript>& script);
@@ -84,14 +84,14 @@ class KORVANE_API GPUProgram : public RefBase {
     virtual void release();
 
     // As setParameters(), for arrays of `count` elements, and with GL's transposition for matrices.
-    void _SetHostValue1iv(const char* name, int count, const int* value);
-    void _SetHostValue2iv(const char* name, int count, const int* value);
-    void _SetHostValue3iv(const char* name, int count, const int* value);
-    void _SetHostValue4iv(const char* name, int count, const int* value);
-    void _SetHostValue1fv(const char* name, int count, const float* value);
-    void _SetHostValue2fv(const char* name, int count, const float* value);
-    void _SetHostValue3fv(const char* name, int count, const float* value);
-    void _SetHostValue4fv(const char* name, int count, const float* value);
+    void _SetHostValue1iv(const char* name, int count, int* value);
+    void _SetHostValue2iv(const char* name, int count, int* value);
+    void _SetHostValue3iv(const char* name, int count, int* value);
+    void _SetHostValue4iv(const char* name, int count, int* value);
+    void _SetHostValue1fv(const char* name, int count, float* value);
+    void _SetHostValue2fv(const char* name, int count, float* value);
+    void _SetHostValue3fv(const char* name, int count, float* value);
+    void _SetHostValue4fv(const char* name, int count, float* value);
     void _SetHostValueMatrix2fv(const char* name, int count, bool transpose, const float* value);
     void _SetHostValueMatrix3fv(const char* name, int count, bool transpose, const float* value);
     void _SetHostValueMatrix4fv(const char* name, int count, bool transpose, const float* value);

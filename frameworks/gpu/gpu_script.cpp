@@ -15,7 +15,7 @@ namespace {
 
 constexpr size_t kFormatBytes = sizeof(int32_t);
 
-// Not string_format: scripts are made on several threads at once, each with its own context, and that has one buffer.
+// Not string_format, which has one buffer: several threads make scripts at once, each with its own context.
 std::string cache_path(const char* name) {
     return korvane::program_cache_directory() + name + ".osb";
 }

@@ -1,8 +1,8 @@
-// GPUScript: a named list of shader texts and, once somebody has linked them, the program as the driver's own bytes.
+// GPUScript: a named list of shader texts and, if given, the linked program in the driver's own binary format.
 //
 // The binary is kept in the program cache, one file a script, so that later runs need not compile. The file is
 // <directory><name>.osb: 4 bytes with the driver's format code in the processor's byte order, then the binary up to the
-// end of the file. Nothing in it names the driver; the driver itself rejects what it does not know. See
+// end of the file. The file does not name the driver; a driver rejects binaries that it does not know. See
 // program_cache.h for the directory.
 //
 // Used on the thread where the context is current; files are not locked against other processes.
@@ -48,7 +48,7 @@ class KORVANE_API GPUScript : public RefBase {
     void setScriptBinaryFormat(GLenum format) { m_ScriptBinaryFormat = format; }
     GLenum getScriptBinaryFormat() const { return m_ScriptBinaryFormat; }
 
-    // Adopts a buffer of the galloc family. One held before is not freed: it is the caller's again.
+    // Adopts a buffer of the galloc family. An earlier one is not freed: the caller owns it again.
     void setScriptBinary(void* binary, int size);
     void* getScriptBinary() const { return m_ScriptBinary; }
     int getScirptBinarySize() const { return m_ScriptBinarySize; }

@@ -6,7 +6,7 @@
 
 namespace {
 
-// Some drivers' shader parsers look past the end of a text; this much beyond it is zero.
+// Some drivers read past the end of a shader text. So many bytes behind it are zero.
 constexpr size_t kSlackBytes = 100;
 
 char* copy_text(const char* text) {

@@ -171,7 +171,7 @@ GLuint GPUUtils::createComputeProgram(const char* source) {
     return shader == 0 ? 0 : link_shaders({shader});
 }
 
-GLuint GPUUtils::createProgram(GLenum binaryFormat, const void* binary, int length) {
+GLuint GPUUtils::createProgram(GLenum binaryFormat, void* binary, int length) {
     if (binary == nullptr) {
         return 0;
     }

@@ -1,8 +1,6 @@
-// GPUUtils: what every GPU class calls around GL and EGL: draining errors into the log, and making shaders and
-// programs.
+// GPUUtils: functions that all GPU classes use. They log GL and EGL errors and make shaders and programs.
 //
-// The checks never change state and never stop the caller. Everything needs the context current on the calling thread,
-// the EGL checks excepted.
+// The checks never stop the caller. All but the EGL checks need a context that is current on the calling thread.
 #ifndef KORVANE_FRAMEWORKS_GPU_GPU_UTILS_H_
 #define KORVANE_FRAMEWORKS_GPU_GPU_UTILS_H_
 
@@ -18,18 +16,18 @@ class KORVANE_API GPUUtils {
     // The bit that a config request uses for OpenGL ES: ES 3 where the display says that it can tell, else ES 2.
     static EGLint getContextRenderableType(void* display);
 
-    // Logs and clears the queued GL errors, oldest first; `op` is the call that they are blamed on. Stops after 32: a
-    // lost or missing context answers errors for ever.
+    // Logs and clears the queued GL errors, oldest first. `op` names the call before. Stops after 32 errors, because a
+    // lost or missing context gives errors without end.
     static void checkGLError(const char* op);
 
-    // Logs a `returnValue` other than 1, then drains the EGL errors likewise.
+    // Logs a `returnValue` other than 1, then logs and clears the EGL errors in the same way.
     static void checkEGLError(const char* op, uint32_t returnValue);
 
     // Logs why the framebuffer bound to GL_FRAMEBUFFER is incomplete; nothing when it is complete.
     static void checkFramebufferStatusDetail(const char* name);
 
-    // Compiles one shader; 0 after a log line when that fails. A shader that fails without an info log is returned as
-    // if it had compiled: its program then fails to link, and says why.
+    // Compiles one shader. 0 after a log line when that fails. A shader that fails without an info log is returned all
+    // the same; its program then fails to link and says why.
     static GLuint loadShader(int type, const char* source);
 
     // Compiles and links; 0 after a log line when a step fails. The shader objects are never detached or deleted; they
@@ -39,7 +37,7 @@ class KORVANE_API GPUUtils {
 
     // A program from what getProgramBinary() gave, without compiling; 0 when the driver rejects it, as it does after an
     // update of the driver.
-    static GLuint createProgram(GLenum binaryFormat, const void* binary, int length);
+    static GLuint createProgram(GLenum binaryFormat, void* binary, int length);
 
     // The linked program as the driver's own bytes: `*binary` is a new block that the caller frees with galloc_free or
     // hands to GPUScript::setScriptBinary, null with `*length` 0 when there is none.

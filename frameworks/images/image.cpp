@@ -30,7 +30,7 @@ constexpr Layout packed(ImageDepthType depthType) {
     return {depthType, 1, {{0, 0, static_cast<uint8_t>(4 * depthType), 0}}};
 }
 
-// The third plane of YUV422P lands one byte behind the start of the second: readers of such images depend on it.
+// The third plane of YUV422P is copied to one byte after the start of the second. This is part of the interface.
 constexpr Layout kYuv422p = {IMAGE_DEPTH_TYPE_16U, 3, {{0, 0, 4, 0}, {4, 4, 2, 0}, {6, 4, 2, 1}}};
 constexpr Layout kPlanar420 = {IMAGE_DEPTH_TYPE_16U, 2, {{0, 0, 4, 0}, {4, 4, 2, 0}}};
 constexpr Layout kSemiPlanar420 = {IMAGE_DEPTH_TYPE_16U, 3, {{0, 0, 4, 0}, {4, 4, 1, 0}, {5, 5, 1, 0}}};

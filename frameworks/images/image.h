@@ -13,10 +13,12 @@
 //   YV12, YU12        2N           0         N         (none: both chroma planes share plane 1)
 //   NV12, NV21        2N           0         N         5N/4 (interleaved chroma is written from plane 1 on)
 //
-// The image owns the allocation, which comes from galloc_malloc or galloc_alloc; everything in it that was not copied
-// from the caller reads 0. Two zero bytes follow it, because the RGBA to gray conversion reads up to two bytes past a
-// gray plane. A picture of no pixels, of more than 2^32 - 1 bytes, of an unknown format, or for which memory is short
-// has no planes at all; nothing is thrown or logged. One object per thread at a time.
+// The image owns the allocation. Bytes that were not copied from the caller are 0. Two more zero bytes follow, because
+// the RGBA to gray conversion reads up to two bytes past a gray plane. An image without pixels, with more than 2^32 - 1
+// bytes, of an unknown format or without memory has no planes; nothing is thrown or logged. One thread at a time uses
+// an image.
+//
+// Fixed by the interface: the names, the values and this layout. How the memory is got is ours to change.
 #ifndef KORVANE_FRAMEWORKS_IMAGES_IMAGE_H_
 #define KORVANE_FRAMEWORKS_IMAGES_IMAGE_H_
 
@@ -67,7 +69,7 @@ class KORVANE_API Image : public RefBase {
     static Image* createImage(uint32_t width, uint32_t height, uint32_t depth, ImageFormatType format,
                               unsigned char** planes);
 
-    // Makes the image another one: the old pixels are freed first, so `planes` must not point into them. A format
+    // Replaces size, format and pixels. The old pixels are freed first, so `planes` must not point into them. A format
     // without planes leaves the depth type as it was.
     void set(uint32_t width, uint32_t height, uint32_t depth, ImageFormatType format, unsigned char** planes);
 
@@ -77,7 +79,7 @@ class KORVANE_API Image : public RefBase {
     // N + 1, on top of the second one, and not to where plane 2 points. Planes from an earlier call are replaced.
     void configuare(unsigned char** planes);
 
-    // Exchanges everything but the counts: a new picture moves in without a copy.
+    // Exchanges everything but the counts, without copying pixels.
     void swap(Image& other);
 
     uint32_t getWidth() const { return m_ImageWidth; }

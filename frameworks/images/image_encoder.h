@@ -13,7 +13,8 @@
 
 class KORVANE_API ImageEncoder : public RefBase {
   public:
-    enum Type {
+    // The fixed type makes every int a valid value.
+    enum Type : int {
         IMAGE_ENCODER_TYPE_NONE = 0,
         IMAGE_ENCODER_TYPE_JPEG = 1,
         IMAGE_ENCODER_TYPE_MAX = 2,

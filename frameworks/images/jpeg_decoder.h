@@ -18,7 +18,7 @@ class KORVANE_API JpegDecoder : public ImageDecoder {
 
     // False, with the image as it was, when the stream ends before the last line, when the picture needs more than
     // 2^32 - 1 bytes, or on any of libjpeg's fatal errors, which also gives one line in the log. Damage that libjpeg
-    // only warns about (bad entropy-coded data, a misplaced end marker) still gives a picture, as every viewer does.
+    // only warns about (bad entropy-coded data, a misplaced end marker) still gives a picture.
     bool onDecode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) override;
 };
 

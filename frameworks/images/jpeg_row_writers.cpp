@@ -10,6 +10,9 @@ void Write_Gray(const unsigned char* src, unsigned char* dst, int width) {
 }
 
 void Write_RGB(const unsigned char* src, unsigned char* dst, int width) {
+    if (width < 1) {
+        return;
+    }
     galloc_memcpy(dst, src, static_cast<size_t>(width) * 3);
 }
 

@@ -1,16 +1,19 @@
-// Row writers: one row of an image's pixels to the 3 bytes a pixel that libjpeg is given.
+// Row writers: each turns one row of `width` pixels into 3 bytes a pixel, as libjpeg takes them. `src` and `dst` must
+// not overlap. A width below 1 or a null pointer writes nothing.
 #ifndef KORVANE_FRAMEWORKS_IMAGES_JPEG_ROW_WRITERS_H_
 #define KORVANE_FRAMEWORKS_IMAGES_JPEG_ROW_WRITERS_H_
 
-// The grey byte three times.
-void Write_Gray(const unsigned char* src, unsigned char* dst, int width);
+#include "frameworks/core/export.h"
 
-void Write_RGB(const unsigned char* src, unsigned char* dst, int width);
+// The grey byte three times.
+KORVANE_API void Write_Gray(const unsigned char* src, unsigned char* dst, int width);
+
+KORVANE_API void Write_RGB(const unsigned char* src, unsigned char* dst, int width);
 
 // R, G, B; the alpha byte is left out.
-void Write_RGBA(const unsigned char* src, unsigned char* dst, int width);
+KORVANE_API void Write_RGBA(const unsigned char* src, unsigned char* dst, int width);
 
 // Y, U, V as they lie.
-void Write_YUV(const unsigned char* src, unsigned char* dst, int width);
+KORVANE_API void Write_YUV(const unsigned char* src, unsigned char* dst, int width);
 
 #endif  // KORVANE_FRAMEWORKS_IMAGES_JPEG_ROW_WRITERS_H_

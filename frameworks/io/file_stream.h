@@ -40,7 +40,7 @@ class KORVANE_API FileStream : public Stream {
 
     bool rewind() override;
 
-    // The length in bytes when the file was opened, whatever was written since; 0 for what has no length (a pipe).
+    // The length in bytes when the file was opened; later writes do not change it. 0 for a pipe.
     size_t getLength() override;
 
     void flush() override;

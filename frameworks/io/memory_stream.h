@@ -25,9 +25,9 @@ class KORVANE_API MemoryStream : public Stream {
     size_t read(void* buffer, size_t count) override;
     size_t write(void* buffer, size_t count) override;
 
-    // Moves to `offset` from the beginning, else by `offset` from the current position: SEEK_ORIGIN_END counts from the
-    // current position too. The position stops at both ends of the block, but the result is the distance to where the
-    // move would have led. -1 without a block.
+    // SEEK_ORIGIN_BEGIN moves to `offset`; SEEK_ORIGIN_CURRENT and also SEEK_ORIGIN_END move by `offset` from the
+    // current position. The position stops at both ends of the block. The result is the distance without that stop, or
+    // -1 without a block.
     int64_t seek(int64_t offset, SeekOrign origin) override;
 
     // The size of the block in bytes.
@@ -35,7 +35,7 @@ class KORVANE_API MemoryStream : public Stream {
 
     void flush() override;
 
-    // Lets go of the block and frees it if it is owned.
+    // Drops the block, and frees it if it is owned.
     void close() override;
 
   private:

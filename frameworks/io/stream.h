@@ -1,8 +1,11 @@
-// Stream: what the library reads bytes from and writes bytes to, be it a file, a block of memory or a Java object.
+// Stream: bytes to read and to write, in a file, a block of memory or a Java object.
 //
-// The family is lenient: no operation throws or sets an error state. What a class cannot do answers with a fixed
-// neutral value, and failures are return values that differ from class to class (see each header). A stream is used by
-// one thread at a time; it is normally held by auto_ptr<Stream>.
+// No operation throws or keeps an error state. What a class cannot do gives a fixed neutral value; failures are return
+// values that differ from class to class (see each header). One thread at a time uses a stream. It is normally held by
+// auto_ptr<Stream>.
+//
+// Fixed by the interface: all names (SeekOrign too), values, results and the order of virtual operations in this
+// folder.
 #ifndef KORVANE_FRAMEWORKS_IO_STREAM_H_
 #define KORVANE_FRAMEWORKS_IO_STREAM_H_
 
@@ -19,10 +22,9 @@ enum SeekOrign : int {
     SEEK_ORIGIN_END = 2,
 };
 
-// The order of the virtual operations is part of the binary interface.
 class KORVANE_API Stream : public RefBase {
   public:
-    // Delivers up to `count` bytes and returns how many. A null `buffer` asks to skip `count` bytes; not every stream
+    // Delivers up to `count` bytes and returns how many. With a null `buffer` it skips `count` bytes, where the class
     // can.
     virtual size_t read(void* buffer, size_t count) = 0;
 
@@ -41,7 +43,7 @@ class KORVANE_API Stream : public RefBase {
     virtual size_t getLength() = 0;
     virtual void flush() = 0;
 
-    // False here: not every stream knows its end before reading on from it.
+    // False here: not every stream knows its end before it has tried to read there.
     virtual bool isAtEnd() const;
 
     virtual void close() = 0;

@@ -29,7 +29,7 @@ class KORVANE_API StreamReader : public Stream {
     void flush() override;
     void close() override;
 
-    // 0 without a wrapped stream. At the end of the stream the missing bytes are 0; nothing tells that from data.
+    // 0 without a wrapped stream. Past the end of the stream missing bytes are 0, which looks like data.
     virtual int8_t readByte();
     virtual int16_t readShortInt();
     virtual int32_t readInt();

@@ -30,7 +30,7 @@ class KORVANE_API StreamWriter : public Stream {
     void flush() override;
     void close() override;
 
-    // False without a wrapped stream, else true: whether the bytes found room is not looked at.
+    // False without a wrapped stream, else true, also when the stream had no room.
     virtual bool writeByte(int8_t value);
     virtual bool writeShortInt(int16_t value);
     virtual bool writeInt(int32_t value);

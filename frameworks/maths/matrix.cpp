@@ -20,7 +20,7 @@ float sign(int k) {
     return k % 2 == 0 ? 1.0F : -1.0F;
 }
 
-// The matrix itself, or null and the half-built object gone when it has no storage.
+// The matrix if it has storage; else it is deleted, and the result is null.
 Matrix* completed(Matrix* matrix) {
     if (hasStorage(matrix)) {
         return matrix;
@@ -30,8 +30,11 @@ Matrix* completed(Matrix* matrix) {
 }
 
 Matrix* addScaled(Matrix* a, const Matrix* b, float scale) {
-    if (!hasStorage(a) || !hasStorage(b) || a->m_Row != b->m_Row || a->m_Col != b->m_Col) {
+    if (a == nullptr || b == nullptr || a->m_Row != b->m_Row || a->m_Col != b->m_Col) {
         return nullptr;
+    }
+    if (!hasStorage(a) || !hasStorage(b)) {
+        return a;
     }
     float* sum = a->m_Data[0];
     const float* term = b->m_Data[0];
@@ -49,7 +52,7 @@ Matrix::Matrix(int rows, int cols) : m_Row(rows), m_Col(cols) {
     }
 }
 
-Matrix::Matrix(int rows, int cols, const float* data) : m_Row(rows), m_Col(cols) {
+Matrix::Matrix(int rows, int cols, float* data) : m_Row(rows), m_Col(cols) {
     if (data != nullptr && allocate()) {
         galloc_memcpy(m_Data[0], data, elementCount(*this) * sizeof(float));
     }
@@ -57,7 +60,7 @@ Matrix::Matrix(int rows, int cols, const float* data) : m_Row(rows), m_Col(cols)
 
 Matrix::Matrix(int n) : Matrix(n, n) {}
 
-Matrix::Matrix(int n, const float* data) : Matrix(n, n, data) {}
+Matrix::Matrix(int n, float* data) : Matrix(n, n, data) {}
 
 Matrix::~Matrix() {
     galloc_free(m_Data);
@@ -92,7 +95,7 @@ Matrix* Matrix::create(int rows, int cols) {
     return completed(new (std::nothrow) Matrix(rows, cols));
 }
 
-Matrix* Matrix::create(int rows, int cols, const float* data) {
+Matrix* Matrix::create(int rows, int cols, float* data) {
     return completed(new (std::nothrow) Matrix(rows, cols, data));
 }
 
@@ -100,30 +103,33 @@ Matrix* Matrix::create(int n) {
     return create(n, n);
 }
 
-Matrix* Matrix::create(int n, const float* data) {
+Matrix* Matrix::create(int n, float* data) {
     return create(n, n, data);
 }
 
-Matrix* Matrix::add(Matrix* a, const Matrix* b) {
+Matrix* Matrix::add(Matrix* a, Matrix* b) {
     return addScaled(a, b, 1.0F);
 }
 
-Matrix* Matrix::sub(Matrix* a, const Matrix* b) {
+Matrix* Matrix::sub(Matrix* a, Matrix* b) {
     return addScaled(a, b, -1.0F);
 }
 
 Matrix* Matrix::multiply(Matrix* a, float s) {
-    if (!hasStorage(a)) {
-        return nullptr;
-    }
-    for (size_t i = 0; i < elementCount(*a); ++i) {
+    for (size_t i = 0; hasStorage(a) && i < elementCount(*a); ++i) {
         a->m_Data[0][i] *= s;
     }
     return a;
 }
 
-Matrix* Matrix::multiply(const Matrix* a, const Matrix* b) {
-    if (!hasStorage(a) || !hasStorage(b) || a->m_Col != b->m_Row) {
+Matrix* Matrix::multiply(Matrix* a, Matrix* b) {
+    if (a == nullptr || b == nullptr || a->m_Col != b->m_Row) {
+        return nullptr;
+    }
+    if (a->m_Row < 1) {
+        return new (std::nothrow) Matrix(a->m_Row, b->m_Col);
+    }
+    if (!hasStorage(a) || !hasStorage(b)) {
         return nullptr;
     }
     Matrix* product = create(a->m_Row, b->m_Col);
@@ -179,7 +185,7 @@ float Matrix::det() const {
     if (m_Row == 2 && m_Col == 2) {
         return m_Data[0][0] * m_Data[1][1] - m_Data[0][1] * m_Data[1][0];
     }
-    // One term a column, since that is what the expansion counts; rows that are not there add nothing.
+    // One term for each column; missing rows add nothing.
     float sum = 0;
     for (int k = 0; k < std::min(m_Col, m_Row); ++k) {
         sum += sign(k) * m_Data[k][0] * cofator(k, 0);

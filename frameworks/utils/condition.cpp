@@ -28,7 +28,7 @@ status_t Condition::wait(Mutex& mutex) {
 
 status_t Condition::waitRelative(Mutex& mutex, nsecs_t reltime) {
     constexpr nsecs_t kNanosecondsPerSecond = 1'000'000'000;
-    // Not added to the current time, on purpose: the workers' polling and Thread::sleep as a yield rest on it.
+    // On purpose not added to the current time: the workers' polling and Thread::sleep rely on the immediate return.
     timespec deadline{};
     deadline.tv_sec = static_cast<time_t>(reltime / kNanosecondsPerSecond);
     deadline.tv_nsec = static_cast<long>(reltime % kNanosecondsPerSecond);

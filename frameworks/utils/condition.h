@@ -33,8 +33,8 @@ class KORVANE_API Condition : public RefBase {
     // Waits without a limit; 0 or a negated errno value.
     status_t wait(Mutex& mutex);
 
-    // Returns -ETIMEDOUT at once for every ordinary `reltime`: the relative time is handed to the system as an absolute
-    // deadline, which then lies near the epoch. Threads that wait here poll, and are written for it.
+    // Returns -ETIMEDOUT at once: `reltime` is given to the system as an absolute deadline, so it lies near the year
+    // 1970. This is part of the interface. Threads that wait here poll.
     status_t waitRelative(Mutex& mutex, nsecs_t reltime);
 
     // Wakes one waiter.

@@ -1,8 +1,8 @@
 // GuardedArray<T>: a growable array that guards itself.
 //
-// The capture workers and the thread pool look at their queues without the lock that the other side holds. That order
-// of locks and signals is theirs to keep; this container only sees to it that each single operation is whole. Elements
-// are destroyed outside the lock, so a destructor may use the array.
+// The capture workers and the thread pool look at their queues without the lock that the other side holds. Here a short
+// lock of its own makes each single operation safe. Elements are destroyed outside that lock, so their destructors may
+// use the array.
 #ifndef KORVANE_FRAMEWORKS_UTILS_GUARDED_ARRAY_H_
 #define KORVANE_FRAMEWORKS_UTILS_GUARDED_ARRAY_H_
 

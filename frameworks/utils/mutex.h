@@ -13,7 +13,7 @@ class KORVANE_API Mutex : public RefBase {
   public:
     enum { PRIVATE = 0, SHARED = 1 };
 
-    // Default attributes. Names are for the reader of the calling code; they are ignored.
+    // Default attributes. The name is ignored.
     Mutex();
     explicit Mutex(const char* name);
 
@@ -25,11 +25,11 @@ class KORVANE_API Mutex : public RefBase {
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
 
-    // 0, or a negated errno value (tryLock: -EBUSY when somebody holds it).
+    // 0, or a negated errno value (tryLock: -EBUSY when it is held).
     int lock();
     int tryLock();
 
-    // The result of the system is dropped.
+    // The system's result is ignored.
     void unlock();
 
   private:

@@ -11,7 +11,7 @@ class KORVANE_API RWLock : public RefBase {
   public:
     enum { PRIVATE = 0, SHARED = 1 };
 
-    // Default attributes; names are ignored.
+    // Default attributes. The name is ignored.
     RWLock();
     explicit RWLock(const char* name);
 
@@ -23,13 +23,13 @@ class KORVANE_API RWLock : public RefBase {
     RWLock(const RWLock&) = delete;
     RWLock& operator=(const RWLock&) = delete;
 
-    // 0, or a negated errno value (the try forms: -EBUSY when the lock is not to be had).
+    // 0, or a negated errno value (the try forms: -EBUSY when the lock is held).
     int readLock();
     int tryReadLock();
     int writeLock();
     int tryWriteLock();
 
-    // Gives back either kind of lock; the result of the system is dropped.
+    // Releases either kind of lock. The system's result is ignored.
     void unlock();
 
   private:

@@ -17,7 +17,9 @@ status_t Thread::start() {
 }
 
 status_t Thread::startCounted() {
-    if (m_Count == 0) {
+    // Atomic, since a thread of an earlier start may be dropping its reference just now. The caller's own reference
+    // keeps the count above 0.
+    if (__atomic_load_n(&m_Count, __ATOMIC_RELAXED) == 0) {
         return create(thread_proc);
     }
     incStrong();
@@ -41,11 +43,13 @@ status_t Thread::create(void* (*entry)(void*)) {
         KORVANE_LOGD("thread start fail.......");
         return error;
     }
+    // Nobody can join the thread of an earlier start any more; detached, it is freed when it ends.
+    detach();
     m_Tid = tid;
     // Whoever sees the flag sees m_Tid, also the new thread.
     m_IsJoinable.store(true, std::memory_order_release);
-    // Cleared only now: a thread object that was joined and is started again loses the race when its new thread looks
-    // at the flag first, and then ends without running. Callers make a new object for a new run.
+    // Cleared only now: when an object that was joined is started again, its new thread may look at the flag first, and
+    // then ends without running. Callers make a new object for a new run.
     m_IsStop.store(false, std::memory_order_relaxed);
     return 0;
 }
@@ -66,7 +70,7 @@ void* Thread::thread_proc(void* arg) {
 
 void* Thread::counted_proc(void* arg) {
     const auto_ptr<Thread> self(static_cast<Thread*>(arg));
-    self->decStrong();  // The one that startCounted() took for us: `self` counts from here.
+    self->decStrong();  // The reference from startCounted(); `self` holds its own by now.
     return thread_proc(arg);
 }
 
@@ -79,7 +83,7 @@ status_t Thread::join() {
     }
     const int error = pthread_join(m_Tid, nullptr);
     if (error != 0) {
-        // A thread that joined itself is still there for its owner to join.
+        // A thread that tried to join itself can still be joined by its owner.
         m_IsJoinable.store(true, std::memory_order_release);
     }
     return error;

@@ -1,7 +1,7 @@
 // Thread: a POSIX thread that runs a counted IRunnable, or its own run().
 //
-// The thread does not own its object: the caller keeps the Thread alive while it runs, and joins it before it lets it
-// go. The destructor neither joins nor detaches.
+// The system's thread does not own the Thread object. The caller keeps the object until the thread has ended, and joins
+// it first: the destructor neither joins nor detaches.
 #ifndef KORVANE_FRAMEWORKS_UTILS_THREAD_H_
 #define KORVANE_FRAMEWORKS_UTILS_THREAD_H_
 
@@ -31,7 +31,8 @@ class KORVANE_API Thread : public RefBase {
 
     ~Thread() override;
 
-    // Creates the system's thread. 0, or the positive error number of the creation, which is also logged.
+    // Creates the system's thread. 0, or the positive error number of the creation, which is also logged. Of several
+    // starts only the last thread can be joined.
     virtual status_t start();
 
     // What the thread does when it has no runnable. Empty here.
@@ -49,13 +50,12 @@ class KORVANE_API Thread : public RefBase {
     static void* thread_proc(void* arg);
 
   protected:
-    // start() for a counted object whose owners may let it go while its thread still runs: the thread holds a reference
-    // of its own until it has ended. An object that nobody counts (on the stack, embedded) is started as by start(),
-    // and its owner has to join it.
+    // start() for counted objects: the thread holds a reference of its own until it ends, so the owners may drop theirs
+    // earlier. An object with count 0 (on the stack, embedded) is started as by start(), and its owner must join it.
     status_t startCounted();
 
-    // Gives the thread's resources back to the system when it ends, if it was started and not joined; for destructors
-    // of classes that use startCounted().
+    // Lets the system free the thread's resources when it ends, if it was started and not joined. For destructors of
+    // classes that use startCounted().
     void detach();
 
     pthread_t m_Tid{};
@@ -66,7 +66,7 @@ class KORVANE_API Thread : public RefBase {
     status_t create(void* (*entry)(void*));
     static void* counted_proc(void* arg);
 
-    // Joining an id that is not (or no longer) a thread crashes on some systems, so join() asks here first.
+    // Joining an id that names no thread crashes on some systems, so join() asks here first.
     std::atomic<bool> m_IsJoinable{false};
 };
 

@@ -5,8 +5,8 @@
 
 #include "frameworks/utils/guarded_array.h"
 
-// What the workers of one pool share with it. On desktop Linux a condition that threads wait on blocks its destruction
-// for ever, and everywhere the waiters would touch freed memory: hence counted, and never destroyed under a waiter.
+// What a pool shares with its workers. It is counted, because it must outlive blocked workers: they would use freed
+// memory, and on desktop Linux destroying a condition with waiters never returns.
 class ThreadPoolTasks : public RefBase {
   public:
     void submit(const auto_ptr<IRunnable>& task) {
@@ -16,8 +16,8 @@ class ThreadPoolTasks : public RefBase {
         m_WorkTaskCondition.signal();
     }
 
-    // Waits for a task while `isRunning`. Null when the worker was stopped and there is none; a stopped worker that
-    // wakes to a task still takes it, since the one signal for it is spent.
+    // Waits for a task while `isRunning`. Null when the worker was stopped and there is none. A stopped worker takes
+    // the task that woke it, since each task is signalled only once.
     auto_ptr<IRunnable> take(const std::atomic<bool>& isRunning) {
         auto_ptr<IRunnable> task;
         const std::lock_guard<Mutex> guard(m_WorkTaskMutex);
@@ -83,7 +83,7 @@ ThreadPool::ThreadPool(int workerNum) : m_WorkerNum(workerNum), m_Tasks(new (std
             m_WorkerThread.emplace_back(new ThreadWorker(this));
         }
     } catch (const std::bad_alloc&) {
-        // The workers that memory sufficed for do all the work.
+        // The workers that could be made do all the work.
     }
 }
 

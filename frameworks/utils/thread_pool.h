@@ -1,9 +1,9 @@
 // ThreadPool: a fixed number of worker threads that run tasks from one first-in, first-out queue.
 //
-// Workers are made stopped and started together. Shutting down waits until the queue has drained, then lets the workers
-// go without joining them: a task that runs at that moment runs on, and a worker that waits for a task stays blocked
-// for the life of the process. What such workers use (the queue, its lock and condition, their own object) is counted
-// and shared with them, so it outlives the pool, and destroying the pool returns at once.
+// Workers are made stopped and started together. Shutting down waits until the queue is empty and then drops the
+// workers without joining them. A task that is running goes on. A worker that waits for a task stays blocked as long as
+// the process lives. What it uses (queue, lock, condition, its own object) is counted and outlives the pool, so
+// destroying the pool returns at once.
 //
 // Any thread may submit; start, shutdown and destruction belong to the pool's owner.
 #ifndef KORVANE_FRAMEWORKS_UTILS_THREAD_POOL_H_
@@ -20,7 +20,7 @@
 class ThreadPool;
 class ThreadPoolTasks;
 
-// One thread of a pool. Hold it through auto_ptr; an object that nobody counts must be joined before it goes.
+// One thread of a pool. Hold it through auto_ptr; an object with count 0 must be joined before it is destroyed.
 class KORVANE_API ThreadWorker : public Thread {
   public:
     // `pool` is not counted; with null the worker's run() does nothing. The pool may go before the worker does.
@@ -54,7 +54,7 @@ class KORVANE_API ThreadPool : public RefBase {
     // memory for the queue the pool ignores what is submitted.
     explicit ThreadPool(int workerNum);
 
-    // Does what shutdown() does first, so it never returns when tasks are queued that no worker will take.
+    // Calls shutdown(), so it never returns when tasks are queued that no worker will take.
     ~ThreadPool() override;
 
     ThreadPool(const ThreadPool&) = delete;
@@ -68,8 +68,8 @@ class KORVANE_API ThreadPool : public RefBase {
     void submit(IRunnable* task);
     void submit(auto_ptr<IRunnable>& task);
 
-    // Spins until the queue is empty, stops all workers and lets them go. Never returns when tasks are queued and the
-    // pool was never started.
+    // Waits in a busy loop until the queue is empty, then stops and drops all workers. Never returns when tasks are
+    // queued and the pool was never started.
     void shutdown();
 
   private:

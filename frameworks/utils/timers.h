@@ -9,13 +9,13 @@
 // A signed count of nanoseconds.
 using nsecs_t = int64_t;
 
-// Wall-clock time since the epoch at microsecond resolution. Every `clock` is the wall clock.
+// Wall-clock time since the epoch, in steps of a microsecond. `clock` is ignored.
 KORVANE_API nsecs_t systemTime(int clock);
 
-// Does nothing; it stands for callers that were built against it.
+// Does nothing. The name is part of the interface.
 KORVANE_API void make_timeout(int ms);
 
-// Whole milliseconds from `referenceTime` to `timeoutTime`, rounded up: 0 when that time has come, -1 (wait for ever)
+// Whole milliseconds from `referenceTime` to `timeoutTime`, rounded up. 0 when that time has passed; -1 (wait for ever)
 // when they do not fit an int.
 KORVANE_API int toMillisecondTimeoutDelay(nsecs_t referenceTime, nsecs_t timeoutTime);
 

@@ -1,12 +1,17 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <limits>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "applications/filters/gpu_image_filter_factory.h"
+#include "frameworks/gpu/program_cache.h"
 #include "tests/applications/filters/reference_filters.h"
 #include "tests/support/gl_surface.h"
 #include "tests/support/log_capture.h"
@@ -332,6 +337,57 @@ TEST_F(Filters, WorksWithoutWhatItNeedsByDoingNothing) {
     EXPECT_NEAR(pixels[0], 9, 2);
     table->release();
     table->release();
+}
+
+TEST_F(Filters, ASecondEngineTakesThePlaceOfTheFirst) {
+    for (const char* name : {"Mirror", "Table"}) {
+        SCOPED_TRACE(name);
+        const OwnedFilter filter = create(name);
+        const std::vector<unsigned char> input = smooth_picture(12, 10).pixels;
+        std::vector<unsigned char> results[2] = {input, input};
+        for (std::vector<unsigned char>& pixels : results) {
+            filter->initEngine();
+            std::vector<unsigned char> untouched = input;
+            filter->process(untouched.data(), 12, 10);
+            EXPECT_EQ(untouched, input) << "not set up for the new engine";
+            ASSERT_NE(filter->setupGraphics(1), 0);
+            filter->process(pixels.data(), 12, 10);
+        }
+        EXPECT_NE(results[0], input);
+        EXPECT_EQ(results[0], results[1]);
+
+        // The bytes of this picture fit no int.
+        unsigned char pixel[4] = {1, 2, 3, 4};
+        filter->process(pixel, std::numeric_limits<int>::max(), std::numeric_limits<int>::max());
+        EXPECT_EQ(pixel[0], 1);
+    }
+}
+
+TEST_F(Filters, LongNamesKeepTheirVariantsApartInTheCache) {
+    class LongNamed : public ImageFilterBaseGL {
+      public:
+        const char* getFilterName() override { return m_Name.c_str(); }
+
+      private:
+        const std::string m_Name = std::string(200, 'a') + '/' + std::string(100, 'b');
+    };
+    GlSurface surface(8, 8);
+    std::string folder = testing::TempDir() + "korvane_filters_XXXXXX";
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    ASSERT_EQ(korvane::set_program_cache_directory(folder.c_str()), 0);
+    std::filesystem::create_directory(folder + "/" + std::string(200, 'a'));
+    for (const bool external : {true, false}) {
+        const OwnedFilter filter(new LongNamed);
+        if (external) {
+            std::ofstream(folder + "/" + filter->getFilterName() + "_oes.osb") << "no program at all";
+        }
+        m_Log.clear();
+        filter->setupGraphics(external ? 0 : 1);
+        // Only a program from the cache is given to GL as a binary.
+        EXPECT_THAT(m_Log.lines(), testing::Contains(testing::HasSubstr("glProgramBinary")).Times(external ? 1 : 0));
+    }
+    korvane::set_program_cache_directory(nullptr);
+    std::filesystem::remove_all(folder);
 }
 
 }  // namespace

@@ -24,14 +24,15 @@ TEST(AutoPtr, LastHolderDeletes) {
     int deaths = 0;
     auto* object = new Counted(&deaths);
     EXPECT_EQ(object->count(), 0U);
+    auto_ptr<Counted> first(object);
     {
-        auto_ptr<Counted> first(object);
-        {
-            const auto_ptr<Counted> second(first);
-            EXPECT_EQ(object->count(), 2U);
-        }
-        EXPECT_EQ(deaths, 0);
+        const auto_ptr<Counted> second(first);
+        EXPECT_EQ(object->count(), 2U);
+        first.clear();
+        first.clear();
+        EXPECT_EQ(first.get(), nullptr);
         EXPECT_EQ(object->count(), 1U);
+        EXPECT_EQ(deaths, 0);
     }
     EXPECT_EQ(deaths, 1);
 }
@@ -50,17 +51,6 @@ TEST(AutoPtr, AssignmentKeepsTheObjectItAlreadyHolds) {
     holder = static_cast<Counted*>(nullptr);
     EXPECT_EQ(deaths, 2);
     EXPECT_EQ(holder.get(), nullptr);
-}
-
-TEST(AutoPtr, ClearReleasesAndLeavesNullAlsoWhenOthersStillHold) {
-    int deaths = 0;
-    auto_ptr<Counted> first(new Counted(&deaths));
-    auto_ptr<Counted> second(first);
-    first.clear();
-    first.clear();
-    EXPECT_EQ(first.get(), nullptr);
-    EXPECT_EQ(deaths, 0);
-    EXPECT_EQ(second->count(), 1U);
 }
 
 TEST(AutoPtr, ComparesRawPointers) {

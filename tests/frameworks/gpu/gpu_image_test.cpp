@@ -52,7 +52,7 @@ class GpuImage : public GpuTest {
 };
 
 TEST_F(GpuImage, ConstructionUploadAndDestructionMakeTheirCallsInOrder) {
-    const Bytes pixels = random_bytes(3 * 2 * 4, 1);
+    Bytes pixels = random_bytes(3 * 2 * 4, 1);
     m_Recorder.take();
     m_Recorder.fail_every_call(GL_INVALID_ENUM);
     {
@@ -109,7 +109,7 @@ TEST_F(GpuImage, ConstructionUploadAndDestructionMakeTheirCallsInOrder) {
 }
 
 TEST_F(GpuImage, VolumesMakeTheirCallsInOrder) {
-    const Bytes pixels = random_bytes(24, 1);
+    Bytes pixels = random_bytes(24, 1);
     m_Recorder.take();
     m_Recorder.fail_every_call(GL_INVALID_ENUM);
     { const GPUImage3D volume(context(), 2, 3, 4, 1, pixels.data()); }
@@ -162,7 +162,7 @@ TEST_F(GpuImage, EveryFormatFillsAVolumeSliceBySlice) {
         for (int format = 1; format <= 4; ++format) {
             SCOPED_TRACE(testing::Message() << width << " x " << height << " format " << format);
             const size_t sliceBytes = static_cast<size_t>(width * height * format);
-            const Bytes pixels = random_bytes(sliceBytes * kDepth, 9);
+            Bytes pixels = random_bytes(sliceBytes * kDepth, 9);
             GPUImage3D volume(context(), width, height, kDepth, format, pixels.data());
             for (int slice = 0; slice < kDepth; ++slice) {
                 program->beganCompute();
@@ -297,7 +297,7 @@ TEST_F(GpuImage, WrappedTexturesSurviveUnlessHandedOver) {
 }
 
 TEST_F(GpuImage, ExternalTextureThroughAnEglImageIsDrawn) {
-    const Bytes pixels = random_bytes(5 * 3 * 4, 6);
+    Bytes pixels = random_bytes(5 * 3 * 4, 6);
     GPUImage2D source(context(), 5, 3, 4, pixels.data());
     const ExternalTexture external(source.getTextureID());
     GPUImage2D camera(context(), external.name(), 5, 3, 5, false, true);
@@ -307,6 +307,32 @@ TEST_F(GpuImage, ExternalTextureThroughAnEglImageIsDrawn) {
     m_Recorder.take();
     EXPECT_EQ(draw(*program, &camera, 5, 3), upside_down(pixels, 5));
     EXPECT_THAT(m_Recorder.take_log(), IsEmpty());
+}
+
+TEST_F(GpuImage, TransfersArePackedUnderEveryAlignmentAndPutItBack) {
+    const auto_ptr<GPUProgram> program = make_fetcher("sampler2D", "ivec2(gl_FragCoord.xy)");
+    for (const GLint alignment : {1, 2, 4, 8}) {
+        glPixelStorei(GL_UNPACK_ALIGNMENT, alignment);
+        glPixelStorei(GL_PACK_ALIGNMENT, alignment);
+        for (int format = 1; format <= 4; ++format) {
+            SCOPED_TRACE(testing::Message() << "alignment " << alignment << " format " << format);
+            Bytes pixels = random_bytes(static_cast<size_t>(3 * 2 * format), 5);
+            GPUImage2D image(context(), 3, 2, format, pixels.data());
+            EXPECT_EQ(draw(*program, &image, 3, 2), expand(pixels, format));
+        }
+        GLint found = 0;
+        glGetIntegerv(GL_UNPACK_ALIGNMENT, &found);
+        EXPECT_EQ(found, alignment);
+        glGetIntegerv(GL_PACK_ALIGNMENT, &found);
+        EXPECT_EQ(found, alignment);
+
+        // Rows of a multiple of 8 bytes lie alike under every alignment.
+        Bytes wide = random_bytes(4 * 2 * 4, 6);
+        m_Recorder.take();
+        GPUImage2D image(context(), 4, 2, 4, wide.data());
+        EXPECT_EQ(download(image), wide);
+        EXPECT_THAT(m_Recorder.take_calls(), testing::Not(Contains(testing::StartsWith("glPixelStorei"))));
+    }
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ class GpuLifeCycle : public GpuTest {
   protected:
     // Every kind of object made, used and destroyed.
     void use_everything() {
-        const Bytes pixels = random_bytes(64 * 33 * 4, 1);
+        Bytes pixels = random_bytes(64 * 33 * 4, 1);
         GPUImage2D image(context(), 64, 33, 4, pixels.data());
         const GPUImage3D volume(context(), 16, 16, 16, 1, pixels.data());
         const auto_ptr<GPUProgram> program = make_program(kVertexShader, kCopyShader);

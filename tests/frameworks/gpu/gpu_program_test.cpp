@@ -154,10 +154,9 @@ constexpr const char* kUniformsShader =
 using Setter = std::function<void(GPUProgram&, const char* name, int count, const std::vector<float>* values)>;
 
 template <typename Value>
-Setter setter(void (GPUProgram::*set)(const char*, int, const Value*)) {
+Setter setter(void (GPUProgram::*set)(const char*, int, Value*)) {
     return [set](GPUProgram& program, const char* name, int count, const std::vector<float>* values) {
-        const std::vector<Value> typed =
-            values ? std::vector<Value>(values->begin(), values->end()) : std::vector<Value>();
+        std::vector<Value> typed = values ? std::vector<Value>(values->begin(), values->end()) : std::vector<Value>();
         (program.*set)(name, count, values ? typed.data() : nullptr);
     };
 }
@@ -282,7 +281,8 @@ TEST_F(GpuProgram, FailuresAreLoggedAndLeaveAProgramThatDoesNothing) {
     for (const char* function : {"glCreateShader", "glCreateProgram"}) {
         m_Recorder.answer(function, 0);
         EXPECT_EQ(GPUUtils::createProgram(kVertexShader, kCopyShader), 0U);
-        EXPECT_EQ(GPUUtils::createProgram(1, kCopyShader, 4), 0U);
+        char binary[4] = {};
+        EXPECT_EQ(GPUUtils::createProgram(1, binary, 4), 0U);
         m_Recorder.heal();
     }
 }
@@ -388,7 +388,7 @@ class GpuProgramCache : public GpuProgram {
 };
 
 TEST_F(GpuProgramCache, CachedProgramDrawsWithoutCompiling) {
-    const Bytes pixels = random_bytes(5 * 3 * 4, 2);
+    Bytes pixels = random_bytes(5 * 3 * 4, 2);
     GPUImage2D image(context(), 5, 3, 4, pixels.data());
     const Bytes expected = draw(*make_program(kVertexShader, kCopyShader), &image, 5, 3);
     const Bytes bytes = fill_cache();

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <random>
@@ -81,14 +80,6 @@ Bytes picture(unsigned width, unsigned height, unsigned components) {
     return pixels;
 }
 
-double psnr(const unsigned char* a, const unsigned char* b, size_t count) {
-    double sum = 0;
-    for (size_t i = 0; i < count; ++i) {
-        sum += (a[i] - b[i]) * (a[i] - b[i]);
-    }
-    return 10 * std::log10(255.0 * 255.0 * static_cast<double>(count) / std::max(sum, 1e-9));
-}
-
 auto_ptr<Image> make_image(const Bytes& pixels, unsigned width, unsigned height, ImageFormatType format) {
     unsigned char* planes[4] = {const_cast<unsigned char*>(pixels.data())};
     return auto_ptr<Image>(new Image(width, height, 1, format, planes));
@@ -118,94 +109,50 @@ Bytes pixels_of(Image* image) {
     return first == nullptr ? Bytes() : Bytes(first, first + count);
 }
 
-Bytes read_file(const char* path) {
-    FileStream in(path, FileStream::FILE_MODE_ONLY_READ);
-    Bytes file(in.getLength());
-    EXPECT_EQ(in.read(file.data(), file.size()), file.size());
-    return file;
+Bytes encode(auto_ptr<Image>& image, int quality) {
+    auto* file = new TestStream;
+    auto_ptr<Stream> stream(file);
+    auto_ptr<ImageEncoder> encoder(new JpegEncoder);
+    EXPECT_TRUE(encoder->encode(stream, image, quality));
+    EXPECT_EQ(file->flushes(), 1);
+    return file->bytes();
 }
 
-// Encodes to a file on disk and gives back its bytes.
-Bytes encode_to_disk(const char* path, auto_ptr<Image>& image, int quality) {
-    auto_ptr<ImageEncoderFactory> factory(new ImageEncoderFactory);
-    auto_ptr<ImageEncoder> encoder(factory->createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG));
-    {
-        auto_ptr<Stream> out(new FileStream(path, FileStream::FILE_MODE_ONLY_WRITE));
-        EXPECT_TRUE(encoder->encode(out, image, quality));
-    }
-    return read_file(path);
-}
-
-struct NamedFormat {
-    ImageFormatType format;
-    unsigned components;
-};
-
-TEST(JpegCodec, RoundTripsOnDiskEqualAPlainLibjpegLoop) {
-    const std::string path = testing::TempDir() + "korvane_codec_test.jpg";
-    const NamedFormat formats[] = {{IMAGE_FORMAT_TYPE_GRAY, 1},
-                                   {IMAGE_FORMAT_TYPE_RGB, 3},
-                                   {IMAGE_FORMAT_TYPE_RGBA, 4},
-                                   {IMAGE_FORMAT_TYPE_YUV, 3}};
-    for (const NamedFormat& format : formats) {
+TEST(JpegCodec, FilesEqualThoseOfAPlainLibjpegLoop) {
+    for (const auto& [format, components] : {std::pair(IMAGE_FORMAT_TYPE_GRAY, 1u),
+                                             {IMAGE_FORMAT_TYPE_RGB, 3u},
+                                             {IMAGE_FORMAT_TYPE_RGBA, 4u},
+                                             {IMAGE_FORMAT_TYPE_YUV, 3u}}) {
         for (const auto& [width, height] : {std::pair(1u, 1u), {7u, 5u}, {67u, 33u}, {331u, 200u}}) {
-            const Bytes source = picture(width, height, format.components);
-            auto_ptr<Image> image = make_image(source, width, height, format.format);
+            const Bytes source = picture(width, height, components);
+            auto_ptr<Image> image = make_image(source, width, height, format);
             Bytes threeBytes;
-            for (size_t i = 0; i < source.size(); i += format.components) {
+            for (size_t i = 0; i < source.size(); i += components) {
                 for (size_t c = 0; c < 3; ++c) {
-                    threeBytes.push_back(source[format.components == 1 ? i : i + c]);
+                    threeBytes.push_back(source[components == 1 ? i : i + c]);
                 }
             }
-            const Bytes file = encode_to_disk(path.c_str(), image, 90);
-            EXPECT_EQ(file, reference_encode(threeBytes, width, height, {}));
-
-            auto_ptr<Stream> in(new FileStream(path.c_str(), FileStream::FILE_MODE_ONLY_READ));
-            auto_ptr<ImageDecoderFactory> factory(new ImageDecoderFactory);
-            ImageDecoder* decoder = factory->createImageDecoder(in);
-            ASSERT_NE(decoder, nullptr);
-            auto_ptr<Image> decoded = witness();
-            ASSERT_TRUE(decoder->decode(in, decoded));
-            EXPECT_EQ(decoded->getWidth(), width);
-            EXPECT_EQ(decoded->getHeight(), height);
-            EXPECT_EQ(decoded->getDepth(), 1u);
-            EXPECT_EQ(decoded->getFormatType(), IMAGE_FORMAT_TYPE_RGB);
-            EXPECT_EQ(pixels_of(decoded.get()), reference_decode(file));
+            for (const int quality : {-5, 1, 50, 90, 500}) {
+                EXPECT_EQ(encode(image, quality), reference_encode(threeBytes, width, height, {.quality = quality}));
+            }
         }
     }
-
-    const Bytes photo = read_file(KORVANE_TEST_PHOTO);
-    auto_ptr<Image> image = witness();
-    ASSERT_TRUE(decode(photo, image));
-    const Bytes pixels = pixels_of(image.get());
-    EXPECT_EQ(pixels, reference_decode(photo));
-    EXPECT_EQ(encode_to_disk(path.c_str(), image, 90), reference_encode(pixels, 512, 600, {}));
-    remove(path.c_str());
 }
 
-// Each pair of bounds is close to what the quality gives, and a picture that is one pixel off falls below them.
-TEST(JpegCodec, QualityIsPassedThrough) {
-    constexpr unsigned kWidth = 331, kHeight = 200;
-    const Bytes source = picture(kWidth, kHeight, 3);
-    auto_ptr<Image> image = make_image(source, kWidth, kHeight, IMAGE_FORMAT_TYPE_RGB);
-    auto_ptr<ImageEncoder> encoder(new JpegEncoder);
-    struct {
-        int quality;
-        double least, most;
-    } const rows[] = {{-5, 22.9, 23.8}, {1, 22.9, 23.8}, {50, 30, 32}, {90, 35, 37}, {100, 41, 42.5}, {500, 41, 42.5}};
-    for (const auto& row : rows) {
-        auto* file = new TestStream;
-        auto_ptr<Stream> stream(file);
-        ASSERT_TRUE(encoder->encode(stream, image, row.quality));
-        EXPECT_EQ(file->flushes(), 1);
-        auto_ptr<Image> decoded = witness();
-        ASSERT_TRUE(decode(file->bytes(), decoded));
-        const unsigned char* pixels = decoded->getPlanes()[0];
-        const double quality = psnr(pixels, source.data(), source.size());
-        EXPECT_GT(quality, row.least) << row.quality;
-        EXPECT_LT(quality, row.most) << row.quality;
-        EXPECT_LT(psnr(pixels, source.data() + 3, source.size() - 3), row.least) << row.quality;
-    }
+TEST(JpegCodec, APhotoComesFromDiskAndGoesBack) {
+    auto_ptr<Stream> in(new FileStream(KORVANE_TEST_PHOTO, FileStream::FILE_MODE_ONLY_READ));
+    ImageDecoderFactory decoders;
+    ImageDecoder* decoder = decoders.createImageDecoder(in);
+    ASSERT_NE(decoder, nullptr);
+    auto_ptr<Image> image = witness();
+    ASSERT_TRUE(decoder->decode(in, image));
+    EXPECT_EQ(image->getDepth(), 1u);
+    const Bytes pixels = pixels_of(image.get());
+    Bytes file(in->getLength());
+    in->rewind();
+    ASSERT_EQ(in->read(file.data(), file.size()), file.size());
+    EXPECT_EQ(pixels, reference_decode(file));
+    EXPECT_EQ(encode(image, 90), reference_encode(pixels, 512, 600, {}));
 }
 
 struct Variant {
@@ -232,7 +179,7 @@ Bytes variant_file(const Variant& variant) {
                             kHeight, variant.settings);
 }
 
-TEST(JpegDecoder, ReadsEveryKindOfFileAsLibjpegDoes) {
+TEST(JpegDecoder, ReadsEveryKindOfFileAsLibjpegDoesAndNoStartOfOne) {
     for (const Variant& variant : kVariants) {
         const Bytes file = variant_file(variant);
         auto_ptr<Image> image = witness();
@@ -242,16 +189,10 @@ TEST(JpegDecoder, ReadsEveryKindOfFileAsLibjpegDoes) {
         EXPECT_EQ(image->getFormatType(), variant.format) << variant.name;
         EXPECT_EQ(pixels_of(image.get()), variant.format == IMAGE_FORMAT_TYPE_NONE ? Bytes() : reference_decode(file))
             << variant.name;
-    }
-}
-
-TEST(JpegDecoder, TruncatedFilesFailAndLeaveTheImage) {
-    for (const Variant& variant : kVariants) {
-        const Bytes file = variant_file(variant);
         for (size_t part = 0; part < 20; ++part) {
-            auto_ptr<Image> image = witness();
-            const Bytes cut(file.begin(), file.begin() + static_cast<ptrdiff_t>(file.size() * part / 20));
-            EXPECT_FALSE(decode(cut, image)) << variant.name << " " << part;
+            const Bytes start(file.begin(), file.begin() + static_cast<ptrdiff_t>(file.size() * part / 20));
+            image = witness();
+            EXPECT_FALSE(decode(start, image)) << variant.name << " " << part;
             EXPECT_TRUE(is_witness(image.get())) << variant.name << " " << part;
         }
     }
@@ -350,19 +291,8 @@ TEST(JpegDecoder, RefusesWhatIsNoWholePicture) {
     }
 }
 
-TEST(JpegDecoder, NeedsAStreamThatRewinds) {
-    Bytes file = variant_file(kVariants[0]);
-    auto_ptr<Stream> stream(new MemoryStream(file.data(), file.size()));
-    auto_ptr<ImageDecoder> decoder(new JpegDecoder);
-    auto_ptr<Image> image = witness();
-    LogCapture log;
-    EXPECT_FALSE(decoder->decode(stream, image));
-    EXPECT_TRUE(is_witness(image.get()));
-    EXPECT_THAT(log.lines(), ElementsAre("jpeg_utils_error_exit,msgcode[0]  msg: Bogus message code 0\n"));
-}
-
-// A stream that claims more than it was asked for must not reach libjpeg.
-TEST(JpegDecoder, DistrustsTheStreamsCounts) {
+TEST(JpegDecoder, FailsOnStreamsThatDoNotRewindOrMiscount) {
+    // Claims to have skipped more than it was asked for.
     struct Liar : TestStream {
         using TestStream::TestStream;
         size_t read(void* buffer, size_t count) override {
@@ -373,16 +303,17 @@ TEST(JpegDecoder, DistrustsTheStreamsCounts) {
         using TestStream::TestStream;
         size_t read(void* /*buffer*/, size_t /*count*/) override { return SIZE_MAX; }
     };
-    const Bytes file = variant_file(kVariants[8]);
+    Bytes file = variant_file(kVariants[8]);
     LogCapture log;
-    for (Stream* raw : {static_cast<Stream*>(new Liar(file)), static_cast<Stream*>(new Refuser(file))}) {
+    for (Stream* raw : std::vector<Stream*>{new MemoryStream(file.data(), file.size()), new Liar(file), new Refuser}) {
         auto_ptr<Stream> stream(raw);
         auto_ptr<ImageDecoder> decoder(new JpegDecoder);
         auto_ptr<Image> image = witness();
         EXPECT_FALSE(decoder->decode(stream, image));
         EXPECT_TRUE(is_witness(image.get()));
     }
-    EXPECT_THAT(log.lines(), ElementsAre(StartsWith("jpeg_utils_error_exit,msgcode[")));
+    EXPECT_THAT(log.lines(), ElementsAre("jpeg_utils_error_exit,msgcode[0]  msg: Bogus message code 0\n",
+                                         StartsWith("jpeg_utils_error_exit,msgcode[")));
 }
 
 TEST(JpegEncoder, RefusesOtherFormatsWithoutTouchingTheStream) {
@@ -428,8 +359,9 @@ TEST(JpegEncoder, ReportsWhatCannotBeWritten) {
 
 TEST(CodecFactories, KnowJpegAndNothingElse) {
     auto_ptr<ImageEncoderFactory> encoders(new ImageEncoderFactory);
-    EXPECT_EQ(encoders->createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_NONE), nullptr);
-    EXPECT_EQ(encoders->createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_MAX), nullptr);
+    for (const int type : {-1, 0, 2, 77}) {
+        EXPECT_EQ(encoders->createImageEncoder(static_cast<ImageEncoder::Type>(type)), nullptr);
+    }
     auto_ptr<ImageEncoder> encoder(encoders->createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG));
     EXPECT_NE(dynamic_cast<JpegEncoder*>(encoder.get()), nullptr);
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr J_COLOR_SPACE kColourSpaces[] = {JCS_UNKNOWN, JCS_GRAYSCALE, JCS_UNKNOWN, JCS_RGB, JCS_CMYK};
+constexpr J_COLOR_SPACE kColorSpaces[] = {JCS_UNKNOWN, JCS_GRAYSCALE, JCS_UNKNOWN, JCS_RGB, JCS_CMYK};
 
 constexpr jpeg_scan_info kOneScanPerComponent[] = {
     {1, {0}, 0, 63, 0, 0},
@@ -29,7 +29,7 @@ Bytes reference_encode(const Bytes& pixels, unsigned width, unsigned height, con
     cinfo.image_width = width;
     cinfo.image_height = height;
     cinfo.input_components = settings.components;
-    cinfo.in_color_space = kColourSpaces[settings.components];
+    cinfo.in_color_space = kColorSpaces[settings.components];
     jpeg_set_defaults(&cinfo);
     jpeg_set_quality(&cinfo, settings.quality, TRUE);
     cinfo.arith_code = settings.arithmetic ? TRUE : FALSE;

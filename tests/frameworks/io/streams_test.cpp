@@ -6,11 +6,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <limits>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -30,28 +28,22 @@ constexpr size_t kRefused = std::numeric_limits<size_t>::max();
 
 // --- MemoryStream
 
-void expect_refuses_everything(Stream& stream) {
-    char byte = 'x';
-    EXPECT_EQ(stream.read(&byte, 1), kRefused);
-    EXPECT_EQ(stream.write(&byte, 1), kRefused);
-    EXPECT_EQ(stream.skip(1), kRefused);
-    EXPECT_EQ(stream.seek(0, SEEK_ORIGIN_BEGIN), -1);
-    EXPECT_EQ(stream.getLength(), 0U);
-    EXPECT_FALSE(stream.rewind());
-    EXPECT_FALSE(stream.isAtEnd());
-    EXPECT_EQ(byte, 'x');
-    stream.flush();
-    stream.close();
-}
-
 TEST(MemoryStream, WithoutABlockRefusesEverything) {
     MemoryStream borrowedNothing(nullptr, 16);
     MemoryStream empty(size_t{0});
     MemoryStream tooLarge(kRefused / 2);
     MemoryStream closed(16);
     closed.close();
-    for (MemoryStream* stream : {&borrowedNothing, &empty, &tooLarge, &closed}) {
-        expect_refuses_everything(*stream);
+    for (Stream* stream : {&borrowedNothing, &empty, &tooLarge, &closed}) {
+        char byte = 'x';
+        EXPECT_EQ(stream->read(&byte, 1), kRefused);
+        EXPECT_EQ(stream->write(&byte, 1), kRefused);
+        EXPECT_EQ(stream->skip(1), kRefused);
+        EXPECT_EQ(stream->seek(0, SEEK_ORIGIN_BEGIN), -1);
+        EXPECT_EQ(stream->getLength(), 0U);
+        EXPECT_EQ(byte, 'x');
+        stream->flush();
+        stream->close();
     }
 }
 
@@ -89,54 +81,32 @@ TEST(MemoryStream, SeeksFromThePositionAndAnswersTheUncutDistance) {
     }
 }
 
-TEST(MemoryStream, TransfersLikeAPlainArray) {
-    Bytes model(100);
-    size_t position = 0;
-    const Bytes source = random_bytes(200, 3);
-    MemoryStream stream(model.size());
-    std::mt19937 generator(1);
-    for (int step = 0; step < 2000; ++step) {
-        const size_t count = 1 + generator() % 40;
-        const size_t expected = std::min(count, model.size() - position);
-        Bytes block(source.begin() + static_cast<long>(generator() % 100), source.end());
-        block.resize(count);
-        switch (generator() % 4) {
-            case 0:
-                ASSERT_EQ(stream.write(block.data(), count), expected);
-                std::copy_n(block.begin(), expected, model.begin() + static_cast<long>(position));
-                position += expected;
-                break;
-            case 1: {
-                const Bytes before = block;
-                ASSERT_EQ(stream.read(block.data(), count), expected);
-                ASSERT_EQ(std::memcmp(block.data(), model.data() + position, expected), 0);
-                ASSERT_TRUE(std::equal(block.begin() + static_cast<long>(expected), block.end(),
-                                       before.begin() + static_cast<long>(expected)));
-                position += expected;
-                break;
-            }
-            case 2:
-                position = generator() % (model.size() + 1);
-                stream.seek(static_cast<int64_t>(position), SEEK_ORIGIN_BEGIN);
-                break;
-            default:
-                ASSERT_EQ(stream.skip(count), kRefused);
-                ASSERT_EQ(stream.read(block.data(), 0), kRefused);
-                ASSERT_FALSE(stream.rewind());
-                break;
-        }
-        ASSERT_EQ(stream.getLength(), model.size());
-    }
-}
-
-TEST(MemoryStream, LeavesABorrowedBlockToItsOwner) {
-    Bytes block(4);
+TEST(MemoryStream, TransfersWhatFitsIntoABorrowedBlock) {
+    Bytes block(20);
+    Bytes source = random_bytes(30, 3);
     {
         MemoryStream stream(block.data(), block.size());
-        char text[] = "abcdef";
-        EXPECT_EQ(stream.write(text, kRefused), 4U);
+        EXPECT_EQ(stream.write(source.data(), 7), 7U);
+        EXPECT_EQ(stream.write(source.data() + 7, 6), 6U);
+        EXPECT_EQ(stream.write(source.data() + 13, kRefused - 1), 7U);
+        EXPECT_EQ(stream.write(source.data(), 1), 0U);
+        EXPECT_TRUE(std::equal(block.begin(), block.end(), source.begin()));
+        EXPECT_EQ(stream.getLength(), 20U);
+
+        stream.seek(3, SEEK_ORIGIN_BEGIN);
+        Bytes back(30, 0xEE);
+        EXPECT_EQ(stream.read(back.data(), 4), 4U);
+        // Neither moves the stream.
+        EXPECT_EQ(stream.skip(2), kRefused);
+        EXPECT_EQ(stream.read(back.data(), 0), kRefused);
+        EXPECT_FALSE(stream.rewind());
+        EXPECT_FALSE(stream.isAtEnd());
+        EXPECT_EQ(stream.read(back.data() + 4, 26), 13U);
+        EXPECT_TRUE(std::equal(back.begin(), back.begin() + 17, source.begin() + 3));
+        EXPECT_EQ(back[17], 0xEE);
     }
-    EXPECT_THAT(block, ElementsAre('a', 'b', 'c', 'd'));
+    // Still the owner's.
+    EXPECT_EQ(block.back(), source[19]);
 }
 
 // --- FileStream
@@ -159,7 +129,7 @@ class FileStreamTest : public testing::Test {
 
 TEST_F(FileStreamTest, NotOpenAnswersNothing) {
     FileStream modeless(path.c_str(), static_cast<FileStream::FileMode>(0));
-    FileStream missing((path + ".missing").c_str(), FileStream::FILE_MODE_ONLY_READ);
+    FileStream missing((path + ".missing").c_str(), FileStream::FILE_MODE_READ_AND_WRITE);
     FileStream pathless(nullptr, FileStream::FILE_MODE_ONLY_READ);
     FileStream unwritable((path + "/below").c_str(), FileStream::FILE_MODE_ONLY_WRITE);
     FileStream closed(path.c_str(), FileStream::FILE_MODE_ONLY_READ);
@@ -172,7 +142,6 @@ TEST_F(FileStreamTest, NotOpenAnswersNothing) {
         EXPECT_EQ(stream->seek(0, SEEK_ORIGIN_BEGIN), 0);
         EXPECT_EQ(stream->getLength(), 0U);
         EXPECT_FALSE(stream->rewind());
-        EXPECT_FALSE(stream->isAtEnd());
         stream->flush();
         stream->close();
         EXPECT_EQ(byte, 'x');
@@ -181,7 +150,8 @@ TEST_F(FileStreamTest, NotOpenAnswersNothing) {
 }
 
 TEST_F(FileStreamTest, ReadsSkipsAndSeeks) {
-    FileStream stream(path.c_str(), FileStream::FILE_MODE_ONLY_READ);
+    // Reading and writing asked for together opens for reading only.
+    FileStream stream(path.c_str(), FileStream::FILE_MODE_READ_AND_WRITE);
     EXPECT_EQ(stream.getLength(), 10U);
     char text[16] = {};
     EXPECT_EQ(stream.read(text, 3), 3U);
@@ -202,6 +172,8 @@ TEST_F(FileStreamTest, ReadsSkipsAndSeeks) {
     EXPECT_EQ(stream.read(text, 1), 1U);
     EXPECT_EQ(text[0], '4');
     EXPECT_EQ(stream.write(text, 1), 0U);
+    stream.close();
+    EXPECT_EQ(content(), "0123456789");
 }
 
 TEST_F(FileStreamTest, WritesAndKeepsTheLengthAtOpen) {
@@ -213,24 +185,10 @@ TEST_F(FileStreamTest, WritesAndKeepsTheLengthAtOpen) {
         EXPECT_EQ(stream.getLength(), 0U);
         stream.flush();
         EXPECT_EQ(content(), std::string(text, 5));
-        EXPECT_EQ(stream.read(text, 1), 0U);
         EXPECT_EQ(stream.seek(1, SEEK_ORIGIN_BEGIN), 0);
         EXPECT_EQ(stream.write(text, 1), 1U);
     }
     EXPECT_EQ(content(), std::string("aa\n\0c", 5));
-}
-
-TEST_F(FileStreamTest, ReadAndWriteModeOnlyReads) {
-    FileStream stream(path.c_str(), FileStream::FILE_MODE_READ_AND_WRITE);
-    char byte = 'x';
-    EXPECT_EQ(stream.getLength(), 10U);
-    EXPECT_EQ(stream.write(&byte, 1), 0U);
-    EXPECT_EQ(stream.read(&byte, 1), 1U);
-    EXPECT_EQ(byte, '0');
-    stream.close();
-    EXPECT_EQ(content(), "0123456789");
-    FileStream missing((path + ".missing").c_str(), FileStream::FILE_MODE_READ_AND_WRITE);
-    EXPECT_FALSE(missing.rewind());
 }
 
 TEST(FileStream, APipeHasNoLengthAndCannotSkip) {
@@ -253,27 +211,26 @@ TEST(FileStream, APipeHasNoLengthAndCannotSkip) {
 // Writes down the calls that reach it, and its own end.
 class RecordingStream : public Stream {
   public:
-    explicit RecordingStream(std::vector<std::string>* calls) : m_Calls(calls) {}
-    ~RecordingStream() override { m_Calls->push_back("gone"); }
+    explicit RecordingStream(std::string* calls) : m_Calls(calls) {}
+    ~RecordingStream() override { *m_Calls += "gone"; }
     size_t read(void* buffer, size_t count) override { return note(buffer == nullptr ? "skip " : "read ", count); }
     size_t write(void* /*buffer*/, size_t count) override { return note("write ", count); }
     int64_t seek(int64_t offset, SeekOrign origin) override {
-        m_Calls->push_back("seek " + std::to_string(offset) + " " + std::to_string(origin));
-        return 42;
+        return static_cast<int64_t>(note("seek " + std::to_string(origin) + " ", static_cast<size_t>(offset)));
     }
     bool rewind() override { return true; }
     size_t getLength() override { return 77; }
-    void flush() override { m_Calls->push_back("flush"); }
+    void flush() override { *m_Calls += "flush "; }
     bool isAtEnd() const override { return true; }
-    void close() override { m_Calls->push_back("close"); }
+    void close() override { *m_Calls += "close "; }
 
   private:
     size_t note(const std::string& name, size_t count) {
-        m_Calls->push_back(name + std::to_string(count));
+        *m_Calls += name + std::to_string(count) + " ";
         return count + 1;
     }
 
-    std::vector<std::string>* m_Calls;
+    std::string* m_Calls;
 };
 
 template <typename T>
@@ -282,24 +239,24 @@ using Wrappers = testing::Types<StreamReader, StreamWriter>;
 TYPED_TEST_SUITE(WrapperTest, Wrappers);
 
 TYPED_TEST(WrapperTest, ForwardsAndEndsWhatItWraps) {
-    std::vector<std::string> calls;
+    std::string calls;
     char byte = 0;
     {
         TypeParam wrapper(new RecordingStream(&calls));
         EXPECT_EQ(wrapper.read(&byte, 3), 4U);
         EXPECT_EQ(wrapper.write(&byte, 5), 6U);
         EXPECT_EQ(wrapper.skip(7), 8U);
-        EXPECT_EQ(wrapper.seek(-9, SEEK_ORIGIN_END), 42);
+        EXPECT_EQ(wrapper.seek(9, SEEK_ORIGIN_END), 10);
         EXPECT_EQ(wrapper.getLength(), 77U);
         EXPECT_FALSE(wrapper.rewind());
         EXPECT_FALSE(wrapper.isAtEnd());
     }
-    EXPECT_THAT(calls, ElementsAre("read 3", "write 5", "skip 7", "seek -9 2", "flush", "close", "gone"));
+    EXPECT_EQ(calls, "read 3 write 5 skip 7 seek 2 9 flush close gone");
 
     calls.clear();
     auto_ptr<Stream> shared(new RecordingStream(&calls));
     { TypeParam wrapper(shared); }
-    EXPECT_THAT(calls, ElementsAre("flush", "close"));
+    EXPECT_EQ(calls, "flush close ");
 }
 
 TYPED_TEST(WrapperTest, AnswersWithoutAStream) {
@@ -307,11 +264,8 @@ TYPED_TEST(WrapperTest, AnswersWithoutAStream) {
     char byte = 0;
     EXPECT_EQ(wrapper.read(&byte, 1), kRefused);
     EXPECT_EQ(wrapper.write(&byte, 1), kRefused);
-    EXPECT_EQ(wrapper.skip(1), kRefused);
     EXPECT_EQ(wrapper.seek(0, SEEK_ORIGIN_BEGIN), -1);
     EXPECT_EQ(wrapper.getLength(), 0U);
-    wrapper.flush();
-    wrapper.close();
 }
 
 TEST(TypedStreams, ValuesKeepTheProcessorsBytes) {

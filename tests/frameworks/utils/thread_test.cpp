@@ -26,7 +26,7 @@ class OwnRun : public Thread {
     std::atomic<int> runs{0};
 };
 
-// join() sets the stop flag, and a thread that has not begun by then runs nothing: tests wait for the run first.
+// join() sets the stop flag, and a thread that has not begun by then runs nothing. So tests wait for the run first.
 void wait_for(const std::atomic<int>& runs) {
     while (runs == 0) {
         std::this_thread::yield();
