@@ -7,7 +7,7 @@
 #include <iterator>
 #include <new>
 
-#include "frameworks/core/memory.h"
+#include "frameworks/core/galloc_ptr.h"
 #include "frameworks/gpu/gpu_script.h"
 #include "platform/log.h"
 
@@ -62,6 +62,12 @@ constexpr size_t kValueBytes[] = {0,
                                   sizeof(FilterBitmap)};
 static_assert(std::size(kValueBytes) == PARAMETER_TYPE_BITMAP + 1);
 
+// False when memory is short. A filter without a text is no failure here: its program cannot be built.
+bool add_source(GPUScript* script, const char* name, const char* text) {
+    const bool hasText = text != nullptr && *text != '\0';
+    return script != nullptr && (script->addSource(name, text) || !hasText);
+}
+
 const FilterDescription kBaseDescription = {
     "ImageFilterBase", "A copy of the input", gFragmentShader, {}, {}, nullptr,
 };
@@ -110,13 +116,18 @@ ImageFilterBaseGL::~ImageFilterBaseGL() {
 }
 
 void ImageFilterBaseGL::initEngine() {
-    mEngine = new GPUEngine(nullptr, 0, 0);
-    mEngine->setup();
-    mEngine->startup();
+    mEngine = new (std::nothrow) GPUEngine(nullptr, 0, 0);
+    if (mEngine.get() != nullptr) {
+        mEngine->setup();
+        mEngine->startup();
+    }
 }
 
 int ImageFilterBaseGL::setupGraphics(GLenum target) {
-    mGPUContext = new GPUContext(nullptr, 0, 0);
+    mGPUContext = new (std::nothrow) GPUContext(nullptr, 0, 0);
+    if (mGPUContext.get() == nullptr) {
+        return 0;
+    }
     KORVANE_LOGD("NULL != mGPUContext.get()----------");
     mGPUContext->setEGLDisplay(eglGetCurrentDisplay());
     mGPUContext->setEGLSurface(eglGetCurrentSurface(EGL_DRAW));
@@ -124,14 +135,14 @@ int ImageFilterBaseGL::setupGraphics(GLenum target) {
 
     const char* body = getFragmentShader();
     const size_t textBytes = std::strlen(body) + kLongestHeadBytes + 1;
-    auto* text = static_cast<char*>(galloc_alloc(textBytes));
+    const korvane::galloc_ptr<char> text(static_cast<char*>(galloc_alloc(textBytes)));
     if (text == nullptr) {
         return 0;
     }
     const bool external = target == 0;
     char name[256];
     std::snprintf(name, sizeof(name), "%s%s", getFilterName(), external ? "_oes" : "");
-    std::snprintf(text, textBytes, "%s%s", external ? fragmentShaderHeadOES : fragmentShaderHead, body);
+    std::snprintf(text.get(), textBytes, "%s%s", external ? fragmentShaderHeadOES : fragmentShaderHead, body);
     KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  1 this:%p", static_cast<void*>(this));
     mTarget = target;
 
@@ -139,17 +150,20 @@ int ImageFilterBaseGL::setupGraphics(GLenum target) {
         KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  1  1 this:%p", static_cast<void*>(this));
         KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  1  2 this:%p", static_cast<void*>(this));
     }
-    auto_ptr<GPUScript> script(new GPUScript(mGPUContext, name));
-    script->addSource("VertexShader", getVertexShader());
-    script->addSource(external ? "FragmentShaderOES" : "FragmentShader", text);
+    auto_ptr<GPUScript> script(new (std::nothrow) GPUScript(mGPUContext, name));
+    if (!add_source(script.get(), "VertexShader", getVertexShader()) ||
+        !add_source(script.get(), external ? "FragmentShaderOES" : "FragmentShader", text.get())) {
+        return 0;
+    }
     if (external) {
         KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  1  5 this:%p", static_cast<void*>(this));
     } else {
-        mFramebuffer = new GPUFramebuffer(mGPUContext);
+        mFramebuffer = new (std::nothrow) GPUFramebuffer(mGPUContext);
     }
-    galloc_free(text);
-
-    mProgram = new GPUProgram(mGPUContext, script);
+    mProgram = new (std::nothrow) GPUProgram(mGPUContext, script);
+    if (mProgram.get() == nullptr || (!external && mFramebuffer.get() == nullptr)) {
+        return 0;
+    }
     KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  4 this:%p", static_cast<void*>(this));
     return initParameters();
 }
@@ -200,8 +214,8 @@ void ImageFilterBaseGL::setParameters(const char* name, void* value) {
 void ImageFilterBaseGL::setTexture(int textureID, int inputWidth, int inputHeight, int outputWidth, int outputHeight) {
     const int32_t format = mTarget != 0 ? kFormatRgba : kFormatExternal;
     if (mImage2D.get() == nullptr) {
-        mImage2D =
-            new GPUImage2D(mGPUContext, static_cast<GLuint>(textureID), inputWidth, inputHeight, format, false, false);
+        mImage2D = new (std::nothrow)
+            GPUImage2D(mGPUContext, static_cast<GLuint>(textureID), inputWidth, inputHeight, format, false, false);
     } else {
         mImage2D->set(inputWidth, inputHeight, format, nullptr);
     }
@@ -211,7 +225,7 @@ void ImageFilterBaseGL::setTexture(int textureID, int inputWidth, int inputHeigh
 
 void ImageFilterBaseGL::setBitmap(unsigned char* pixels, int width, int height) {
     if (mImage2D.get() == nullptr) {
-        mImage2D = new GPUImage2D(mGPUContext, width, height, kFormatRgba, static_cast<void*>(pixels));
+        mImage2D = new (std::nothrow) GPUImage2D(mGPUContext, width, height, kFormatRgba, static_cast<void*>(pixels));
     } else {
         mImage2D->set(width, height, kFormatRgba, pixels);
     }
@@ -236,16 +250,17 @@ void ImageFilterBaseGL::process(unsigned char* pixels, int width, int height) {
     mViewWidth = width;
     mViewHeight = height;
     if (mOutputImage.get() == nullptr) {
-        mOutputImage = new GPUImage2D(mEngine->getGPUContext(), width, height, kFormatRgba);
+        mOutputImage = new (std::nothrow) GPUImage2D(mEngine->getGPUContext(), width, height, kFormatRgba);
     } else {
         mOutputImage->set(width, height, kFormatRgba, nullptr);
     }
     if (mImage2D.get() == nullptr) {
-        mImage2D = new GPUImage2D(mGPUContext, width, height, kFormatRgba, static_cast<void*>(pixels));
+        mImage2D = new (std::nothrow) GPUImage2D(mGPUContext, width, height, kFormatRgba, static_cast<void*>(pixels));
     } else {
         mImage2D->set(width, height, kFormatRgba, pixels);
     }
-    if (mProgram.get() == nullptr || mProgram->beganCompute() == 0) {
+    if (mOutputImage.get() == nullptr || mImage2D.get() == nullptr || mProgram.get() == nullptr ||
+        mProgram->beganCompute() == 0) {
         return;
     }
     GPUFramebuffer::setFramebufferTarget(mFramebuffer, mOutputImage);

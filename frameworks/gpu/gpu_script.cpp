@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 
+#include "frameworks/core/guard.h"
 #include "frameworks/core/memory.h"
 #include "frameworks/gpu/program_cache.h"
 #include "frameworks/io/file_stream.h"
@@ -32,7 +33,7 @@ GPUScript::GPUScript(GPUContext* context, const char* name) : m_GPUContext(conte
         return;
     }
     galloc_memcpy(m_ScriptName, name, length);
-    read_cache();
+    korvane::guarded([this] { read_cache(); });
 }
 
 GPUScript::GPUScript(auto_ptr<GPUContext>& context, const char* name) : GPUScript(context.get(), name) {}
@@ -48,15 +49,15 @@ bool GPUScript::addSource(const char* name, const char* source) {
 }
 
 bool GPUScript::addSource(GPUScriptSource* source) {
-    if (source == nullptr) {
-        return false;
-    }
-    m_Sources.emplace_back(source);
-    return true;
+    auto_ptr<GPUScriptSource> held(source);
+    return addSource(held);
 }
 
 bool GPUScript::addSource(auto_ptr<GPUScriptSource>& source) {
-    return addSource(source.get());
+    return source.get() != nullptr && korvane::guarded(false, [&] {
+               m_Sources.push_back(source);
+               return true;
+           });
 }
 
 auto_ptr<GPUScriptSource>& GPUScript::getScriptSourceByIndex(int index) {
@@ -85,7 +86,7 @@ void GPUScript::setScriptBinary(void* binary, int size) {
 
 void GPUScript::clear() {
     if (m_ScriptName != nullptr && m_ScriptBinary != nullptr) {
-        write_cache();
+        korvane::guarded([this] { write_cache(); });
     }
     m_Sources.clear();
 }

@@ -3,6 +3,7 @@
 #include <mutex>
 #include <new>
 
+#include "frameworks/core/guard.h"
 #include "frameworks/utils/guarded_array.h"
 
 // What the workers of one pool share with it. On desktop Linux a condition that threads wait on blocks its destruction
@@ -78,13 +79,13 @@ ThreadPool::ThreadPool(int workerNum) : m_WorkerNum(workerNum), m_Tasks(new (std
     if (m_Tasks.get() == nullptr) {
         return;
     }
-    try {
+    // When memory is short, the workers made so far do all the work.
+    korvane::guarded([this] {
         for (int i = 0; i < m_WorkerNum; ++i) {
-            m_WorkerThread.emplace_back(new ThreadWorker(this));
+            const auto_ptr<ThreadWorker> worker(new ThreadWorker(this));
+            m_WorkerThread.push_back(worker);
         }
-    } catch (const std::bad_alloc&) {
-        // The workers that memory sufficed for do all the work.
-    }
+    });
 }
 
 ThreadPool::~ThreadPool() {

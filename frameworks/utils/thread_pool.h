@@ -64,7 +64,8 @@ class KORVANE_API ThreadPool : public RefBase {
     void start();
 
     // Queues a task and wakes one worker. The queue takes a reference, so a new task given by raw pointer is owned by
-    // the pool and deleted after it has run. Null is ignored. Tasks may be submitted before start().
+    // the pool and deleted after it has run. Null is ignored. Tasks may be submitted before start(). When memory is
+    // short the task is let go without having run.
     void submit(IRunnable* task);
     void submit(auto_ptr<IRunnable>& task);
 
