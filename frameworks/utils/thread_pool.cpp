@@ -86,6 +86,10 @@ ThreadPool::ThreadPool(int workerNum) : m_WorkerNum(workerNum), m_Tasks(new (std
             m_WorkerThread.push_back(worker);
         }
     });
+    if (m_WorkerNum > 0 && m_WorkerThread.empty()) {
+        // What nobody will ever run must not keep shutdown() waiting.
+        m_Tasks.clear();
+    }
 }
 
 ThreadPool::~ThreadPool() {

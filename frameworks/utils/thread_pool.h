@@ -51,7 +51,7 @@ class KORVANE_API ThreadWorker : public Thread {
 class KORVANE_API ThreadPool : public RefBase {
   public:
     // Makes `workerNum` stopped workers, none when it is below 1; as many as it can when memory is short. Without
-    // memory for the queue the pool ignores what is submitted.
+    // memory for the queue or for a single worker the pool ignores what is submitted.
     explicit ThreadPool(int workerNum);
 
     // Does what shutdown() does first, so it never returns when tasks are queued that no worker will take.

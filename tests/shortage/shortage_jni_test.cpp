@@ -1,0 +1,323 @@
+// SPDX-License-Identifier: Apache-2.0
+// The native methods while memory is short. They are called as functions of this program, with real Java objects.
+#include "applications/filters/gpu_image_filter_base.h"
+#include "platform/log.h"
+#include "tests/applications/pano/panorama_module_peer.h"
+#include "tests/shortage/shortage_case.h"
+#include "tests/support/gl_surface.h"
+#include "tests/support/jvm.h"
+#include "tests/support/random_bytes.h"
+
+#define BLUR(method) Java_com_tervo_media_render_BlurRender_##method
+#define FILTERS(method) Java_com_tervo_media_effects_renderer_render_FiltersRender_##method
+#define PANORAMA(method) Java_com_tervo_media_effects_pano_PanoramaModule_##method
+#define MODE(method) Java_com_tervo_media_supercapture_mode_SuperCaptureMode_##method
+
+extern "C" {
+void BLUR(nativeProcess)(JNIEnv*, jobject, jobject, jint, jint, jint, jint, jint);
+jlong FILTERS(nativeCreate)(JNIEnv*, jobject, jstring);
+jlong FILTERS(nativeOnSurfaceCreated)(JNIEnv*, jobject, jstring, jint);
+void FILTERS(nativeSetTexture)(JNIEnv*, jobject, jlong, jint, jint, jint, jint, jint);
+void FILTERS(nativeSetBitmap)(JNIEnv*, jobject, jlong, jobject, jint, jint);
+void FILTERS(nativeOnDrawFrame)(JNIEnv*, jobject, jlong);
+void FILTERS(nativeProcess)(JNIEnv*, jobject, jlong, jobject);
+void FILTERS(nativeOnSurfaceDestroyed)(JNIEnv*, jobject, jlong);
+jint FILTERS(nativeGetParameterType)(JNIEnv*, jobject, jlong, jstring);
+void FILTERS(nativeSetParametersBoolean)(JNIEnv*, jobject, jlong, jstring, jboolean);
+void FILTERS(nativeSetParametersBooleanArray)(JNIEnv*, jobject, jlong, jstring, jbooleanArray);
+void FILTERS(nativeSetParametersInteger)(JNIEnv*, jobject, jlong, jstring, jint);
+void FILTERS(nativeSetParametersIntegerArray)(JNIEnv*, jobject, jlong, jstring, jintArray);
+void FILTERS(nativeSetParametersFloat)(JNIEnv*, jobject, jlong, jstring, jfloat);
+void FILTERS(nativeSetParametersFloatArray)(JNIEnv*, jobject, jlong, jstring, jfloatArray);
+void FILTERS(nativeSetParametersDouble)(JNIEnv*, jobject, jlong, jstring, jdouble);
+void FILTERS(nativeSetParametersDoubleArray)(JNIEnv*, jobject, jlong, jstring, jdoubleArray);
+void FILTERS(nativeSetParametersLong)(JNIEnv*, jobject, jlong, jstring, jlong);
+void FILTERS(nativeSetParametersBitmap)(JNIEnv*, jobject, jlong, jstring, jobject);
+jlong PANORAMA(nativeCreate)(JNIEnv*, jobject, jint, jint, jint);
+jint PANORAMA(nativeProcess)(JNIEnv*, jobject, jlong, jbyteArray, jfloat, jfloat);
+void PANORAMA(nativeDestroy)(JNIEnv*, jobject, jlong);
+jlong MODE(nativeCreate)(JNIEnv*, jobject, jint, jint, jint);
+void MODE(nativeProcess)(JNIEnv*, jobject, jlong, jbyteArray);
+void MODE(nativeDestroy)(JNIEnv*, jobject, jlong);
+}
+
+namespace {
+
+constexpr int kWidth = 16;
+constexpr int kHeight = 12;
+
+class ShortageJni : public JvmTest {
+  public:
+    using JvmTest::bitmap_pixels;
+    using JvmTest::env;
+    using JvmTest::int_field;
+    using JvmTest::lock_count;
+    using JvmTest::new_bitmap;
+    using JvmTest::new_object;
+    using JvmTest::string;
+
+  protected:
+    // A log that somebody reads takes memory for each line.
+    void SetUp() override {
+        JvmTest::SetUp();
+        java = this;
+        set_android_log_sink([](void*, int, const char*, const char*) {}, nullptr);
+    }
+    void TearDown() override {
+        set_android_log_sink(nullptr, nullptr);
+        JvmTest::TearDown();
+    }
+
+    void fail_each(std::span<const ShortageCase> cases) {
+        for (const ShortageCase& shortageCase : cases) {
+            fail_each_allocation(shortageCase);
+        }
+    }
+
+  public:
+    // The test that runs, for the functions of the tables.
+    static ShortageJni* java;
+};
+ShortageJni* ShortageJni::java = nullptr;
+
+ShortageJni& java() {
+    return *ShortageJni::java;
+}
+
+const std::vector<unsigned char>& picture() {
+    static const std::vector<unsigned char> bytes = random_bytes(kWidth * kHeight * 4, 6);
+    return bytes;
+}
+
+jobject new_picture() {
+    return java().new_bitmap(kWidth, kHeight, picture());
+}
+
+// A bitmap is given back unlocked, and either worked on or as it was.
+Answer picture_answer(jobject bitmap) {
+    if (java().lock_count(bitmap) != 0) {
+        return Answer::kWrong;
+    }
+    const bool isAsBefore = java().bitmap_pixels(bitmap) == picture();
+    return answer(!isAsBefore, isAsBefore);
+}
+
+// Lets the filter behind a handle go, also what it keeps when it is only deleted.
+void destroy(jlong handle) {
+    if (handle != 0) {
+        reinterpret_cast<ImageFilterBaseGL*>(handle)->release();
+        FILTERS(nativeOnSurfaceDestroyed)(java().env, nullptr, handle);
+    }
+}
+
+// `call` on a filter for the current surface. It has no answer that could be seen.
+template <typename Call>
+Answer on_surface(Shortage& s, const char* name, const Call& call) {
+    JNIEnv* env = java().env;
+    const jlong handle = FILTERS(nativeOnSurfaceCreated)(env, nullptr, java().string(name), 1);
+    s.during([&] { call(env, handle); });
+    destroy(handle);
+    return Answer::kDone;
+}
+
+// A setter, with a value that the name takes.
+template <typename Value>
+Answer set(Shortage& s, const char* key, void (*setter)(JNIEnv*, jobject, jlong, jstring, Value), Value value) {
+    const jstring name = java().string(key);
+    return on_surface(s, "ImageFilterDistorted",
+                      [&](JNIEnv* env, jlong handle) { setter(env, nullptr, handle, name, value); });
+}
+
+const ShortageCase kFilters[] = {
+    {"nativeCreate",
+     [](Shortage& s) {
+         const jstring name = java().string("ImageFilterTable");
+         const jlong handle = s.during([&] { return FILTERS(nativeCreate)(java().env, nullptr, name); });
+         destroy(handle);
+         return answer(handle != 0, handle == 0);
+     },
+     true},
+    {"nativeOnSurfaceCreated",
+     [](Shortage& s) {
+         const jstring name = java().string("ImageFilterXray");
+         const jlong handle = s.during([&] { return FILTERS(nativeOnSurfaceCreated)(java().env, nullptr, name, 0); });
+         destroy(handle);
+         return answer(handle != 0, handle == 0);
+     },
+     true},
+    {"nativeOnSurfaceDestroyed",
+     [](Shortage& s) {
+         const jlong handle = FILTERS(nativeOnSurfaceCreated)(java().env, nullptr, java().string("ImageFilterXray"), 1);
+         s.during([&] { FILTERS(nativeOnSurfaceDestroyed)(java().env, nullptr, handle); });
+         return Answer::kDone;
+     },
+     true},
+    {"nativeSetTexture and nativeOnDrawFrame",
+     [](Shortage& s) {
+         const GLuint texture = new_texture(kWidth, kHeight, picture().data());
+         const Answer result = on_surface(s, "ImageFilterXray", [&](JNIEnv* env, jlong handle) {
+             FILTERS(nativeSetTexture)
+             (env, nullptr, handle, static_cast<jint>(texture), kWidth, kHeight, kWidth, kHeight);
+             FILTERS(nativeOnDrawFrame)(env, nullptr, handle);
+         });
+         glDeleteTextures(1, &texture);
+         return result;
+     },
+     true},
+    {"nativeSetBitmap",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         on_surface(s, "ImageFilterXray", [&](JNIEnv* env, jlong handle) {
+             FILTERS(nativeSetBitmap)(env, nullptr, handle, bitmap, kWidth, kHeight);
+         });
+         return answer(java().lock_count(bitmap) == 0, false);
+     },
+     true},
+    {"nativeProcess",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         const jlong handle = FILTERS(nativeCreate)(java().env, nullptr, java().string("ImageFilterXray"));
+         s.during([&] { FILTERS(nativeProcess)(java().env, nullptr, handle, bitmap); });
+         destroy(handle);
+         return picture_answer(bitmap);
+     }},
+    {"nativeGetParameterType",
+     [](Shortage& s) {
+         jint type = 0;
+         const jstring key = java().string("mStrength");
+         on_surface(s, "ImageFilterDistorted", [&](JNIEnv* env, jlong handle) {
+             type = FILTERS(nativeGetParameterType)(env, nullptr, handle, key);
+         });
+         return answer(type == PARAMETER_TYPE_FLOAT, type == -1);
+     },
+     true},
+    {"nativeSetParametersBoolean",
+     [](Shortage& s) { return set<jboolean>(s, "mStrength", FILTERS(nativeSetParametersBoolean), 1); }, true},
+    {"nativeSetParametersInteger",
+     [](Shortage& s) { return set<jint>(s, "mStrength", FILTERS(nativeSetParametersInteger), 1); }, true},
+    {"nativeSetParametersFloat",
+     [](Shortage& s) { return set<jfloat>(s, "mStrength", FILTERS(nativeSetParametersFloat), 1); }, true},
+    {"nativeSetParametersDouble",
+     [](Shortage& s) { return set<jdouble>(s, "mStrength", FILTERS(nativeSetParametersDouble), 1); }, true},
+    {"nativeSetParametersLong",
+     [](Shortage& s) { return set<jlong>(s, "mStrength", FILTERS(nativeSetParametersLong), 0); }, true},
+    {"nativeSetParametersBooleanArray",
+     [](Shortage& s) {
+         return set(s, "mTextureMatrix", FILTERS(nativeSetParametersBooleanArray), java().env->NewBooleanArray(64));
+     },
+     true},
+    {"nativeSetParametersIntegerArray",
+     [](Shortage& s) {
+         return set(s, "mPosVertices", FILTERS(nativeSetParametersIntegerArray), java().env->NewIntArray(8));
+     },
+     true},
+    {"nativeSetParametersFloatArray",
+     [](Shortage& s) {
+         return set(s, "mTexVertices", FILTERS(nativeSetParametersFloatArray), java().env->NewFloatArray(8));
+     },
+     true},
+    {"nativeSetParametersDoubleArray",
+     [](Shortage& s) {
+         return set(s, "mPosVertices", FILTERS(nativeSetParametersDoubleArray), java().env->NewDoubleArray(8));
+     },
+     true},
+    {"nativeSetParametersBitmap",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         const jstring key = java().string("mFilterBitmap");
+         on_surface(s, "ImageFilterTable", [&](JNIEnv* env, jlong handle) {
+             FILTERS(nativeSetParametersBitmap)(env, nullptr, handle, key, bitmap);
+         });
+         return answer(java().lock_count(bitmap) == 0, false);
+     },
+     true},
+};
+
+// A sweep goes without nativeDestroy, which waits for one more frame.
+void end_sweep(jlong handle) {
+    delete reinterpret_cast<PanoramaInterface*>(handle);
+}
+
+const ShortageCase kOthers[] = {
+    {"BlurRender.nativeProcess",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         s.during([&] { BLUR(nativeProcess)(java().env, nullptr, bitmap, kWidth, kHeight, 5, 0, 100); });
+         return picture_answer(bitmap);
+     },
+     false, true},
+    {"PanoramaModule.nativeCreate",
+     [](Shortage& s) {
+         const jlong handle = s.during([&] { return PANORAMA(nativeCreate)(java().env, nullptr, 4, 2, 1); });
+         end_sweep(handle);
+         return answer(handle != 0, handle == 0);
+     },
+     true},
+    {"PanoramaModule.nativeProcess",
+     [](Shortage& s) {
+         JNIEnv* env = java().env;
+         const jobject thiz = java().new_object("com/tervo/media/effects/pano/PanoramaModule", "()V");
+         const jlong handle = PANORAMA(nativeCreate)(env, thiz, 4, 2, 1);
+         const jbyteArray frame = env->NewByteArray(12);
+         PANORAMA(nativeProcess)(env, thiz, handle, frame, 10, 20);
+         const jint result = s.during([&] { return PANORAMA(nativeProcess)(env, thiz, handle, frame, 11, 17.5); });
+         end_sweep(handle);
+         const jint offset = java().int_field(thiz, "mOffsetX");
+         return answer(result == 0 && offset == 70, result == 1 && offset == 0);
+     },
+     true},
+    {"PanoramaModule.nativeDestroy",
+     [](Shortage& s) {
+         const jlong handle = PANORAMA(nativeCreate)(java().env, nullptr, 4, 2, 1);
+         const jbyteArray frame = java().env->NewByteArray(12);
+         const auto push = [&] { PANORAMA(nativeProcess)(java().env, nullptr, handle, frame, 10, 20); };
+         PanoramaInterface* panorama = reinterpret_cast<PanoramaInterface*>(handle);
+         push();
+         PanoramaModulePeer::closeWithAFrameQueued(
+             PanoramaModulePeer::moduleOf(*panorama),
+             [&] {
+                 int x = 0;
+                 int y = 0;
+                 unsigned char pixels[12] = {};
+                 panorama->addFrame(pixels, 10, 20, x, y);
+             },
+             [&] { s.during([&] { PANORAMA(nativeDestroy)
+                                  (nullptr, nullptr, handle); }); });
+         return Answer::kDone;
+     },
+     true},
+    {"SuperCaptureMode.nativeCreate",
+     [](Shortage& s) {
+         const jlong handle = s.during([&] { return MODE(nativeCreate)(java().env, nullptr, 4, 2, 1); });
+         MODE(nativeDestroy)(java().env, nullptr, handle);
+         return answer(handle != 0, handle == 0);
+     },
+     true},
+    {"SuperCaptureMode.nativeProcess and nativeDestroy",
+     [](Shortage& s) {
+         JNIEnv* env = java().env;
+         // Without the callback, which makes a line for the log.
+         const jobject thiz = java().string("no callback here");
+         const jlong handle = MODE(nativeCreate)(env, thiz, 4, 2, 1);
+         const jbyteArray frame = env->NewByteArray(8);
+         const jbyte bright[8] = {100, 100, 100, 100, 100, 100, 100, 100};
+         env->SetByteArrayRegion(frame, 0, 8, bright);
+         s.during([&] {
+             MODE(nativeProcess)(env, thiz, handle, frame);
+             MODE(nativeDestroy)(env, thiz, handle);
+         });
+         return answer(!env->ExceptionCheck(), false);
+     },
+     true},
+};
+
+TEST_F(ShortageJni, OfTheFilters) {
+    const GlSurface surface(kWidth, kHeight);
+    fail_each(kFilters);
+}
+
+TEST_F(ShortageJni, OfTheOthers) {
+    fail_each(kOthers);
+}
+
+}  // namespace
