@@ -201,17 +201,6 @@ TEST_F(JavaStreamsTest, WritesOnUntilJavaThrows) {
     }
 }
 
-TEST_F(JavaStreamsTest, WritesToARealStreamThatIsFull) {
-    Bytes source = counting_bytes(16);
-    const jobject file = new_object("java/io/FileOutputStream", "(Ljava/lang/String;)V", string("/dev/full"));
-    JavaOutputStream stream(env, file, env->NewByteArray(8));
-    StandardErrorCapture standardError;
-    EXPECT_EQ(stream.write(source.data(), source.size()), 0U);
-    stream.flush();
-    EXPECT_THAT(standardError.text(), HasSubstr("java.io.IOException"));
-    EXPECT_THAT(log.lines(), ElementsAre("------- write threw an exception\n"));
-}
-
 TEST_F(JavaStreamsTest, FlushesAndLogsWhatFlushingThrows) {
     const jobject output = scripted_output(0);
     JavaOutputStream stream(env, output, env->NewByteArray(4));
