@@ -7,8 +7,9 @@
 // to read and to write. A matrix whose sizes are below 1, or for which memory was short, has no storage: m_Data is null
 // and every operation on it gives null or 0. One matrix must not be used by two threads at once.
 //
-// Operations that return a new matrix return it with count 0: take it into an auto_ptr<Matrix> or delete it. The
-// in-place ones return their first argument, so that calls can be chained.
+// When memory is short, an operation that returns a new matrix gives null, and a determinant or cofactor is 0. A new
+// matrix has count 0: take it into an auto_ptr<Matrix> or delete it. The in-place operations return their first argument,
+// so that calls can be chained.
 #ifndef KORVANE_FRAMEWORKS_MATHS_MATRIX_H_
 #define KORVANE_FRAMEWORKS_MATHS_MATRIX_H_
 
