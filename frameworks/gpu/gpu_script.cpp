@@ -16,11 +16,6 @@ namespace {
 
 constexpr size_t kFormatBytes = sizeof(int32_t);
 
-// Not string_format: scripts are made on several threads at once, each with its own context, and that has one buffer.
-std::string cache_path(const char* name) {
-    return korvane::program_cache_directory() + name + ".osb";
-}
-
 }  // namespace
 
 GPUScript::GPUScript(GPUContext* context, const char* name) : m_GPUContext(context) {
@@ -92,7 +87,8 @@ void GPUScript::clear() {
 }
 
 void GPUScript::read_cache() {
-    StreamReader reader(new FileStream(cache_path(m_ScriptName).c_str(), FileStream::FILE_MODE_ONLY_READ));
+    StreamReader reader(
+        new FileStream(korvane::program_cache_file(m_ScriptName).c_str(), FileStream::FILE_MODE_ONLY_READ));
     const size_t length = reader.getLength();
     if (length <= kFormatBytes || length - kFormatBytes > std::numeric_limits<int>::max()) {
         return;
@@ -113,7 +109,8 @@ void GPUScript::read_cache() {
 }
 
 void GPUScript::write_cache() const {
-    StreamWriter writer(new FileStream(cache_path(m_ScriptName).c_str(), FileStream::FILE_MODE_ONLY_WRITE));
+    StreamWriter writer(
+        new FileStream(korvane::program_cache_file(m_ScriptName).c_str(), FileStream::FILE_MODE_ONLY_WRITE));
     writer.writeInt(static_cast<int32_t>(m_ScriptBinaryFormat));
     writer.write(m_ScriptBinary, static_cast<size_t>(std::max(m_ScriptBinarySize, 0)));
     writer.flush();

@@ -33,9 +33,14 @@ inline Answer answer(bool isDone, bool isShort) {
     return isDone ? Answer::kDone : isShort ? Answer::kShort : Answer::kWrong;
 }
 
-inline void fail_each_allocation(const ShortageCase& shortageCase) {
+struct NoScope {};
+
+// A Scope is made for each attempt and goes after it.
+template <typename Scope = NoScope>
+void fail_each_allocation(const ShortageCase& shortageCase) {
     constexpr size_t kMostAllocations = 500;
     for (size_t n = 1; n < kMostAllocations; ++n) {
+        [[maybe_unused]] const Scope scope;
         SCOPED_TRACE(testing::Message() << shortageCase.name << ", allocation " << n);
         Shortage shortage(n);
         const Answer answer = shortageCase.run(shortage);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The native methods while memory is short. They are called as functions of this program, with real Java objects.
 #include "applications/filters/gpu_image_filter_base.h"
+#include "frameworks/gpu/program_cache.h"
 #include "platform/log.h"
 #include "tests/applications/pano/panorama_module_peer.h"
 #include "tests/shortage/shortage_case.h"
@@ -11,6 +12,7 @@
 #define BLUR(method) Java_com_tervo_media_render_BlurRender_##method
 #define FILTERS(method) Java_com_tervo_media_effects_renderer_render_FiltersRender_##method
 #define PANORAMA(method) Java_com_tervo_media_effects_pano_PanoramaModule_##method
+#define EFFECTS(method) Java_korvane_effects_Natives_##method
 #define MODE(method) Java_com_tervo_media_supercapture_mode_SuperCaptureMode_##method
 
 extern "C" {
@@ -39,6 +41,30 @@ void PANORAMA(nativeDestroy)(JNIEnv*, jobject, jlong);
 jlong MODE(nativeCreate)(JNIEnv*, jobject, jint, jint, jint);
 void MODE(nativeProcess)(JNIEnv*, jobject, jlong, jbyteArray);
 void MODE(nativeDestroy)(JNIEnv*, jobject, jlong);
+void EFFECTS(blur)(JNIEnv*, jclass, jobject, jint, jint, jint, jint, jint);
+jintArray EFFECTS(palette)(JNIEnv*, jclass, jobject, jint, jint, jint);
+jboolean EFFECTS(stamp)(JNIEnv*, jclass, jbyteArray, jint, jint, jstring);
+jlong EFFECTS(panoramaOpen)(JNIEnv*, jclass, jint, jint, jint);
+jint EFFECTS(panoramaFeed)(JNIEnv*, jclass, jlong, jbyteArray, jfloat, jfloat, jintArray);
+void EFFECTS(panoramaClose)(JNIEnv*, jclass, jlong);
+jlong EFFECTS(burstOpen)(JNIEnv*, jclass, jint, jint);
+void EFFECTS(burstPush)(JNIEnv*, jclass, jlong, jbyteArray);
+jboolean EFFECTS(burstMerge)(JNIEnv*, jclass, jlong, jint, jbyteArray);
+void EFFECTS(burstClose)(JNIEnv*, jclass, jlong);
+jstring EFFECTS(setProgramCacheDirectory)(JNIEnv*, jclass, jstring);
+jstring EFFECTS(filterTable)(JNIEnv*, jclass);
+jlong EFFECTS(filterOpen)(JNIEnv*, jclass, jstring);
+void EFFECTS(filterApply)(JNIEnv*, jclass, jlong, jobject, jint, jint);
+void EFFECTS(filterSet)(JNIEnv*, jclass, jlong, jstring, jfloatArray);
+void EFFECTS(filterSetBitmap)(JNIEnv*, jclass, jlong, jstring, jobject, jint, jint);
+void EFFECTS(filterClose)(JNIEnv*, jclass, jlong);
+jlong EFFECTS(surfaceFilterOpen)(JNIEnv*, jclass, jstring);
+void EFFECTS(surfaceFilterDraw)(JNIEnv*, jclass, jlong, jint, jint, jint, jint, jint);
+void EFFECTS(surfaceFilterSet)(JNIEnv*, jclass, jlong, jstring, jfloatArray);
+void EFFECTS(surfaceFilterSetBitmap)(JNIEnv*, jclass, jlong, jstring, jobject, jint, jint);
+void EFFECTS(surfaceFilterClose)(JNIEnv*, jclass, jlong);
+jint EFFECTS(createCameraTexture)(JNIEnv*, jclass);
+void EFFECTS(deleteCameraTexture)(JNIEnv*, jclass, jint);
 }
 
 namespace {
@@ -62,15 +88,23 @@ class ShortageJni : public JvmTest {
         JvmTest::SetUp();
         java = this;
         set_android_log_sink([](void*, int, const char*, const char*) {}, nullptr);
+        // The setting takes memory once and keeps it.
+        korvane::program_cache_directory();
     }
     void TearDown() override {
         set_android_log_sink(nullptr, nullptr);
         JvmTest::TearDown();
     }
 
+    // Java objects of one attempt.
+    struct LocalFrame {
+        LocalFrame() { ShortageJni::java->env->PushLocalFrame(64); }
+        ~LocalFrame() { ShortageJni::java->env->PopLocalFrame(nullptr); }
+    };
+
     void fail_each(std::span<const ShortageCase> cases) {
         for (const ShortageCase& shortageCase : cases) {
-            fail_each_allocation(shortageCase);
+            fail_each_allocation<LocalFrame>(shortageCase);
         }
     }
 
@@ -281,8 +315,12 @@ const ShortageCase kOthers[] = {
                  unsigned char pixels[12] = {};
                  panorama->addFrame(pixels, 10, 20, x, y);
              },
-             [&] { s.during([&] { PANORAMA(nativeDestroy)
-                                  (nullptr, nullptr, handle); }); });
+             [&] {
+                 s.during([&] {
+                     PANORAMA(nativeDestroy)
+                     (nullptr, nullptr, handle);
+                 });
+             });
          return Answer::kDone;
      },
      true},
@@ -311,9 +349,171 @@ const ShortageCase kOthers[] = {
      true},
 };
 
+// A call that could not be done leaves an IllegalStateException.
+Answer effects_answer(bool isDone) {
+    JNIEnv* env = java().env;
+    const jthrowable exception = env->ExceptionOccurred();
+    if (exception == nullptr) {
+        return answer(isDone, false);
+    }
+    env->ExceptionClear();
+    return answer(false, env->IsInstanceOf(exception, env->FindClass("java/lang/IllegalStateException")) == JNI_TRUE);
+}
+
+// All calls on one filter, which is open on the surface or off screen.
+struct FilterCalls {
+    jlong (*open)(JNIEnv*, jclass, jstring);
+    void (*set)(JNIEnv*, jclass, jlong, jstring, jfloatArray);
+    void (*setBitmap)(JNIEnv*, jclass, jlong, jstring, jobject, jint, jint);
+    void (*close)(JNIEnv*, jclass, jlong);
+};
+
+template <typename Work>
+Answer effects_filter_answer(Shortage& s, const FilterCalls& calls, const char* filter, const Work& work) {
+    JNIEnv* env = java().env;
+    const jstring name = java().string(filter);
+    const jstring strength = java().string("mStrength");
+    const jfloatArray value = env->NewFloatArray(1);
+    const jlong handle = s.during([&] { return calls.open(env, nullptr, name); });
+    const Answer opened = effects_answer(handle != 0);
+    if (opened != Answer::kDone) {
+        return handle == 0 ? opened : Answer::kWrong;
+    }
+    s.during([&] { calls.set(env, nullptr, handle, strength, value); });
+    const Answer set = effects_answer(true);
+    const Answer worked = work(handle);
+    s.during([&] { calls.close(env, nullptr, handle); });
+    return set == Answer::kDone ? worked : set;
+}
+
+constexpr FilterCalls kOffscreen = {EFFECTS(filterOpen), EFFECTS(filterSet), EFFECTS(filterSetBitmap),
+                                    EFFECTS(filterClose)};
+constexpr FilterCalls kOnSurface = {EFFECTS(surfaceFilterOpen), EFFECTS(surfaceFilterSet),
+                                    EFFECTS(surfaceFilterSetBitmap), EFFECTS(surfaceFilterClose)};
+
+Answer table_answer(Shortage& s, const FilterCalls& calls) {
+    const jobject bitmap = new_picture();
+    const jstring key = java().string("mFilterBitmap");
+    return effects_filter_answer(s, calls, "ImageFilterTable", [&](jlong handle) {
+        s.during([&] { calls.setBitmap(java().env, nullptr, handle, key, bitmap, kWidth, kHeight); });
+        return effects_answer(java().lock_count(bitmap) == 0);
+    });
+}
+
+const ShortageCase kEffects[] = {
+    {"blur",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         s.during([&] { EFFECTS(blur)(java().env, nullptr, bitmap, kWidth, kHeight, 5, 0, 100); });
+         return effects_answer(picture_answer(bitmap) == Answer::kDone);
+     },
+     false, true},
+    {"palette",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         const jintArray colors =
+             s.during([&] { return EFFECTS(palette)(java().env, nullptr, bitmap, kWidth, kHeight, 4); });
+         return effects_answer(colors != nullptr && java().lock_count(bitmap) == 0);
+     }},
+    {"stamp",
+     [](Shortage& s) {
+         const jbyteArray frame = java().env->NewByteArray(640 * 480 * 2);
+         const jstring text = java().string("2026");
+         const bool isDone = s.during([&] { return EFFECTS(stamp)(java().env, nullptr, frame, 640, 480, text); });
+         return effects_answer(isDone);
+     }},
+    {"panoramaOpen and panoramaClose",
+     [](Shortage& s) {
+         const jlong handle = s.during([] { return EFFECTS(panoramaOpen)(java().env, nullptr, 4, 2, 1); });
+         s.during([&] { EFFECTS(panoramaClose)(java().env, nullptr, handle); });
+         return effects_answer(handle != 0);
+     },
+     true},
+    {"panoramaFeed",
+     [](Shortage& s) {
+         JNIEnv* env = java().env;
+         const jlong handle = EFFECTS(panoramaOpen)(env, nullptr, 4, 2, 1);
+         const jbyteArray frame = env->NewByteArray(12);
+         const jintArray result = env->NewIntArray(3);
+         EFFECTS(panoramaFeed)(env, nullptr, handle, frame, 10, 20, result);
+         const jint code = s.during([&] { return EFFECTS(panoramaFeed)(env, nullptr, handle, frame, 10, 20, result); });
+         EFFECTS(panoramaClose)(env, nullptr, handle);
+         return code == PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY ? Answer::kShort : effects_answer(code == 0);
+     },
+     true},
+    {"A burst",
+     [](Shortage& s) {
+         JNIEnv* env = java().env;
+         const jbyteArray frame = env->NewByteArray(4 * 2 * 2);
+         const jlong handle = s.during([&] { return EFFECTS(burstOpen)(env, nullptr, 4, 2); });
+         const Answer opened = effects_answer(handle != 0);
+         if (opened != Answer::kDone) {
+             return opened;
+         }
+         s.during([&] { EFFECTS(burstPush)(env, nullptr, handle, frame); });
+         const Answer pushed = effects_answer(true);
+         const bool isMerged = s.during(
+             [&] { return EFFECTS(burstMerge)(env, nullptr, handle, pushed == Answer::kDone ? 1 : 0, frame); });
+         s.during([&] { EFFECTS(burstClose)(env, nullptr, handle); });
+         return pushed == Answer::kDone ? answer(isMerged, !isMerged) : pushed;
+     },
+     true},
+    {"setProgramCacheDirectory",
+     [](Shortage& s) {
+         JNIEnv* env = java().env;
+         const jstring directory = java().string((testing::TempDir() + "./././././././").c_str());
+         const jstring error = s.during([&] { return EFFECTS(setProgramCacheDirectory)(env, nullptr, directory); });
+         EFFECTS(setProgramCacheDirectory)(env, nullptr, nullptr);
+         return answer(error == nullptr, error != nullptr);
+     }},
+    {"filterTable",
+     [](Shortage& s) {
+         const jstring table = s.during([] { return EFFECTS(filterTable)(java().env, nullptr); });
+         return effects_answer(table != nullptr);
+     }},
+    {"filterOpen, filterSet, filterApply and filterClose",
+     [](Shortage& s) {
+         return effects_filter_answer(s, kOffscreen, "ImageFilterXray", [&](jlong handle) {
+             const jobject bitmap = new_picture();
+             s.during([&] { EFFECTS(filterApply)(java().env, nullptr, handle, bitmap, kWidth, kHeight); });
+             const Answer picture = picture_answer(bitmap);
+             return picture == Answer::kDone ? effects_answer(true) : picture;
+         });
+     },
+     true},
+    {"surfaceFilterOpen, surfaceFilterSet, surfaceFilterDraw and surfaceFilterClose",
+     [](Shortage& s) {
+         const jint texture = EFFECTS(createCameraTexture)(java().env, nullptr);
+         const Answer result = effects_filter_answer(s, kOnSurface, "ImageFilterDistorted", [&](jlong handle) {
+             s.during([&] {
+                 EFFECTS(surfaceFilterDraw)
+                 (java().env, nullptr, handle, texture, kWidth, kHeight, kWidth, kHeight);
+             });
+             return effects_answer(true);
+         });
+         EFFECTS(deleteCameraTexture)(java().env, nullptr, texture);
+         return result;
+     },
+     true},
+    {"filterSetBitmap", [](Shortage& s) { return table_answer(s, kOffscreen); }, true},
+    {"surfaceFilterSetBitmap", [](Shortage& s) { return table_answer(s, kOnSurface); }, true},
+    {"createCameraTexture",
+     [](Shortage& s) {
+         const jint texture = s.during([] { return EFFECTS(createCameraTexture)(java().env, nullptr); });
+         s.during([&] { EFFECTS(deleteCameraTexture)(java().env, nullptr, texture); });
+         return effects_answer(texture != 0);
+     },
+     false, true},
+};
+
 TEST_F(ShortageJni, OfTheFilters) {
     const GlSurface surface(kWidth, kHeight);
     fail_each(kFilters);
+}
+
+TEST_F(ShortageJni, OfTheJavaLayer) {
+    const GlSurface surface(kWidth, kHeight);
+    fail_each(kEffects);
 }
 
 TEST_F(ShortageJni, OfTheOthers) {

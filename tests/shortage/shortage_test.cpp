@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <string>
 #include <thread>
@@ -400,9 +402,9 @@ const ShortageCase kGpu[] = {
      }},
     {"GPUScript and its cache file",
      [](Shortage& s) {
-         const std::string directory = testing::TempDir() + "korvane_cache_of_a_script_" + std::to_string(getpid());
-         const std::string file = directory + "-script.osb";
-         korvane::set_program_cache_directory(directory + "-");
+         std::string directory = testing::TempDir() + "korvane_cache_XXXXXX";
+         EXPECT_NE(mkdtemp(directory.data()), nullptr);
+         korvane::set_program_cache_directory(directory.c_str());
          const bool isWritten = s.during([] {
              GPUScript script(nullptr, "script");
              script.setScriptBinary(galloc_alloc(20), 20);
@@ -410,8 +412,9 @@ const ShortageCase kGpu[] = {
              return script.getScriptBinary() != nullptr;
          });
          const bool isRead = s.during([] { return GPUScript(nullptr, "script").getScriptBinary() != nullptr; });
-         korvane::set_program_cache_directory("/nowhere/");
-         const bool isThere = std::remove(file.c_str()) == 0;
+         korvane::set_program_cache_directory(nullptr);
+         const bool isThere = std::remove((directory + "/script.osb").c_str()) == 0;
+         rmdir(directory.c_str());
          return answer(isWritten && isRead && isThere, !isRead);
      },
      true},
@@ -431,6 +434,14 @@ const ShortageCase kGpu[] = {
          return answer(s.during([] { return GPUUtils::loadShader(GL_VERTEX_SHADER, "no shader"); }) == 0, false);
      },
      true},
+    {"set_program_cache_directory",
+     [](Shortage& s) {
+         const std::string wanted = testing::TempDir() + "././././././././././";
+         const int error = s.during([&] { return korvane::set_program_cache_directory(wanted.c_str()); });
+         const std::string found = s.during([] { return korvane::program_cache_directory(); });
+         korvane::set_program_cache_directory(nullptr);
+         return answer(error == 0 && found == wanted, error == ENOMEM || found.empty());
+     }},
     {"ImageFilterFactory::createFilter",
      [](Shortage& s) {
          for (const FilterDescription* description : ImageFilterFactory::filters()) {
