@@ -154,14 +154,6 @@ Answer on_surface(Shortage& s, const char* name, const Call& call) {
     return Answer::kDone;
 }
 
-// A setter, with a value that the name takes.
-template <typename Value>
-Answer set(Shortage& s, const char* key, void (*setter)(JNIEnv*, jobject, jlong, jstring, Value), Value value) {
-    const jstring name = java().string(key);
-    return on_surface(s, "ImageFilterDistorted",
-                      [&](JNIEnv* env, jlong handle) { setter(env, nullptr, handle, name, value); });
-}
-
 const ShortageCase kFilters[] = {
     {"nativeCreate",
      [](Shortage& s) {
@@ -225,34 +217,26 @@ const ShortageCase kFilters[] = {
          return answer(type == PARAMETER_TYPE_FLOAT, type == -1);
      },
      true},
-    {"nativeSetParametersBoolean",
-     [](Shortage& s) { return set<jboolean>(s, "mStrength", FILTERS(nativeSetParametersBoolean), 1); }, true},
-    {"nativeSetParametersInteger",
-     [](Shortage& s) { return set<jint>(s, "mStrength", FILTERS(nativeSetParametersInteger), 1); }, true},
-    {"nativeSetParametersFloat",
-     [](Shortage& s) { return set<jfloat>(s, "mStrength", FILTERS(nativeSetParametersFloat), 1); }, true},
-    {"nativeSetParametersDouble",
-     [](Shortage& s) { return set<jdouble>(s, "mStrength", FILTERS(nativeSetParametersDouble), 1); }, true},
-    {"nativeSetParametersLong",
-     [](Shortage& s) { return set<jlong>(s, "mStrength", FILTERS(nativeSetParametersLong), 0); }, true},
-    {"nativeSetParametersBooleanArray",
+    {"The typed setters",
      [](Shortage& s) {
-         return set(s, "mTextureMatrix", FILTERS(nativeSetParametersBooleanArray), java().env->NewBooleanArray(64));
-     },
-     true},
-    {"nativeSetParametersIntegerArray",
-     [](Shortage& s) {
-         return set(s, "mPosVertices", FILTERS(nativeSetParametersIntegerArray), java().env->NewIntArray(8));
-     },
-     true},
-    {"nativeSetParametersFloatArray",
-     [](Shortage& s) {
-         return set(s, "mTexVertices", FILTERS(nativeSetParametersFloatArray), java().env->NewFloatArray(8));
-     },
-     true},
-    {"nativeSetParametersDoubleArray",
-     [](Shortage& s) {
-         return set(s, "mPosVertices", FILTERS(nativeSetParametersDoubleArray), java().env->NewDoubleArray(8));
+         JNIEnv* own = java().env;
+         const jstring one = java().string("mStrength");
+         const jstring eight = java().string("mTexVertices");
+         const jbooleanArray booleans = own->NewBooleanArray(64);
+         const jintArray integers = own->NewIntArray(8);
+         const jfloatArray floats = own->NewFloatArray(8);
+         const jdoubleArray doubles = own->NewDoubleArray(8);
+         return on_surface(s, "ImageFilterDistorted", [&](JNIEnv* env, jlong handle) {
+             FILTERS(nativeSetParametersBoolean)(env, nullptr, handle, one, 1);
+             FILTERS(nativeSetParametersInteger)(env, nullptr, handle, one, 1);
+             FILTERS(nativeSetParametersFloat)(env, nullptr, handle, one, 1);
+             FILTERS(nativeSetParametersDouble)(env, nullptr, handle, one, 1);
+             FILTERS(nativeSetParametersLong)(env, nullptr, handle, one, 0);
+             FILTERS(nativeSetParametersBooleanArray)(env, nullptr, handle, eight, booleans);
+             FILTERS(nativeSetParametersIntegerArray)(env, nullptr, handle, eight, integers);
+             FILTERS(nativeSetParametersFloatArray)(env, nullptr, handle, eight, floats);
+             FILTERS(nativeSetParametersDoubleArray)(env, nullptr, handle, eight, doubles);
+         });
      },
      true},
     {"nativeSetParametersBitmap",

@@ -118,21 +118,10 @@ std::atomic<int> CountedTask::gone{0};
 const ShortageCase kToolkit[] = {
     {"galloc_malloc", [](Shortage& s) { return block_answer(s.during([] { return galloc_malloc(8); })); }},
     {"galloc_alloc", [](Shortage& s) { return block_answer(s.during([] { return galloc_alloc(8); })); }},
-    {"galloc_malloc_leap",
-     [](Shortage& s) { return block_answer(s.during([] { return galloc_malloc_leap(8, "", 1); })); }},
-    {"galloc_alloc_leap",
-     [](Shortage& s) { return block_answer(s.during([] { return galloc_alloc_leap(8, "", 1); })); }},
     {"galloc_realloc",
      [](Shortage& s) {
          void* block = galloc_malloc(8);
          void* larger = s.during([&] { return galloc_realloc(block, 4096); });
-         galloc_free(larger != nullptr ? larger : block);
-         return answer(larger != nullptr, larger == nullptr);
-     }},
-    {"galloc_realloc_leap",
-     [](Shortage& s) {
-         void* block = galloc_malloc(8);
-         void* larger = s.during([&] { return galloc_realloc_leap(block, 4096, "", 1); });
          galloc_free(larger != nullptr ? larger : block);
          return answer(larger != nullptr, larger == nullptr);
      }},
