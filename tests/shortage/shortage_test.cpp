@@ -79,6 +79,16 @@ Answer pixels_answer(Shortage& shortage, const Call& call) {
     return answer(bytes == expected, bytes == before);
 }
 
+// The box blurs take one byte a pixel, and spoil their source.
+template <auto kBlur>
+Answer box_answer(Shortage& shortage) {
+    return pixels_answer(shortage, [](unsigned char* pixels) {
+        unsigned char scratch[kWidth * kHeight];
+        std::copy_n(pixels, sizeof(scratch), scratch);
+        kBlur(scratch, pixels, kWidth, kHeight, 3);
+    });
+}
+
 // For a new matrix that `call` makes of an invertible one.
 template <typename Call>
 Answer matrix_answer(Shortage& shortage, const Call& call) {
@@ -214,24 +224,8 @@ const ShortageCase kToolkit[] = {
          return pixels_answer(
              s, [](unsigned char* p) { fast_blur(reinterpret_cast<unsigned int*>(p), p, kWidth, kHeight, 3); });
      }},
-    {"box_blur",
-     [](Shortage& s) {
-         return pixels_answer(s, [](unsigned char* p) {
-             unsigned char scratch[kWidth * kHeight];
-             std::copy_n(p, sizeof(scratch), scratch);
-             box_blur(scratch, p, kWidth, kHeight, 3);
-         });
-     },
-     true},
-    {"gauss_blur",
-     [](Shortage& s) {
-         return pixels_answer(s, [](unsigned char* p) {
-             unsigned char scratch[kWidth * kHeight];
-             std::copy_n(p, sizeof(scratch), scratch);
-             gauss_blur(scratch, p, kWidth, kHeight, 3);
-         });
-     },
-     true},
+    {"box_blur", box_answer<box_blur>, true},
+    {"gauss_blur", box_answer<gauss_blur>, true},
     {"gaussiir",
      [](Shortage& s) {
          return pixels_answer(s, [](unsigned char* p) { gaussiir(p, kWidth, kHeight, 4, kWidth * 4, 2.0F, 2.0F); });
