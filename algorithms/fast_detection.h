@@ -47,7 +47,7 @@ KORVANE_API int cornerScore16(const unsigned char* ptr, const int* pixel, int th
 //
 // With a border below 3 the circle of a pixel near the left or right edge runs on into the neighbouring rows, and what
 // is found there means little; pixels whose circle would leave the buffer are not tested. A null pointer, an empty
-// image, or memory too short for the work rows gives no corners.
+// image, or short memory gives no corners.
 KORVANE_API void fast16(const unsigned char* img, std::vector<KeyPoint>& keypoints, int width, int height,
                         const FastParams* params);
 

@@ -25,9 +25,10 @@ inline EGLNativeWindowType egl_native_window(ANativeWindow* window) {
 
 #else
 
-// eglInitialize and eglTerminate with the counting that desktop drivers lack: a display is terminated when the last
-// that initialised it here is done with it, and not at all when it had been initialised elsewhere before. Terminating a
-// display that nobody initialised here terminates it at once. The results are EGL's; both are safe on any thread.
+// eglInitialize and eglTerminate with the counting that desktop drivers lack. A display is terminated when the last
+// user that initialised it here is done with it. A display that was initialised elsewhere before is never terminated
+// here; one that nobody initialised is terminated at once. The results are EGL's; initialising also answers EGL_FALSE
+// when memory is short. Both are safe on any thread.
 EGLBoolean initialize_egl_display(EGLDisplay display);
 EGLBoolean terminate_egl_display(EGLDisplay display);
 

@@ -1,7 +1,7 @@
 // The log seam: Android's own log on a device, the desktop twin elsewhere.
 //
-// All diagnostics go out at debug priority with the tag "@@@". Their texts are an interface: people filter logs by
-// them, so a line keeps its trailing newline, or its lack of one, as it stands.
+// All diagnostics go out at debug priority with the tag "@@@". Each text is part of the interface, also whether it ends
+// with a newline.
 #ifndef KORVANE_PLATFORM_LOG_H_
 #define KORVANE_PLATFORM_LOG_H_
 

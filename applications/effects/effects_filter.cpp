@@ -40,10 +40,6 @@ class ContextScope {
     CurrentContext m_Before;
 };
 
-std::string cache_file(const std::string& name) {
-    return program_cache_directory() + name + ".osb";
-}
-
 // The values as an array of another type.
 template <typename Value>
 void set_as(ImageFilterBaseGL* filter, const char* parameter, std::span<const float> values) {
@@ -56,7 +52,7 @@ void set_as(ImageFilterBaseGL* filter, const char* parameter, std::span<const fl
 
 }  // namespace
 
-EffectsFilter::EffectsFilter(std::unique_ptr<ImageFilterBaseGL> filter, bool isOffscreen)
+EffectsFilter::EffectsFilter(OwnedFilter filter, bool isOffscreen)
     : m_Filter(std::move(filter)), m_IsOffscreen(isOffscreen) {}
 
 std::unique_ptr<EffectsFilter> EffectsFilter::open_offscreen(const char* name) {
@@ -74,8 +70,7 @@ std::unique_ptr<EffectsFilter> EffectsFilter::open(const char* name, bool isOffs
     const ContextScope scope;
     const std::string cacheName = isOffscreen ? name : std::string(name) + "_oes";
     for (const bool isFirstTry : {true, false}) {
-        std::unique_ptr<ImageFilterBaseGL> made(isOffscreen ? create_offscreen_filter(name)
-                                                            : create_surface_filter(name, kCameraTextures));
+        OwnedFilter made(isOffscreen ? create_offscreen_filter(name) : create_surface_filter(name, kCameraTextures));
         if (made == nullptr) {
             throw EffectsError("the filter cannot be made: memory is short");
         }
@@ -83,7 +78,7 @@ std::unique_ptr<EffectsFilter> EffectsFilter::open(const char* name, bool isOffs
             throw EffectsError("no OpenGL ES 3 context can be made off screen");
         }
         std::unique_ptr<EffectsFilter> filter(new EffectsFilter(std::move(made), isOffscreen));
-        const bool isCached = access(cache_file(cacheName).c_str(), F_OK) == 0;
+        const bool isCached = access(program_cache_file(cacheName.c_str()).c_str(), F_OK) == 0;
         if (filter->has_program()) {
             if (!isCached) {
                 filter->store_program(cacheName);
@@ -93,7 +88,7 @@ std::unique_ptr<EffectsFilter> EffectsFilter::open(const char* name, bool isOffs
         }
         // Gone before the file is: a script that came from the cache writes itself back in the end.
         filter.reset();
-        if (!isCached || !isFirstTry || std::remove(cache_file(cacheName).c_str()) != 0) {
+        if (!isCached || !isFirstTry || std::remove(program_cache_file(cacheName.c_str()).c_str()) != 0) {
             break;
         }
     }
@@ -109,8 +104,6 @@ EffectsFilter::~EffectsFilter() {
     } else if (scope.before() != EGL_NO_CONTEXT && scope.before() != m_Own.context) {
         eglMakeCurrent(eglGetCurrentDisplay(), EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     }
-    // Frees the table of the Table filter, which its destructor leaves.
-    m_Filter->release();
     m_Filter.reset();
 }
 
@@ -153,7 +146,7 @@ void EffectsFilter::store_program(const std::string& cacheName) const {
         script.setScriptBinaryFormat(format);
         script.setScriptBinary(binary, bytes);
     }
-    std::rename(cache_file(partName).c_str(), cache_file(cacheName).c_str());
+    std::rename(program_cache_file(partName.c_str()).c_str(), program_cache_file(cacheName.c_str()).c_str());
 }
 
 void EffectsFilter::set(const char* parameter, std::span<const float> values) {

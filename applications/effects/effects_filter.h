@@ -54,14 +54,23 @@ class EffectsFilter {
     void draw(int texture, int inputWidth, int inputHeight, int outputWidth, int outputHeight);
 
   private:
-    EffectsFilter(std::unique_ptr<ImageFilterBaseGL> filter, bool isOffscreen);
+    // The destructor of the Table filter leaves its table; release() frees it.
+    struct ReleaseAndDelete {
+        void operator()(ImageFilterBaseGL* filter) const {
+            filter->release();
+            delete filter;
+        }
+    };
+    using OwnedFilter = std::unique_ptr<ImageFilterBaseGL, ReleaseAndDelete>;
+
+    EffectsFilter(OwnedFilter filter, bool isOffscreen);
 
     static std::unique_ptr<EffectsFilter> open(const char* name, bool isOffscreen);
     void enter() const;
     bool has_program();
     void store_program(const std::string& cacheName) const;
 
-    std::unique_ptr<ImageFilterBaseGL> m_Filter;
+    OwnedFilter m_Filter;
     bool m_IsOffscreen;
     CurrentContext m_Own;
 };

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include "applications/filters/filter_calls.h"
 #include "applications/filters/gpu_image_filter_factory.h"
@@ -24,9 +25,12 @@ const FilterUniform* find_uniform(const FilterDescription& filter, const FilterP
 // Some filters store the square of what they are given, so the value is tried on a filter.
 std::string default_text(const FilterDescription& filter, const FilterParameter& parameter) {
     const FilterUniform* uniform = find_uniform(filter, parameter);
-    const std::unique_ptr<ImageFilterBaseGL> trial(uniform == nullptr ? nullptr : filter.create());
-    if (trial == nullptr) {
+    if (uniform == nullptr) {
         return "";
+    }
+    const std::unique_ptr<ImageFilterBaseGL> trial(filter.create());
+    if (trial == nullptr) {
+        throw std::bad_alloc();
     }
     float value = uniform->defaultValue;
     set_filter_value(trial.get(), parameter.name, &value, sizeof(value));

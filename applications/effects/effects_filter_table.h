@@ -9,6 +9,7 @@ namespace korvane {
 
 // One line a filter ("filter", name, summary), under it one a parameter ("parameter", name, number of the type, count,
 // range, default or nothing, summary), fields parted by tabs. Setting a parameter to its default changes nothing.
+// Throws std::bad_alloc.
 std::string filter_table();
 
 }  // namespace korvane

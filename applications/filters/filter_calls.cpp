@@ -3,9 +3,10 @@
 
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "applications/filters/gpu_image_filter_factory.h"
-#include "frameworks/core/memory.h"
+#include "frameworks/core/galloc_ptr.h"
 
 namespace korvane {
 namespace {
@@ -15,10 +16,6 @@ constexpr int kRgbaBytes = 4;
 // At least what the longest parameter takes.
 constexpr size_t kValueBytes = 64;
 static_assert(sizeof(FilterBitmap) <= kValueBytes);
-
-struct GallocDeleter {
-    void operator()(void* block) const { galloc_free(block); }
-};
 
 // The filter itself, or null and the filter gone when it could not be set up.
 ImageFilterBaseGL* set_up(std::unique_ptr<ImageFilterBaseGL> filter, GLenum target) {
@@ -33,7 +30,7 @@ ImageFilterBaseGL* create_offscreen_filter(const char* name) {
         return nullptr;
     }
     filter->initEngine();
-    return set_up(std::move(filter), 1);
+    return filter->has_engine() ? set_up(std::move(filter), 1) : nullptr;
 }
 
 ImageFilterBaseGL* create_surface_filter(const char* name, GLenum target) {
@@ -65,11 +62,10 @@ void set_filter_bitmap(ImageFilterBaseGL* filter, const char* key, unsigned char
     if (filter == nullptr || pixels == nullptr) {
         return;
     }
-    const std::unique_ptr<void, GallocDeleter> block(galloc_alloc(kValueBytes));
-    auto* bitmap = static_cast<FilterBitmap*>(block.get());
+    const galloc_ptr<FilterBitmap> bitmap(static_cast<FilterBitmap*>(galloc_alloc(kValueBytes)));
     if (bitmap != nullptr) {
         *bitmap = {pixels, width, height, kRgbaBytes, width * kRgbaBytes};
-        filter->setParameters(key, bitmap);
+        filter->setParameters(key, bitmap.get());
     }
 }
 

@@ -9,7 +9,7 @@
 #include <memory>
 #include <new>
 
-#include "frameworks/core/memory.h"
+#include "frameworks/core/galloc_ptr.h"
 #include "frameworks/gpu/gpu_script.h"
 #include "frameworks/gpu/gpu_texture_layout.h"
 #include "platform/log.h"
@@ -62,10 +62,7 @@ constexpr size_t kValueBytes[] = {0,
                                   sizeof(FilterBitmap)};
 static_assert(std::size(kValueBytes) == PARAMETER_TYPE_BITMAP + 1);
 
-struct GallocFree {
-    void operator()(char* text) const { galloc_free(text); }
-};
-using Text = std::unique_ptr<char, GallocFree>;
+using Text = korvane::galloc_ptr<char>;
 
 // `first` and then `second`; null when memory is short.
 Text concatenated(const char* first, const char* second) {
@@ -77,6 +74,12 @@ Text concatenated(const char* first, const char* second) {
         std::memcpy(text.get() + firstBytes, second, secondBytes);
     }
     return text;
+}
+
+// False when memory is short. A filter without a text is no failure here: its program cannot be built.
+bool add_source(GPUScript* script, const char* name, const char* text) {
+    const bool hasText = text != nullptr && *text != '\0';
+    return script != nullptr && (script->addSource(name, text) || !hasText);
 }
 
 const FilterDescription kBaseDescription = {
@@ -128,9 +131,11 @@ ImageFilterBaseGL::~ImageFilterBaseGL() {
 
 void ImageFilterBaseGL::initEngine() {
     release_engine();
-    mEngine = new GPUEngine(nullptr, 0, 0);
-    mEngine->setup();
-    mEngine->startup();
+    mEngine = new (std::nothrow) GPUEngine(nullptr, 0, 0);
+    if (mEngine.get() != nullptr) {
+        mEngine->setup();
+        mEngine->startup();
+    }
 }
 
 // What was made with an engine goes before it, while its context is current: the images count on the record inside the
@@ -149,7 +154,10 @@ void ImageFilterBaseGL::release_engine() {
 }
 
 int ImageFilterBaseGL::setupGraphics(GLenum target) {
-    mGPUContext = new GPUContext(nullptr, 0, 0);
+    mGPUContext = new (std::nothrow) GPUContext(nullptr, 0, 0);
+    if (mGPUContext.get() == nullptr) {
+        return 0;
+    }
     KORVANE_LOGD("NULL != mGPUContext.get()----------");
     mGPUContext->setEGLDisplay(eglGetCurrentDisplay());
     mGPUContext->setEGLSurface(eglGetCurrentSurface(EGL_DRAW));
@@ -168,15 +176,20 @@ int ImageFilterBaseGL::setupGraphics(GLenum target) {
         KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  1  1 this:%p", static_cast<void*>(this));
         KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  1  2 this:%p", static_cast<void*>(this));
     }
-    auto_ptr<GPUScript> script(new GPUScript(mGPUContext, name.get()));
-    script->addSource("VertexShader", getVertexShader());
-    script->addSource(external ? "FragmentShaderOES" : "FragmentShader", text.get());
+    auto_ptr<GPUScript> script(new (std::nothrow) GPUScript(mGPUContext, name.get()));
+    if (!add_source(script.get(), "VertexShader", getVertexShader()) ||
+        !add_source(script.get(), external ? "FragmentShaderOES" : "FragmentShader", text.get())) {
+        return 0;
+    }
     if (external) {
         KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  1  5 this:%p", static_cast<void*>(this));
     } else {
-        mFramebuffer = new GPUFramebuffer(mGPUContext);
+        mFramebuffer = new (std::nothrow) GPUFramebuffer(mGPUContext);
     }
-    mProgram = new GPUProgram(mGPUContext, script);
+    mProgram = new (std::nothrow) GPUProgram(mGPUContext, script);
+    if (mProgram.get() == nullptr || (!external && mFramebuffer.get() == nullptr)) {
+        return 0;
+    }
     KORVANE_LOGD("ImageFilterBaseGL::setupGraphics  4 this:%p", static_cast<void*>(this));
     return initParameters();
 }
@@ -227,8 +240,8 @@ void ImageFilterBaseGL::setParameters(const char* name, void* value) {
 void ImageFilterBaseGL::setTexture(int textureID, int inputWidth, int inputHeight, int outputWidth, int outputHeight) {
     const int32_t format = mTarget != 0 ? kFormatRgba : kFormatExternal;
     if (mImage2D.get() == nullptr) {
-        mImage2D =
-            new GPUImage2D(mGPUContext, static_cast<GLuint>(textureID), inputWidth, inputHeight, format, false, false);
+        mImage2D = new (std::nothrow)
+            GPUImage2D(mGPUContext, static_cast<GLuint>(textureID), inputWidth, inputHeight, format, false, false);
     } else {
         mImage2D->set(inputWidth, inputHeight, format, nullptr);
     }
@@ -238,7 +251,7 @@ void ImageFilterBaseGL::setTexture(int textureID, int inputWidth, int inputHeigh
 
 void ImageFilterBaseGL::setBitmap(unsigned char* pixels, int width, int height) {
     if (mImage2D.get() == nullptr) {
-        mImage2D = new GPUImage2D(mGPUContext, width, height, kFormatRgba, pixels);
+        mImage2D = new (std::nothrow) GPUImage2D(mGPUContext, width, height, kFormatRgba, pixels);
     } else {
         mImage2D->set(width, height, kFormatRgba, pixels);
     }
@@ -265,16 +278,17 @@ void ImageFilterBaseGL::process(unsigned char* pixels, int width, int height) {
     mViewWidth = width;
     mViewHeight = height;
     if (mOutputImage.get() == nullptr) {
-        mOutputImage = new GPUImage2D(mEngine->getGPUContext(), width, height, kFormatRgba);
+        mOutputImage = new (std::nothrow) GPUImage2D(mEngine->getGPUContext(), width, height, kFormatRgba);
     } else {
         mOutputImage->set(width, height, kFormatRgba, nullptr);
     }
     if (mImage2D.get() == nullptr) {
-        mImage2D = new GPUImage2D(mGPUContext, width, height, kFormatRgba, pixels);
+        mImage2D = new (std::nothrow) GPUImage2D(mGPUContext, width, height, kFormatRgba, pixels);
     } else {
         mImage2D->set(width, height, kFormatRgba, pixels);
     }
-    if (mProgram.get() == nullptr || mProgram->beganCompute() == 0) {
+    if (mOutputImage.get() == nullptr || mImage2D.get() == nullptr || mProgram.get() == nullptr ||
+        mProgram->beganCompute() == 0) {
         return;
     }
     GPUFramebuffer::setFramebufferTarget(mFramebuffer, mOutputImage);

@@ -10,7 +10,8 @@
 // Life: construct; initEngine for off-screen work, or make a context current; setupGraphics; input by setTexture or
 // setBitmap; parameters; render a frame at a time or process bitmaps; delete. Everything runs on the thread whose EGL
 // context is the filter's, and one filter is never used from two threads. Failures are quiet: a filter whose program
-// could not be built draws nothing, after the GPU classes have logged why.
+// could not be built draws nothing, after the GPU classes have logged why. When memory is short, initEngine() leaves no
+// engine, setupGraphics() answers 0, an input that could not be taken is absent, and process() changes nothing.
 #ifndef KORVANE_APPLICATIONS_FILTERS_GPU_IMAGE_FILTER_BASE_H_
 #define KORVANE_APPLICATIONS_FILTERS_GPU_IMAGE_FILTER_BASE_H_
 
@@ -76,6 +77,9 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
 
     // Releases the GPU objects and keeps the holders.
     virtual void release();
+
+    // False before initEngine(), and when that had no memory.
+    bool has_engine() const { return mEngine.get() != nullptr; }
 
     // How many bytes setParameters() reads for this name; 0 for an unknown name or null.
     size_t parameter_bytes(const char* name) const;

@@ -9,7 +9,8 @@
 
 class KORVANE_API ImageFilterFactory {
   public:
-    // A new filter with count 0, owned by the caller, or null for an unknown name or null. Names are exact.
+    // A new filter with count 0, owned by the caller. Null for an unknown name or null, and when memory is short. Names
+    // are exact.
     static ImageFilterBaseGL* createFilter(const char* name);
 
     // All filters, in the order in which createFilter tries them.

@@ -82,17 +82,22 @@ const FilterUniform kUniforms[] = {
     {"mStrength", FilterField<&Filter::mStrength>::uniform(), 1.0F},
 };
 
+void free_table(FilterBitmap* table) {
+    if (table != nullptr) {
+        std::free(table->buffer);
+        std::free(table);
+    }
+}
+
 FilterBitmap* new_identity_table() {
     auto* table = static_cast<FilterBitmap*>(std::malloc(sizeof(FilterBitmap)));
-    if (table == nullptr) {
-        return nullptr;
-    }
     auto* byte = static_cast<unsigned char*>(std::malloc(kTableBufferBytes));
-    *table = {byte, kTableWidth, kTableHeight, kTableDepth, kTableWidth * kTableDepth};
-    if (byte == nullptr) {
+    if (table == nullptr || byte == nullptr) {
         std::free(table);
+        std::free(byte);
         return nullptr;
     }
+    *table = {byte, kTableWidth, kTableHeight, kTableDepth, kTableWidth * kTableDepth};
     constexpr float kScale = 255.0F / 63.0F;
     const auto level = [](int i) { return static_cast<unsigned char>(static_cast<float>(i) * kScale); };
     for (int r = 0; r < kLevels; ++r) {
@@ -107,13 +112,6 @@ FilterBitmap* new_identity_table() {
     return table;
 }
 
-void free_table(FilterBitmap* table) {
-    if (table != nullptr) {
-        std::free(table->buffer);
-        std::free(table);
-    }
-}
-
 }  // namespace
 
 int ImageFilterTableGL::initParameters() {
@@ -124,7 +122,13 @@ int ImageFilterTableGL::initParameters() {
     if (mFilterBitmap == nullptr) {
         return 0;
     }
-    mImgTab2D = new GPUImage2D(mGPUContext, kTableWidth, kTableHeight, kFormatRgb, mFilterBitmap->buffer);
+    mImgTab2D = new (std::nothrow)
+        GPUImage2D(mGPUContext, kTableWidth, kTableHeight, kFormatRgb, mFilterBitmap->buffer);
+    if (mImgTab2D.get() == nullptr) {
+        free_table(mFilterBitmap);
+        mFilterBitmap = nullptr;
+        return 0;
+    }
     return 1;
 }
 

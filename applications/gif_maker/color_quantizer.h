@@ -60,7 +60,7 @@ class KORVANE_API ColorQuantizer {
 
     // The palette of the pixels added, at most colorCount entries (512 at most; none below 1), alpha 255. It has as
     // many entries as boxes could be made, fewer than colorCount where colors run out; an entry that no pixel is
-    // nearest to is black. With no pixels it is one black entry.
+    // nearest to is black. With no pixels it is one black entry. When memory is short it is empty.
     //
     // The array is the object's own; it changes with the next getPalette and survives release(). The histogram is
     // spent: until the next prepare, colors are ignored and further palettes are empty.

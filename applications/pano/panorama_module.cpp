@@ -7,7 +7,7 @@
 #include <new>
 
 #include "applications/pano/frame_convert.h"
-#include "frameworks/core/memory.h"
+#include "frameworks/core/galloc_ptr.h"
 #include "platform/log.h"
 
 namespace {
@@ -69,7 +69,7 @@ result_t PanoramaModule::startup(int width, int height, int format, PanoramaOnEr
     m_DirectionType = PANORAMA_DIRECTION_TYPE_NONE;
     m_FrameSets.clear();
     m_IsRunning.store(true, std::memory_order_relaxed);
-    // A join has set it, and the new worker would end before it ran.
+    // A join has set it; the new worker would end before it ran.
     m_IsStop.store(false, std::memory_order_relaxed);
     start();
     return PANORAMA_RESULT_TYPE_NO_ERROR;
@@ -87,25 +87,25 @@ size_t PanoramaModule::bytesToRead() const {
 
 auto_ptr<PanoramaFrame> PanoramaModule::createFrame(unsigned char* pBuffer) const {
     const size_t bytes = bytesToRead();
-    auto* buffer = static_cast<unsigned char*>(galloc_malloc(bytes));
+    korvane::galloc_ptr<unsigned char> buffer(static_cast<unsigned char*>(galloc_malloc(bytes)));
     if (buffer == nullptr) {
         return nullptr;
     }
     switch (m_FrameFormat) {
         case PANORAMA_FRAME_FORMAT_NV12:
-            convert_nv12_to_yv12(pBuffer, buffer, m_FrameWidth, m_FrameHeight);
+            convert_nv12_to_yv12(pBuffer, buffer.get(), m_FrameWidth, m_FrameHeight);
             break;
         case PANORAMA_FRAME_FORMAT_NV21:
-            convert_nv21_to_yv12(pBuffer, buffer, m_FrameWidth, m_FrameHeight);
+            convert_nv21_to_yv12(pBuffer, buffer.get(), m_FrameWidth, m_FrameHeight);
             break;
         default:
-            galloc_memcpy(buffer, pBuffer, bytes);
+            galloc_memcpy(buffer.get(), pBuffer, bytes);
             break;
     }
     auto* frame = new (std::nothrow) PanoramaFrame(static_cast<int>(m_FrameSets.size()), m_FrameWidth, m_FrameHeight,
-                                                   PANORAMA_FRAME_FORMAT_YV12, buffer);
-    if (frame == nullptr) {
-        galloc_free(buffer);
+                                                   PANORAMA_FRAME_FORMAT_YV12, buffer.get());
+    if (frame != nullptr) {
+        buffer.release();
     }
     return frame;
 }
@@ -173,9 +173,9 @@ void PanoramaModule::run() {
     auto_ptr<PanoramaFrame> latest;
     while (m_IsRunning.load(std::memory_order_relaxed)) {
         m_MutexInput.lock();
-        // Only a frame leads out of here: a sweep that is closed with nothing queued spins for ever. Kept so; the owner
-        // sees to it that a frame is there.
-        while (m_FrameSets.empty()) {
+        // A sweep that close() ends with nothing queued spins here for ever. This is deliberate: the owner sees to it
+        // that a frame is there.
+        while (m_FrameSets.empty() && !m_IsEnding.load(std::memory_order_relaxed)) {
             if (m_IsRunning.load(std::memory_order_relaxed)) {
                 m_CondInput.waitRelative(m_MutexInput, kInputWaitNanoseconds);
             } else {
@@ -199,12 +199,13 @@ void PanoramaModule::run() {
 
 void PanoramaModule::endWorker() {
     {
-        // A frame that holds nothing, to let a worker out of its wait. While this lock is held the worker is not
-        // looking at the queue: it cannot find itself stopped with nothing queued.
+        // While this lock is held the worker does not look at the queue: it cannot find itself stopped with nothing
+        // queued before it sees that it may leave.
         const std::lock_guard<Mutex> guard(m_MutexInput);
         m_IsRunning.store(false, std::memory_order_relaxed);
-        m_FrameSets.push_back(nullptr);
+        m_IsEnding.store(true, std::memory_order_relaxed);
     }
     join();
+    m_IsEnding.store(false, std::memory_order_relaxed);
     m_FrameSets.clear();
 }

@@ -55,7 +55,7 @@ class PanoramaModule : public Thread {
     virtual result_t startup(int width, int height, int format, PanoramaOnErrorCallback onErrorCb);
 
     // One frame of frameBytes() bytes, with the angles in degrees. The offsets, in pixels, are written once there is a
-    // reference, also when the frame is then refused for its direction.
+    // reference, also when the frame is then refused for its direction or because memory is short.
     virtual result_t pushFrame(unsigned char* pBuffer, float gyroX, float gyroY, int& offsetX, int& offsetY);
 
     virtual PanoramaDirectionType getDirectionType();
@@ -89,6 +89,8 @@ class PanoramaModule : public Thread {
     int m_FrameFormat = 0;
     PanoramaDirectionType m_DirectionType = PANORAMA_DIRECTION_TYPE_NONE;
     std::atomic<bool> m_IsRunning{false};
+    // Lets a stopped worker leave its wait although no frame came.
+    std::atomic<bool> m_IsEnding{false};
     PanoramaOnErrorCallback m_OnErrorCb = nullptr;
     // Of the reference frame; 0 until set.
     float m_AngleX = 0.0F;

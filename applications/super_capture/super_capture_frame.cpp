@@ -4,7 +4,7 @@
 #include <limits>
 #include <new>
 
-#include "frameworks/core/memory.h"
+#include "frameworks/core/galloc_ptr.h"
 
 size_t yuyv_frame_bytes(uint32_t width, uint32_t height) {
     constexpr size_t kBytesPerPixel = 2;
@@ -31,15 +31,15 @@ SuperCaptureFrame* SuperCaptureFrame::createFrame(uint32_t id, uint32_t width, u
         return nullptr;
     }
     const size_t bytes = yuyv_frame_bytes(width, height);
-    auto* copy = static_cast<unsigned char*>(galloc_malloc(bytes));
+    korvane::galloc_ptr<unsigned char> copy(static_cast<unsigned char*>(galloc_malloc(bytes)));
     if (copy == nullptr) {
         return nullptr;
     }
-    galloc_memcpy(copy, planes[0], bytes);
-    unsigned char* ownPlanes[kFramePlanes] = {copy, nullptr, nullptr, nullptr};
+    galloc_memcpy(copy.get(), planes[0], bytes);
+    unsigned char* ownPlanes[kFramePlanes] = {copy.get(), nullptr, nullptr, nullptr};
     auto* frame = new (std::nothrow) SuperCaptureFrame(id, width, height, format, ownPlanes);
-    if (frame == nullptr) {
-        galloc_free(copy);
+    if (frame != nullptr) {
+        copy.release();
     }
     return frame;
 }

@@ -22,7 +22,8 @@ class SuperCaptureMode : public RefBase {
     SuperCaptureMode();
     ~SuperCaptureMode() override;
 
-    // Takes any sizes; a frame without pixels counts as black. Empties the history but keeps the last report.
+    // Takes any sizes; a frame without pixels counts as black. Empties the history but keeps the last report. Throws
+    // std::bad_alloc when memory is short; process() needs no memory then.
     void init(uint32_t width, uint32_t height, uint32_t format);
 
     // One preview frame, of which the luma plane (the first width * height bytes) is read. Null does nothing. `thiz` is

@@ -1,8 +1,9 @@
 #include "applications/super_capture/super_capture_module.h"
 
-#include <new>
+#include <memory>
 
 #include "applications/super_capture/super_capture.h"
+#include "frameworks/core/guard.h"
 #include "platform/log.h"
 
 namespace {
@@ -21,14 +22,12 @@ SuperCapture* from_handle(intptr_t handle) {
 }  // namespace
 
 intptr_t super_capture_module_init(uint32_t width, uint32_t height, uint32_t format) {
-    auto* engine = new (std::nothrow) SuperCapture;
-    KORVANE_LOGD("super_capture_module_init   width:%d, height:%d, format:%d\n", static_cast<int>(width),
-                 static_cast<int>(height), static_cast<int>(format));
-    if (engine == nullptr || engine->init(width, height, format) != 0) {
-        delete engine;
-        return 0;
-    }
-    return reinterpret_cast<intptr_t>(engine);
+    return korvane::guarded(intptr_t{0}, [&] {
+        auto engine = std::make_unique<SuperCapture>();
+        KORVANE_LOGD("super_capture_module_init   width:%d, height:%d, format:%d\n", static_cast<int>(width),
+                     static_cast<int>(height), static_cast<int>(format));
+        return engine->init(width, height, format) == 0 ? reinterpret_cast<intptr_t>(engine.release()) : intptr_t{0};
+    });
 }
 
 result_t super_capture_module_push_frame(intptr_t handle, unsigned char** planes) {
@@ -37,7 +36,8 @@ result_t super_capture_module_push_frame(intptr_t handle, unsigned char** planes
         "super_capture_module_push_frame   handle:%zd, planes[0]:%p, planes[1]:%p, planes[2]:%p, planes[3]:%p\n",
         static_cast<ssize_t>(handle), static_cast<void*>(planes[0]), static_cast<void*>(planes[1]),
         static_cast<void*>(planes[2]), static_cast<void*>(planes[3]));
-    return handle != 0 ? from_handle(handle)->pushFrame(planes) : -1;
+    return korvane::guarded(result_t{-3},
+                            [&] { return handle != 0 ? from_handle(handle)->pushFrame(planes) : result_t{-1}; });
 }
 
 result_t super_capture_module_pop_frame(intptr_t handle, unsigned char** planes) {

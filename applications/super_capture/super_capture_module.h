@@ -27,7 +27,8 @@ KORVANE_API int32_t super_capture_module_push_frame(intptr_t handle, unsigned ch
 
 // Ends the burst, waits for the worker and copies the merged picture into planes[0], a buffer of the caller's of
 // width * height * 2 bytes; without any frame it is left alone. 0; -1 without a handle or any plane. A second call
-// gives the same picture; frames pushed after the first are never merged.
+// gives the same picture; frames pushed after the first are never merged. When memory was short for merging, the
+// picture is the last frame taken.
 KORVANE_API int32_t super_capture_module_pop_frame(intptr_t handle, unsigned char** planes);
 
 // Ends the burst if need be and deletes the engine. 0 is ignored.

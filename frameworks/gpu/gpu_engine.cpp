@@ -1,5 +1,7 @@
 #include "frameworks/gpu/gpu_engine.h"
 
+#include <new>
+
 #include "frameworks/gpu/gpu_utils.h"
 #include "platform/egl.h"
 #include "platform/log.h"
@@ -62,8 +64,10 @@ GPUEngine* GPUEngine::getCurrentEngine() {
     if (display == EGL_NO_DISPLAY || context == EGL_NO_CONTEXT || surface == EGL_NO_SURFACE) {
         return nullptr;
     }
-    auto* engine = new GPUEngine(nullptr, 0, 0);
-    engine->store(display, context, surface);
+    auto* engine = new (std::nothrow) GPUEngine(nullptr, 0, 0);
+    if (engine != nullptr) {
+        engine->store(display, context, surface);
+    }
     return engine;
 }
 

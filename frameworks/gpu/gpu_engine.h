@@ -28,8 +28,9 @@ class KORVANE_API GPUEngine : public RefBase {
     GPUEngine(const GPUEngine&) = delete;
     GPUEngine& operator=(const GPUEngine&) = delete;
 
-    // Wraps the EGL state that is current on the calling thread; null without a current context and draw surface. The
-    // engine is new, with count 0. Its destroy() would destroy the caller's own context and terminate the display.
+    // Wraps the EGL state that is current on the calling thread; null without a current context and draw surface, and
+    // when memory is short. The engine is new, with count 0. Its destroy() would destroy the caller's own context and
+    // terminate the display.
     static GPUEngine* getCurrentEngine();
 
     // Makes display, surface and context. False after a log line when a step fails: what earlier steps made stays, and

@@ -39,15 +39,16 @@ GPUFramebuffer::~GPUFramebuffer() {
 void GPUFramebuffer::beginDraw() {
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, m_FramebufferHandle);
     GPUUtils::checkGLError("glBindFramebuffer");
-    m_DrawBuffers.clear();
+    m_DrawBufferCount = 0;
 }
 
 void GPUFramebuffer::setDrawTarget(int index, GPUImage2D* image) {
     if (image == nullptr || !is_attachment(index)) {
         return;
     }
-    if (std::find(m_DrawBuffers.begin(), m_DrawBuffers.end(), index) == m_DrawBuffers.end()) {
-        m_DrawBuffers.push_back(index);
+    int* end = m_DrawBuffers + m_DrawBufferCount;
+    if (std::find(m_DrawBuffers, end, index) == end) {
+        m_DrawBuffers[m_DrawBufferCount++] = index;
     }
     attach(GL_DRAW_FRAMEBUFFER, index, *image);
 }
@@ -57,13 +58,14 @@ void GPUFramebuffer::setDrawTarget(int index, auto_ptr<GPUImage2D>& image) {
 }
 
 void GPUFramebuffer::endDraw() {
-    if (m_DrawBuffers.empty()) {
+    if (m_DrawBufferCount == 0) {
         return;
     }
-    std::sort(m_DrawBuffers.begin(), m_DrawBuffers.end());
+    int* end = m_DrawBuffers + m_DrawBufferCount;
+    std::sort(m_DrawBuffers, end);
     GLenum buffers[kMaxAttachments] = {};
-    std::transform(m_DrawBuffers.begin(), m_DrawBuffers.end(), buffers, attachment);
-    glDrawBuffers(static_cast<GLsizei>(m_DrawBuffers.size()), buffers);
+    std::transform(m_DrawBuffers, end, buffers, attachment);
+    glDrawBuffers(static_cast<GLsizei>(m_DrawBufferCount), buffers);
     GPUUtils::checkGLError("glDrawBuffers");
 }
 
@@ -91,7 +93,7 @@ void GPUFramebuffer::endRead() {
 }
 
 void GPUFramebuffer::release() {
-    m_DrawBuffers.clear();
+    m_DrawBufferCount = 0;
     if (m_FramebufferHandle == 0) {
         return;
     }

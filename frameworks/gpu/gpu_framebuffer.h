@@ -10,7 +10,7 @@
 
 #include <GLES3/gl3.h>
 
-#include <vector>
+#include <cstddef>
 
 #include "frameworks/core/auto_ptr.h"
 #include "frameworks/core/export.h"
@@ -63,7 +63,8 @@ class KORVANE_API GPUFramebuffer : public RefBase {
 
   private:
     auto_ptr<GPUContext> m_GPUContext;
-    std::vector<int> m_DrawBuffers;
+    int m_DrawBuffers[4] = {};  // one of each index at most
+    size_t m_DrawBufferCount = 0;
     GLuint m_FramebufferHandle = 0;
 };
 

@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 
+#include "frameworks/core/guard.h"
 #include "frameworks/core/memory.h"
 #include "frameworks/gpu/program_cache.h"
 #include "frameworks/io/file_stream.h"
@@ -14,11 +15,6 @@
 namespace {
 
 constexpr size_t kFormatBytes = sizeof(int32_t);
-
-// Not string_format, which has one buffer: several threads make scripts at once, each with its own context.
-std::string cache_path(const char* name) {
-    return korvane::program_cache_directory() + name + ".osb";
-}
 
 }  // namespace
 
@@ -32,7 +28,7 @@ GPUScript::GPUScript(GPUContext* context, const char* name) : m_GPUContext(conte
         return;
     }
     galloc_memcpy(m_ScriptName, name, length);
-    read_cache();
+    korvane::guarded([this] { read_cache(); });
 }
 
 GPUScript::GPUScript(auto_ptr<GPUContext>& context, const char* name) : GPUScript(context.get(), name) {}
@@ -48,15 +44,15 @@ bool GPUScript::addSource(const char* name, const char* source) {
 }
 
 bool GPUScript::addSource(GPUScriptSource* source) {
-    if (source == nullptr) {
-        return false;
-    }
-    m_Sources.emplace_back(source);
-    return true;
+    auto_ptr<GPUScriptSource> held(source);
+    return addSource(held);
 }
 
 bool GPUScript::addSource(auto_ptr<GPUScriptSource>& source) {
-    return addSource(source.get());
+    return source.get() != nullptr && korvane::guarded(false, [&] {
+               m_Sources.push_back(source);
+               return true;
+           });
 }
 
 auto_ptr<GPUScriptSource>& GPUScript::getScriptSourceByIndex(int index) {
@@ -85,13 +81,14 @@ void GPUScript::setScriptBinary(void* binary, int size) {
 
 void GPUScript::clear() {
     if (m_ScriptName != nullptr && m_ScriptBinary != nullptr) {
-        write_cache();
+        korvane::guarded([this] { write_cache(); });
     }
     m_Sources.clear();
 }
 
 void GPUScript::read_cache() {
-    StreamReader reader(new FileStream(cache_path(m_ScriptName).c_str(), FileStream::FILE_MODE_ONLY_READ));
+    StreamReader reader(
+        new FileStream(korvane::program_cache_file(m_ScriptName).c_str(), FileStream::FILE_MODE_ONLY_READ));
     const size_t length = reader.getLength();
     if (length <= kFormatBytes || length - kFormatBytes > std::numeric_limits<int>::max()) {
         return;
@@ -112,7 +109,8 @@ void GPUScript::read_cache() {
 }
 
 void GPUScript::write_cache() const {
-    StreamWriter writer(new FileStream(cache_path(m_ScriptName).c_str(), FileStream::FILE_MODE_ONLY_WRITE));
+    StreamWriter writer(
+        new FileStream(korvane::program_cache_file(m_ScriptName).c_str(), FileStream::FILE_MODE_ONLY_WRITE));
     writer.writeInt(static_cast<int32_t>(m_ScriptBinaryFormat));
     writer.write(m_ScriptBinary, static_cast<size_t>(std::max(m_ScriptBinarySize, 0)));
     writer.flush();

@@ -22,7 +22,8 @@
 class KORVANE_API GPUScript : public RefBase {
   public:
     // Takes the binary from the cache if there is one. A null name means no cache file. A file without room for a
-    // format and a binary, or that ends early, counts as absent.
+    // format and a binary, or that ends early, counts as absent. When memory is short there is no binary, and perhaps
+    // no cache file.
     GPUScript(GPUContext* context, const char* name);
     GPUScript(auto_ptr<GPUContext>& context, const char* name);
 
@@ -32,8 +33,9 @@ class KORVANE_API GPUScript : public RefBase {
     GPUScript(const GPUScript&) = delete;
     GPUScript& operator=(const GPUScript&) = delete;
 
-    // Appends a source: first the vertex shader, then the fragment shader. False for null or empty texts or a null
-    // source. The pointer forms take a reference.
+    // Appends a source: first the vertex shader, then the fragment shader. False for null or empty texts, for a null
+    // source and when memory is short. The pointer forms take a reference; a new source that nobody holds is deleted
+    // when it could not be appended.
     bool addSource(const char* name, const char* source);
     bool addSource(GPUScriptSource* source);
     bool addSource(auto_ptr<GPUScriptSource>& source);
@@ -53,8 +55,8 @@ class KORVANE_API GPUScript : public RefBase {
     void* getScriptBinary() const { return m_ScriptBinary; }
     int getScirptBinarySize() const { return m_ScriptBinarySize; }
 
-    // Writes the cache file if a binary is held, dropping write errors, and empties the list of sources. The binary
-    // stays.
+    // Writes the cache file if a binary is held, and empties the list of sources. The binary stays. Write errors and
+    // short memory are dropped.
     void clear();
 
   private:

@@ -1,21 +1,22 @@
 #include "frameworks/gpu/gpu_script_source.h"
 
 #include <cstring>
+#include <new>
 
-#include "frameworks/core/memory.h"
+#include "frameworks/core/galloc_ptr.h"
 
 namespace {
 
 // Some drivers read past the end of a shader text. So many bytes behind it are zero.
 constexpr size_t kSlackBytes = 100;
 
-char* copy_text(const char* text) {
+korvane::galloc_ptr<char> copy_text(const char* text) {
     const size_t length = std::strlen(text);
     if (length == 0) {
         return nullptr;
     }
-    auto* copy = static_cast<char*>(galloc_alloc(length + kSlackBytes));
-    galloc_memcpy(copy, text, length);
+    korvane::galloc_ptr<char> copy(static_cast<char*>(galloc_alloc(length + kSlackBytes)));
+    galloc_memcpy(copy.get(), text, length);
     return copy;
 }
 
@@ -32,12 +33,15 @@ GPUScriptSource* GPUScriptSource::createScriptSource(const char* name, const cha
     if (name == nullptr || source == nullptr) {
         return nullptr;
     }
-    char* nameCopy = copy_text(name);
-    char* sourceCopy = copy_text(source);
-    if (nameCopy != nullptr && sourceCopy != nullptr) {
-        return new GPUScriptSource(nameCopy, sourceCopy);
+    auto nameCopy = copy_text(name);
+    auto sourceCopy = copy_text(source);
+    if (nameCopy == nullptr || sourceCopy == nullptr) {
+        return nullptr;
     }
-    galloc_free(nameCopy);
-    galloc_free(sourceCopy);
-    return nullptr;
+    auto* created = new (std::nothrow) GPUScriptSource(nameCopy.get(), sourceCopy.get());
+    if (created != nullptr) {
+        nameCopy.release();
+        sourceCopy.release();
+    }
+    return created;
 }

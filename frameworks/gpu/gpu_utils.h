@@ -40,7 +40,8 @@ class KORVANE_API GPUUtils {
     static GLuint createProgram(GLenum binaryFormat, void* binary, int length);
 
     // The linked program as the driver's own bytes: `*binary` is a new block that the caller frees with galloc_free or
-    // hands to GPUScript::setScriptBinary, null with `*length` 0 when there is none.
+    // hands to GPUScript::setScriptBinary, null with `*length` 0 when there is none or
+    // memory is short.
     static void getProgramBinary(GLuint program, int* length, GLenum* binaryFormat, void** binary);
 };
 

@@ -4,8 +4,9 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <exception>
 #include <mutex>
+
+#include "frameworks/core/guard.h"
 
 namespace korvane {
 namespace {
@@ -44,21 +45,28 @@ std::string with_final_slash(std::string directory) {
 
 }  // namespace
 
-int set_program_cache_directory(const char* directory) try {
-    const int error = directory == nullptr ? 0 : check_directory(directory);
-    if (error == 0) {
-        std::string wanted = directory == nullptr ? KORVANE_PROGRAM_CACHE_DIR : with_final_slash(directory);
-        const std::lock_guard<std::mutex> guard(setting().mutex);
-        setting().directory.swap(wanted);
-    }
-    return error;
-} catch (const std::exception&) {
-    return ENOMEM;
+int set_program_cache_directory(const char* directory) {
+    return guarded(ENOMEM, [&] {
+        const int error = directory == nullptr ? 0 : check_directory(directory);
+        if (error == 0) {
+            std::string wanted = directory == nullptr ? KORVANE_PROGRAM_CACHE_DIR : with_final_slash(directory);
+            const std::lock_guard<std::mutex> guard(setting().mutex);
+            setting().directory.swap(wanted);
+        }
+        return error;
+    });
 }
 
 std::string program_cache_directory() {
-    const std::lock_guard<std::mutex> guard(setting().mutex);
-    return setting().directory;
+    return guarded(std::string(), [] {
+        const std::lock_guard<std::mutex> guard(setting().mutex);
+        return setting().directory;
+    });
+}
+
+std::string program_cache_file(const char* name) {
+    const std::string directory = program_cache_directory();
+    return directory.empty() ? directory : directory + name + ".osb";
 }
 
 }  // namespace korvane

@@ -15,12 +15,16 @@ namespace korvane {
 
 // Makes `directory`, UTF-8, with or without a final slash, the place of the cache; null brings the build's default
 // back. May be called at any time from any thread; scripts made later use it. Result: 0, or an error number, and
-// then nothing has changed: EINVAL for an empty name, ENOTDIR for a file, and what the system says of a directory that
-// is missing (ENOENT) or may not be read or written (EACCES, EROFS).
+// then nothing has changed: EINVAL for an empty name, ENOMEM when memory is short, ENOTDIR for a file, and what the
+// system says of a directory that is missing (ENOENT) or may not be read or written (EACCES, EROFS).
 KORVANE_API int set_program_cache_directory(const char* directory);
 
-// The directory in use, with its final slash.
+// The directory in use, with its final slash. Empty when memory is short.
 KORVANE_API std::string program_cache_directory();
+
+// Where the script `name` is kept; empty, which names no file, when the directory is. Throws std::bad_alloc when memory
+// is short for the name itself.
+std::string program_cache_file(const char* name);
 
 }  // namespace korvane
 

@@ -13,8 +13,8 @@
 
 class KORVANE_API ImageDecoder : public RefBase {
   public:
-    // Refills an existing image. False when a holder is empty or the stream holds no whole picture; the image is then
-    // as it was. The stream is neither closed nor kept.
+    // Refills an existing image. False when a holder is empty, when the stream holds no whole picture or when memory is
+    // short; the image is then as it was. The stream is neither closed nor kept.
     bool decode(auto_ptr<Stream>& stream, auto_ptr<Image>& image);
 
     // True when the stream's next bytes are this decoder's file format. Consumes the bytes that it looks at.

@@ -1,15 +1,13 @@
 #include "frameworks/images/image_decoder_factory.h"
 
-#include <new>
-
+#include "frameworks/core/guard.h"
 #include "frameworks/images/jpeg_decoder.h"
 
 ImageDecoderFactory::ImageDecoderFactory() {
-    try {
-        m_ImageDecoders.emplace_back(new JpegDecoder);
-    } catch (const std::bad_alloc&) {
-        // A factory without decoders knows no stream.
-    }
+    korvane::guarded([this] {
+        const auto_ptr<ImageDecoder> jpeg(new JpegDecoder);
+        m_ImageDecoders.push_back(jpeg);
+    });
 }
 
 ImageDecoder* ImageDecoderFactory::createImageDecoder(auto_ptr<Stream>& stream) {

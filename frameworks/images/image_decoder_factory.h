@@ -8,6 +8,7 @@
 
 class KORVANE_API ImageDecoderFactory : public RefBase {
   public:
+    // When memory is short it has no decoders and knows no stream.
     ImageDecoderFactory();
 
     // The first registered decoder that knows the stream's next bytes; null for a null stream or an unknown format.

@@ -21,8 +21,8 @@ class KORVANE_API ImageEncoder : public RefBase {
     };
 
     // Writes `image` at the stream's position. `quality` means what the format makes of it (JPEG: 1 to 100, clamped).
-    // False when a holder is empty, when the format cannot carry the image, or when writing failed; the stream may then
-    // hold a partial file. The stream is flushed at the end, and neither closed nor kept.
+    // False when a holder is empty, when the format cannot carry the image, when writing failed or when memory is
+    // short; the stream may then hold a partial file. The stream is flushed at the end, and neither closed nor kept.
     bool encode(auto_ptr<Stream>& stream, auto_ptr<Image>& image, int quality);
 
     // The work of `encode`; both holders are filled.

@@ -6,7 +6,7 @@
 
 class KORVANE_API ImageEncoderFactory : public RefBase {
   public:
-    // A new encoder that the caller adopts; null for a type that has none.
+    // A new encoder that the caller adopts; null for a type that has none, and when memory is short.
     ImageEncoder* createImageEncoder(ImageEncoder::Type type);
 };
 

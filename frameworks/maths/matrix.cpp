@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <new>
+#include <optional>
 
 #include "frameworks/core/memory.h"
 
@@ -42,6 +43,48 @@ Matrix* addScaled(Matrix* a, const Matrix* b, float scale) {
         sum[i] += scale * term[i];
     }
     return a;
+}
+
+std::optional<float> determinant(const Matrix& matrix);
+
+// Null when memory is short. The minor of a single row or column is empty and counts 0.
+std::optional<float> cofactor(const Matrix& matrix, int i, int j) {
+    const Matrix rest(matrix.m_Row - 1, matrix.m_Col - 1);
+    if (rest.m_Row < 1 || rest.m_Col < 1) {
+        return 0.0F;
+    }
+    if (!hasStorage(&rest)) {
+        return std::nullopt;
+    }
+    for (int r = 0; r < rest.m_Row; ++r) {
+        const float* from = matrix.m_Data[r + (r >= i ? 1 : 0)];
+        std::copy(from, from + j, rest.m_Data[r]);
+        std::copy(from + j + 1, from + matrix.m_Col, rest.m_Data[r] + j);
+    }
+    return determinant(rest);
+}
+
+// Null when memory is short: without one of its terms the sum would be another number.
+std::optional<float> determinant(const Matrix& matrix) {
+    const int rows = matrix.m_Row;
+    const int cols = matrix.m_Col;
+    float** const a = matrix.m_Data;
+    if (rows == 1 && cols == 1) {
+        return a[0][0];
+    }
+    if (rows == 2 && cols == 2) {
+        return a[0][0] * a[1][1] - a[0][1] * a[1][0];
+    }
+    // One term a column, since that is what the expansion counts; rows that are not there add nothing.
+    float sum = 0;
+    for (int k = 0; k < std::min(cols, rows); ++k) {
+        const std::optional<float> term = cofactor(matrix, k, 0);
+        if (!term) {
+            return std::nullopt;
+        }
+        sum += sign(k) * a[k][0] * *term;
+    }
+    return sum;
 }
 
 }  // namespace
@@ -163,34 +206,11 @@ float Matrix::cofator(int i, int j) const {
     if (!hasStorage(this) || i < 0 || i >= m_Row || j < 0 || j >= m_Col) {
         return 0;
     }
-    const Matrix rest(m_Row - 1, m_Col - 1);
-    if (!hasStorage(&rest)) {
-        return 0;
-    }
-    for (int r = 0; r < rest.m_Row; ++r) {
-        const float* from = m_Data[r + (r >= i ? 1 : 0)];
-        std::copy(from, from + j, rest.m_Data[r]);
-        std::copy(from + j + 1, from + m_Col, rest.m_Data[r] + j);
-    }
-    return rest.det();
+    return cofactor(*this, i, j).value_or(0.0F);
 }
 
 float Matrix::det() const {
-    if (!hasStorage(this)) {
-        return 0;
-    }
-    if (m_Row == 1 && m_Col == 1) {
-        return m_Data[0][0];
-    }
-    if (m_Row == 2 && m_Col == 2) {
-        return m_Data[0][0] * m_Data[1][1] - m_Data[0][1] * m_Data[1][0];
-    }
-    // One term for each column; missing rows add nothing.
-    float sum = 0;
-    for (int k = 0; k < std::min(m_Col, m_Row); ++k) {
-        sum += sign(k) * m_Data[k][0] * cofator(k, 0);
-    }
-    return sum;
+    return hasStorage(this) ? determinant(*this).value_or(0.0F) : 0.0F;
 }
 
 Matrix* Matrix::adj() const {
@@ -204,7 +224,11 @@ Matrix* Matrix::adj() const {
     for (int i = 0; i < m_Row; ++i) {
         for (int j = 0; j < m_Col; ++j) {
             // Parities add without the sum of two large indices leaving an int.
-            cofactors.m_Data[i][j] = sign(i % 2 + j % 2) * cofator(i, j);
+            const std::optional<float> term = cofactor(*this, i, j);
+            if (!term) {
+                return nullptr;
+            }
+            cofactors.m_Data[i][j] = sign(i % 2 + j % 2) * *term;
         }
     }
     return cofactors.transponse();

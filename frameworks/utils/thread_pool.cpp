@@ -3,6 +3,7 @@
 #include <mutex>
 #include <new>
 
+#include "frameworks/core/guard.h"
 #include "frameworks/utils/guarded_array.h"
 
 // What a pool shares with its workers. It is counted, because it must outlive blocked workers: they would use freed
@@ -78,12 +79,16 @@ ThreadPool::ThreadPool(int workerNum) : m_WorkerNum(workerNum), m_Tasks(new (std
     if (m_Tasks.get() == nullptr) {
         return;
     }
-    try {
+    // When memory is short, the workers made so far do all the work.
+    korvane::guarded([this] {
         for (int i = 0; i < m_WorkerNum; ++i) {
-            m_WorkerThread.emplace_back(new ThreadWorker(this));
+            const auto_ptr<ThreadWorker> worker(new ThreadWorker(this));
+            m_WorkerThread.push_back(worker);
         }
-    } catch (const std::bad_alloc&) {
-        // The workers that could be made do all the work.
+    });
+    if (m_WorkerNum > 0 && m_WorkerThread.empty()) {
+        // What nobody will ever run must not keep shutdown() waiting.
+        m_Tasks.clear();
     }
 }
 

@@ -51,7 +51,7 @@ class KORVANE_API ThreadWorker : public Thread {
 class KORVANE_API ThreadPool : public RefBase {
   public:
     // Makes `workerNum` stopped workers, none when it is below 1; as many as it can when memory is short. Without
-    // memory for the queue the pool ignores what is submitted.
+    // memory for the queue or for a single worker the pool ignores what is submitted.
     explicit ThreadPool(int workerNum);
 
     // Calls shutdown(), so it never returns when tasks are queued that no worker will take.
@@ -64,7 +64,8 @@ class KORVANE_API ThreadPool : public RefBase {
     void start();
 
     // Queues a task and wakes one worker. The queue takes a reference, so a new task given by raw pointer is owned by
-    // the pool and deleted after it has run. Null is ignored. Tasks may be submitted before start().
+    // the pool and deleted after it has run. Null is ignored. Tasks may be submitted before start(). When memory is
+    // short the task is let go without having run.
     void submit(IRunnable* task);
     void submit(auto_ptr<IRunnable>& task);
 

@@ -7,6 +7,8 @@
 #include <string>
 #include <utility>
 
+#include "frameworks/core/guard.h"
+
 namespace {
 
 std::mutex gMutex;
@@ -30,6 +32,17 @@ char priority_letter(int priority) {
     return priority >= 0 && priority < static_cast<int>(sizeof(kLetters)) - 1 ? kLetters[priority] : '?';
 }
 
+// Called with gMutex locked.
+void pass_on(int priority, const char* tag, const std::string& text, bool toStandardError) {
+    if (gListener.sink != nullptr) {
+        gListener.sink(gListener.user, priority, tag, text.c_str());
+    }
+    if (toStandardError) {
+        const char* end = text.empty() || text.back() != '\n' ? "\n" : "";
+        std::fprintf(stderr, "%c/%s: %s%s", priority_letter(priority), tag, text.c_str(), end);
+    }
+}
+
 }  // namespace
 
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
@@ -40,16 +53,12 @@ int __android_log_print(int priority, const char* tag, const char* format, ...) 
     }
     va_list arguments;
     va_start(arguments, format);
-    const std::string text = format_text(format, arguments);
+    const int went = korvane::guarded(0, [&] {
+        pass_on(priority, tag, format_text(format, arguments), toStandardError);
+        return 1;
+    });
     va_end(arguments);
-    if (gListener.sink != nullptr) {
-        gListener.sink(gListener.user, priority, tag, text.c_str());
-    }
-    if (toStandardError) {
-        const char* end = text.empty() || text.back() != '\n' ? "\n" : "";
-        std::fprintf(stderr, "%c/%s: %s%s", priority_letter(priority), tag, text.c_str(), end);
-    }
-    return 1;
+    return went;
 }
 
 void set_android_log_sink(AndroidLogSink sink, void* user) {

@@ -11,7 +11,7 @@ enum android_LogPriority {
     ANDROID_LOG_ERROR = 6,
 };
 
-// Returns 1 when the line went somewhere, 0 when nobody listens. Safe on any thread.
+// Returns 1 when the line went somewhere; 0 when nobody listens, and when memory is short. Safe on any thread.
 extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 

@@ -3,6 +3,8 @@
 #include <map>
 #include <mutex>
 
+#include "frameworks/core/guard.h"
+
 namespace korvane {
 namespace {
 
@@ -13,35 +15,41 @@ struct DisplayUse {
 
 std::mutex gMutex;
 
-// Never destroyed: an application's static objects may let go of a display after ours are gone.
-std::map<EGLDisplay, DisplayUse>& display_uses() {
-    static auto* uses = new std::map<EGLDisplay, DisplayUse>;
-    return *uses;
+// The displays that were initialised here, and null when memory is short. Never destroyed: an application's static
+// objects may let go of a display after ours are gone.
+DisplayUse* display_use(EGLDisplay display) {
+    return guarded(static_cast<DisplayUse*>(nullptr), [&] {
+        static auto* uses = new std::map<EGLDisplay, DisplayUse>;
+        return &(*uses)[display];
+    });
 }
 
 }  // namespace
 
 EGLBoolean initialize_egl_display(EGLDisplay display) {
     const std::lock_guard<std::mutex> guard(gMutex);
-    DisplayUse& use = display_uses()[display];
-    const bool openedElsewhere = use.m_Users == 0 && eglQueryString(display, EGL_VERSION) != nullptr;
+    DisplayUse* use = display_use(display);
+    if (use == nullptr) {
+        return EGL_FALSE;
+    }
+    const bool openedElsewhere = use->m_Users == 0 && eglQueryString(display, EGL_VERSION) != nullptr;
     const EGLBoolean result = eglInitialize(display, nullptr, nullptr);
     if (result != EGL_TRUE) {
         return result;
     }
-    if (use.m_Users++ == 0) {
-        use.m_OpenedElsewhere = openedElsewhere;
+    if (use->m_Users++ == 0) {
+        use->m_OpenedElsewhere = openedElsewhere;
     }
     return result;
 }
 
 EGLBoolean terminate_egl_display(EGLDisplay display) {
     const std::lock_guard<std::mutex> guard(gMutex);
-    DisplayUse& use = display_uses()[display];
-    if (use.m_Users == 0) {
+    DisplayUse* use = display_use(display);
+    if (use == nullptr || use->m_Users == 0) {
         return eglTerminate(display);
     }
-    if (--use.m_Users > 0 || use.m_OpenedElsewhere) {
+    if (--use->m_Users > 0 || use->m_OpenedElsewhere) {
         return EGL_TRUE;
     }
     return eglTerminate(display);

@@ -13,11 +13,6 @@ public class ScriptedOutputStream extends ByteArrayOutputStream {
     }
 
     @Override
-    public void write(byte[] bytes) throws IOException {
-        write(bytes, 0, bytes.length);
-    }
-
-    @Override
     public synchronized void write(byte[] bytes, int offset, int count) {
         if (writes == writesBeforeThrow) {
             throw new IllegalStateException("scripted");

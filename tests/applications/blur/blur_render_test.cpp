@@ -44,7 +44,7 @@ TEST_F(BlurRenderTest, BlursAndThenDims) {
 }
 
 // 13 pixels are one step of eight and a tail of five that keeps its blurred values.
-TEST_F(BlurRenderTest, SendsEachColourToItsByteAndLeavesTheTail) {
+TEST_F(BlurRenderTest, SendsEachColorToItsByteAndLeavesTheTail) {
     std::vector<unsigned char> expected = m_Before;
     for (size_t i = 0; i < 8 * 4; i += 4) {
         expected[i] = 0x10;

@@ -21,7 +21,8 @@ TEST_F(PanoramaJniTest, BadArgumentsGiveNoHandle) {
     struct Case {
         int width, height, format;
     };
-    for (const Case& c : {Case{0, 480, 1}, Case{640, -1, 1}, Case{640, 480, 0}, Case{640, 480, 4}}) {
+    for (const Case& c :
+         {Case{0, 480, 1}, Case{640, 0, 1}, Case{-640, -480, 1}, Case{640, 480, 0}, Case{640, 480, 4}}) {
         StandardErrorCapture standardError;
         EXPECT_EQ(call_long(panorama, "nativeCreate", "(III)J", c.width, c.height, c.format), 0);
         const std::string arguments = "width:" + std::to_string(c.width) + ", height:" + std::to_string(c.height) +

@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -8,7 +7,6 @@
 #include "frameworks/io/java_output_stream.h"
 #include "tests/support/jvm.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/random_bytes.h"
 #include "tests/support/standard_error.h"
 
 namespace {
@@ -20,13 +18,6 @@ using Bytes = std::vector<unsigned char>;
 
 class JavaStreamsTest : public JvmTest {
   protected:
-    jbyteArray java_bytes(const Bytes& bytes) {
-        const jbyteArray array = env->NewByteArray(static_cast<jsize>(bytes.size()));
-        env->SetByteArrayRegion(array, 0, static_cast<jsize>(bytes.size()),
-                                reinterpret_cast<const jbyte*>(bytes.data()));
-        return array;
-    }
-
     // Delivers 0, 1, 2 ... in pieces of at most `chunk`.
     jobject scripted_input(int length, int chunk) { return new_object("ScriptedInputStream", "(II)V", length, chunk); }
 
@@ -84,24 +75,6 @@ TEST_F(JavaStreamsTest, ReadsUntilTheRequestOrTheStreamEnds) {
         EXPECT_EQ(bytes, expected);
     }
     EXPECT_THAT(log.lines(), IsEmpty());
-}
-
-TEST_F(JavaStreamsTest, ReadsAndSkipsRealJavaStreams) {
-    const Bytes bytes = random_bytes(3000, 5);
-    const jobject memory = new_object("java/io/ByteArrayInputStream", "([B)V", java_bytes(bytes));
-    const jobject buffered = new_object("java/io/BufferedInputStream", "(Ljava/io/InputStream;I)V", memory, 64);
-    JavaInputStream stream(env, buffered, env->NewByteArray(100));
-    EXPECT_EQ(stream.getLength(), bytes.size());
-    Bytes start(1000);
-    EXPECT_EQ(stream.read(start.data(), start.size()), start.size());
-    EXPECT_TRUE(std::equal(start.begin(), start.end(), bytes.begin()));
-    // Buffered skips stop at the buffer's end; skipping by reading goes on.
-    EXPECT_EQ(stream.read(nullptr, 1500), 1500U);
-    EXPECT_EQ(stream.getLength(), 500U);
-    Bytes rest(1000);
-    EXPECT_EQ(stream.read(rest.data(), rest.size()), 500U);
-    EXPECT_TRUE(std::equal(rest.begin(), rest.begin() + 500, bytes.begin() + 2500));
-    EXPECT_TRUE(stream.isAtEnd());
 }
 
 TEST_F(JavaStreamsTest, SkipsByReadingWhereJavaDoesNot) {
@@ -199,17 +172,6 @@ TEST_F(JavaStreamsTest, WritesOnUntilJavaThrows) {
         EXPECT_EQ(log.lines(), wroteAnything ? std::vector<std::string>{"------- write threw an exception\n"}
                                              : std::vector<std::string>{});
     }
-}
-
-TEST_F(JavaStreamsTest, WritesToARealStreamThatIsFull) {
-    Bytes source = counting_bytes(16);
-    const jobject file = new_object("java/io/FileOutputStream", "(Ljava/lang/String;)V", string("/dev/full"));
-    JavaOutputStream stream(env, file, env->NewByteArray(8));
-    StandardErrorCapture standardError;
-    EXPECT_EQ(stream.write(source.data(), source.size()), 0U);
-    stream.flush();
-    EXPECT_THAT(standardError.text(), HasSubstr("java.io.IOException"));
-    EXPECT_THAT(log.lines(), ElementsAre("------- write threw an exception\n"));
 }
 
 TEST_F(JavaStreamsTest, FlushesAndLogsWhatFlushingThrows) {

@@ -1,0 +1,507 @@
+// SPDX-License-Identifier: Apache-2.0
+// The native methods while memory is short. They are called as functions of this program, with real Java objects.
+#include "applications/filters/gpu_image_filter_base.h"
+#include "frameworks/gpu/program_cache.h"
+#include "platform/log.h"
+#include "tests/applications/pano/panorama_module_peer.h"
+#include "tests/shortage/shortage_case.h"
+#include "tests/support/gl_surface.h"
+#include "tests/support/jvm.h"
+#include "tests/support/random_bytes.h"
+
+#define BLUR(method) Java_com_tervo_media_render_BlurRender_##method
+#define FILTERS(method) Java_com_tervo_media_effects_renderer_render_FiltersRender_##method
+#define PANORAMA(method) Java_com_tervo_media_effects_pano_PanoramaModule_##method
+#define EFFECTS(method) Java_korvane_effects_Natives_##method
+#define MODE(method) Java_com_tervo_media_supercapture_mode_SuperCaptureMode_##method
+
+extern "C" {
+void BLUR(nativeProcess)(JNIEnv*, jobject, jobject, jint, jint, jint, jint, jint);
+jlong FILTERS(nativeCreate)(JNIEnv*, jobject, jstring);
+jlong FILTERS(nativeOnSurfaceCreated)(JNIEnv*, jobject, jstring, jint);
+void FILTERS(nativeSetTexture)(JNIEnv*, jobject, jlong, jint, jint, jint, jint, jint);
+void FILTERS(nativeSetBitmap)(JNIEnv*, jobject, jlong, jobject, jint, jint);
+void FILTERS(nativeOnDrawFrame)(JNIEnv*, jobject, jlong);
+void FILTERS(nativeProcess)(JNIEnv*, jobject, jlong, jobject);
+void FILTERS(nativeOnSurfaceDestroyed)(JNIEnv*, jobject, jlong);
+jint FILTERS(nativeGetParameterType)(JNIEnv*, jobject, jlong, jstring);
+void FILTERS(nativeSetParametersBoolean)(JNIEnv*, jobject, jlong, jstring, jboolean);
+void FILTERS(nativeSetParametersBooleanArray)(JNIEnv*, jobject, jlong, jstring, jbooleanArray);
+void FILTERS(nativeSetParametersInteger)(JNIEnv*, jobject, jlong, jstring, jint);
+void FILTERS(nativeSetParametersIntegerArray)(JNIEnv*, jobject, jlong, jstring, jintArray);
+void FILTERS(nativeSetParametersFloat)(JNIEnv*, jobject, jlong, jstring, jfloat);
+void FILTERS(nativeSetParametersFloatArray)(JNIEnv*, jobject, jlong, jstring, jfloatArray);
+void FILTERS(nativeSetParametersDouble)(JNIEnv*, jobject, jlong, jstring, jdouble);
+void FILTERS(nativeSetParametersDoubleArray)(JNIEnv*, jobject, jlong, jstring, jdoubleArray);
+void FILTERS(nativeSetParametersLong)(JNIEnv*, jobject, jlong, jstring, jlong);
+void FILTERS(nativeSetParametersBitmap)(JNIEnv*, jobject, jlong, jstring, jobject);
+jlong PANORAMA(nativeCreate)(JNIEnv*, jobject, jint, jint, jint);
+jint PANORAMA(nativeProcess)(JNIEnv*, jobject, jlong, jbyteArray, jfloat, jfloat);
+void PANORAMA(nativeDestroy)(JNIEnv*, jobject, jlong);
+jlong MODE(nativeCreate)(JNIEnv*, jobject, jint, jint, jint);
+void MODE(nativeProcess)(JNIEnv*, jobject, jlong, jbyteArray);
+void MODE(nativeDestroy)(JNIEnv*, jobject, jlong);
+void EFFECTS(blur)(JNIEnv*, jclass, jobject, jint, jint, jint, jint, jint);
+jintArray EFFECTS(palette)(JNIEnv*, jclass, jobject, jint, jint, jint);
+jboolean EFFECTS(stamp)(JNIEnv*, jclass, jbyteArray, jint, jint, jstring);
+jlong EFFECTS(panoramaOpen)(JNIEnv*, jclass, jint, jint, jint);
+jint EFFECTS(panoramaFeed)(JNIEnv*, jclass, jlong, jbyteArray, jfloat, jfloat, jintArray);
+void EFFECTS(panoramaClose)(JNIEnv*, jclass, jlong);
+jlong EFFECTS(burstOpen)(JNIEnv*, jclass, jint, jint);
+void EFFECTS(burstPush)(JNIEnv*, jclass, jlong, jbyteArray);
+jboolean EFFECTS(burstMerge)(JNIEnv*, jclass, jlong, jint, jbyteArray);
+void EFFECTS(burstClose)(JNIEnv*, jclass, jlong);
+jstring EFFECTS(setProgramCacheDirectory)(JNIEnv*, jclass, jstring);
+jstring EFFECTS(filterTable)(JNIEnv*, jclass);
+jlong EFFECTS(filterOpen)(JNIEnv*, jclass, jstring);
+void EFFECTS(filterApply)(JNIEnv*, jclass, jlong, jobject, jint, jint);
+void EFFECTS(filterSet)(JNIEnv*, jclass, jlong, jstring, jfloatArray);
+void EFFECTS(filterSetBitmap)(JNIEnv*, jclass, jlong, jstring, jobject, jint, jint);
+void EFFECTS(filterClose)(JNIEnv*, jclass, jlong);
+jlong EFFECTS(surfaceFilterOpen)(JNIEnv*, jclass, jstring);
+void EFFECTS(surfaceFilterDraw)(JNIEnv*, jclass, jlong, jint, jint, jint, jint, jint);
+void EFFECTS(surfaceFilterSet)(JNIEnv*, jclass, jlong, jstring, jfloatArray);
+void EFFECTS(surfaceFilterSetBitmap)(JNIEnv*, jclass, jlong, jstring, jobject, jint, jint);
+void EFFECTS(surfaceFilterClose)(JNIEnv*, jclass, jlong);
+jint EFFECTS(createCameraTexture)(JNIEnv*, jclass);
+void EFFECTS(deleteCameraTexture)(JNIEnv*, jclass, jint);
+}
+
+namespace {
+
+constexpr int kWidth = 16;
+constexpr int kHeight = 12;
+
+class ShortageJni : public JvmTest {
+  public:
+    using JvmTest::bitmap_pixels;
+    using JvmTest::env;
+    using JvmTest::int_field;
+    using JvmTest::lock_count;
+    using JvmTest::new_bitmap;
+    using JvmTest::new_object;
+    using JvmTest::string;
+
+  protected:
+    // A log that somebody reads takes memory for each line.
+    void SetUp() override {
+        JvmTest::SetUp();
+        java = this;
+        set_android_log_sink([](void*, int, const char*, const char*) {}, nullptr);
+        // The setting takes memory once and keeps it.
+        korvane::program_cache_directory();
+    }
+    void TearDown() override {
+        set_android_log_sink(nullptr, nullptr);
+        JvmTest::TearDown();
+    }
+
+    // Java objects of one attempt.
+    struct LocalFrame {
+        LocalFrame() { ShortageJni::java->env->PushLocalFrame(64); }
+        ~LocalFrame() { ShortageJni::java->env->PopLocalFrame(nullptr); }
+    };
+
+    void fail_each(std::span<const ShortageCase> cases) {
+        for (const ShortageCase& shortageCase : cases) {
+            fail_each_allocation<LocalFrame>(shortageCase);
+        }
+    }
+
+  public:
+    // The test that runs, for the functions of the tables.
+    static ShortageJni* java;
+};
+ShortageJni* ShortageJni::java = nullptr;
+
+ShortageJni& java() {
+    return *ShortageJni::java;
+}
+
+const std::vector<unsigned char>& picture() {
+    static const std::vector<unsigned char> bytes = random_bytes(kWidth * kHeight * 4, 6);
+    return bytes;
+}
+
+jobject new_picture() {
+    return java().new_bitmap(kWidth, kHeight, picture());
+}
+
+// A bitmap is given back unlocked, and either worked on or as it was.
+Answer picture_answer(jobject bitmap) {
+    if (java().lock_count(bitmap) != 0) {
+        return Answer::kWrong;
+    }
+    const bool isAsBefore = java().bitmap_pixels(bitmap) == picture();
+    return answer(!isAsBefore, isAsBefore);
+}
+
+// Lets the filter behind a handle go, also what it keeps when it is only deleted.
+void destroy(jlong handle) {
+    if (handle != 0) {
+        reinterpret_cast<ImageFilterBaseGL*>(handle)->release();
+        FILTERS(nativeOnSurfaceDestroyed)(java().env, nullptr, handle);
+    }
+}
+
+// `call` on a filter for the current surface. It has no answer that could be seen.
+template <typename Call>
+Answer on_surface(Shortage& s, const char* name, const Call& call) {
+    JNIEnv* env = java().env;
+    const jlong handle = FILTERS(nativeOnSurfaceCreated)(env, nullptr, java().string(name), 1);
+    s.during([&] { call(env, handle); });
+    destroy(handle);
+    return Answer::kDone;
+}
+
+const ShortageCase kFilters[] = {
+    {"nativeCreate",
+     [](Shortage& s) {
+         const jstring name = java().string("ImageFilterTable");
+         const jlong handle = s.during([&] { return FILTERS(nativeCreate)(java().env, nullptr, name); });
+         destroy(handle);
+         return answer(handle != 0, handle == 0);
+     },
+     true},
+    {"nativeOnSurfaceCreated",
+     [](Shortage& s) {
+         const jstring name = java().string("ImageFilterXray");
+         const jlong handle = s.during([&] { return FILTERS(nativeOnSurfaceCreated)(java().env, nullptr, name, 0); });
+         destroy(handle);
+         return answer(handle != 0, handle == 0);
+     },
+     true},
+    {"nativeOnSurfaceDestroyed",
+     [](Shortage& s) {
+         const jlong handle = FILTERS(nativeOnSurfaceCreated)(java().env, nullptr, java().string("ImageFilterXray"), 1);
+         s.during([&] { FILTERS(nativeOnSurfaceDestroyed)(java().env, nullptr, handle); });
+         return Answer::kDone;
+     },
+     true},
+    {"nativeSetTexture and nativeOnDrawFrame",
+     [](Shortage& s) {
+         const GLuint texture = new_texture(kWidth, kHeight, picture().data());
+         const Answer result = on_surface(s, "ImageFilterXray", [&](JNIEnv* env, jlong handle) {
+             FILTERS(nativeSetTexture)
+             (env, nullptr, handle, static_cast<jint>(texture), kWidth, kHeight, kWidth, kHeight);
+             FILTERS(nativeOnDrawFrame)(env, nullptr, handle);
+         });
+         glDeleteTextures(1, &texture);
+         return result;
+     },
+     true},
+    {"nativeSetBitmap",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         on_surface(s, "ImageFilterXray", [&](JNIEnv* env, jlong handle) {
+             FILTERS(nativeSetBitmap)(env, nullptr, handle, bitmap, kWidth, kHeight);
+         });
+         return answer(java().lock_count(bitmap) == 0, false);
+     },
+     true},
+    {"nativeProcess",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         const jlong handle = FILTERS(nativeCreate)(java().env, nullptr, java().string("ImageFilterXray"));
+         s.during([&] { FILTERS(nativeProcess)(java().env, nullptr, handle, bitmap); });
+         destroy(handle);
+         return picture_answer(bitmap);
+     }},
+    {"nativeGetParameterType",
+     [](Shortage& s) {
+         jint type = 0;
+         const jstring key = java().string("mStrength");
+         on_surface(s, "ImageFilterDistorted", [&](JNIEnv* env, jlong handle) {
+             type = FILTERS(nativeGetParameterType)(env, nullptr, handle, key);
+         });
+         return answer(type == PARAMETER_TYPE_FLOAT, type == -1);
+     },
+     true},
+    {"The typed setters",
+     [](Shortage& s) {
+         JNIEnv* own = java().env;
+         const jstring one = java().string("mStrength");
+         const jstring eight = java().string("mTexVertices");
+         const jbooleanArray booleans = own->NewBooleanArray(64);
+         const jintArray integers = own->NewIntArray(8);
+         const jfloatArray floats = own->NewFloatArray(8);
+         const jdoubleArray doubles = own->NewDoubleArray(8);
+         return on_surface(s, "ImageFilterDistorted", [&](JNIEnv* env, jlong handle) {
+             FILTERS(nativeSetParametersBoolean)(env, nullptr, handle, one, 1);
+             FILTERS(nativeSetParametersInteger)(env, nullptr, handle, one, 1);
+             FILTERS(nativeSetParametersFloat)(env, nullptr, handle, one, 1);
+             FILTERS(nativeSetParametersDouble)(env, nullptr, handle, one, 1);
+             FILTERS(nativeSetParametersLong)(env, nullptr, handle, one, 0);
+             FILTERS(nativeSetParametersBooleanArray)(env, nullptr, handle, eight, booleans);
+             FILTERS(nativeSetParametersIntegerArray)(env, nullptr, handle, eight, integers);
+             FILTERS(nativeSetParametersFloatArray)(env, nullptr, handle, eight, floats);
+             FILTERS(nativeSetParametersDoubleArray)(env, nullptr, handle, eight, doubles);
+         });
+     },
+     true},
+    {"nativeSetParametersBitmap",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         const jstring key = java().string("mFilterBitmap");
+         on_surface(s, "ImageFilterTable", [&](JNIEnv* env, jlong handle) {
+             FILTERS(nativeSetParametersBitmap)(env, nullptr, handle, key, bitmap);
+         });
+         return answer(java().lock_count(bitmap) == 0, false);
+     },
+     true},
+};
+
+// A sweep goes without nativeDestroy, which waits for one more frame.
+void end_sweep(jlong handle) {
+    delete reinterpret_cast<PanoramaInterface*>(handle);
+}
+
+const ShortageCase kOthers[] = {
+    {"BlurRender.nativeProcess",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         s.during([&] { BLUR(nativeProcess)(java().env, nullptr, bitmap, kWidth, kHeight, 5, 0, 100); });
+         return picture_answer(bitmap);
+     },
+     false, true},
+    {"PanoramaModule.nativeCreate",
+     [](Shortage& s) {
+         const jlong handle = s.during([&] { return PANORAMA(nativeCreate)(java().env, nullptr, 4, 2, 1); });
+         end_sweep(handle);
+         return answer(handle != 0, handle == 0);
+     },
+     true},
+    {"PanoramaModule.nativeProcess",
+     [](Shortage& s) {
+         JNIEnv* env = java().env;
+         const jobject thiz = java().new_object("com/tervo/media/effects/pano/PanoramaModule", "()V");
+         const jlong handle = PANORAMA(nativeCreate)(env, thiz, 4, 2, 1);
+         const jbyteArray frame = env->NewByteArray(12);
+         PANORAMA(nativeProcess)(env, thiz, handle, frame, 10, 20);
+         const jint result = s.during([&] { return PANORAMA(nativeProcess)(env, thiz, handle, frame, 11, 17.5); });
+         end_sweep(handle);
+         const jint offset = java().int_field(thiz, "mOffsetX");
+         return answer(result == 0 && offset == 70, result == 1 && offset == 0);
+     },
+     true},
+    {"PanoramaModule.nativeDestroy",
+     [](Shortage& s) {
+         const jlong handle = PANORAMA(nativeCreate)(java().env, nullptr, 4, 2, 1);
+         const jbyteArray frame = java().env->NewByteArray(12);
+         const auto push = [&] { PANORAMA(nativeProcess)(java().env, nullptr, handle, frame, 10, 20); };
+         PanoramaInterface* panorama = reinterpret_cast<PanoramaInterface*>(handle);
+         push();
+         PanoramaModulePeer::closeWithAFrameQueued(
+             PanoramaModulePeer::moduleOf(*panorama),
+             [&] {
+                 int x = 0;
+                 int y = 0;
+                 unsigned char pixels[12] = {};
+                 panorama->addFrame(pixels, 10, 20, x, y);
+             },
+             [&] {
+                 s.during([&] {
+                     PANORAMA(nativeDestroy)
+                     (nullptr, nullptr, handle);
+                 });
+             });
+         return Answer::kDone;
+     },
+     true},
+    {"SuperCaptureMode.nativeCreate",
+     [](Shortage& s) {
+         const jlong handle = s.during([&] { return MODE(nativeCreate)(java().env, nullptr, 4, 2, 1); });
+         MODE(nativeDestroy)(java().env, nullptr, handle);
+         return answer(handle != 0, handle == 0);
+     },
+     true},
+    {"SuperCaptureMode.nativeProcess and nativeDestroy",
+     [](Shortage& s) {
+         JNIEnv* env = java().env;
+         // Without the callback, which makes a line for the log.
+         const jobject thiz = java().string("no callback here");
+         const jlong handle = MODE(nativeCreate)(env, thiz, 4, 2, 1);
+         const jbyteArray frame = env->NewByteArray(8);
+         const jbyte bright[8] = {100, 100, 100, 100, 100, 100, 100, 100};
+         env->SetByteArrayRegion(frame, 0, 8, bright);
+         s.during([&] {
+             MODE(nativeProcess)(env, thiz, handle, frame);
+             MODE(nativeDestroy)(env, thiz, handle);
+         });
+         return answer(!env->ExceptionCheck(), false);
+     },
+     true},
+};
+
+// A call that could not be done leaves an IllegalStateException.
+Answer effects_answer(bool isDone) {
+    JNIEnv* env = java().env;
+    const jthrowable exception = env->ExceptionOccurred();
+    if (exception == nullptr) {
+        return answer(isDone, false);
+    }
+    env->ExceptionClear();
+    return answer(false, env->IsInstanceOf(exception, env->FindClass("java/lang/IllegalStateException")) == JNI_TRUE);
+}
+
+// All calls on one filter, which is open on the surface or off screen.
+struct FilterCalls {
+    jlong (*open)(JNIEnv*, jclass, jstring);
+    void (*set)(JNIEnv*, jclass, jlong, jstring, jfloatArray);
+    void (*setBitmap)(JNIEnv*, jclass, jlong, jstring, jobject, jint, jint);
+    void (*close)(JNIEnv*, jclass, jlong);
+};
+
+template <typename Work>
+Answer effects_filter_answer(Shortage& s, const FilterCalls& calls, const char* filter, const Work& work) {
+    JNIEnv* env = java().env;
+    const jstring name = java().string(filter);
+    const jstring strength = java().string("mStrength");
+    const jfloatArray value = env->NewFloatArray(1);
+    const jlong handle = s.during([&] { return calls.open(env, nullptr, name); });
+    const Answer opened = effects_answer(handle != 0);
+    if (opened != Answer::kDone) {
+        return handle == 0 ? opened : Answer::kWrong;
+    }
+    s.during([&] { calls.set(env, nullptr, handle, strength, value); });
+    const Answer set = effects_answer(true);
+    const Answer worked = work(handle);
+    s.during([&] { calls.close(env, nullptr, handle); });
+    return set == Answer::kDone ? worked : set;
+}
+
+constexpr FilterCalls kOffscreen = {EFFECTS(filterOpen), EFFECTS(filterSet), EFFECTS(filterSetBitmap),
+                                    EFFECTS(filterClose)};
+constexpr FilterCalls kOnSurface = {EFFECTS(surfaceFilterOpen), EFFECTS(surfaceFilterSet),
+                                    EFFECTS(surfaceFilterSetBitmap), EFFECTS(surfaceFilterClose)};
+
+Answer table_answer(Shortage& s, const FilterCalls& calls) {
+    const jobject bitmap = new_picture();
+    const jstring key = java().string("mFilterBitmap");
+    return effects_filter_answer(s, calls, "ImageFilterTable", [&](jlong handle) {
+        s.during([&] { calls.setBitmap(java().env, nullptr, handle, key, bitmap, kWidth, kHeight); });
+        return effects_answer(java().lock_count(bitmap) == 0);
+    });
+}
+
+const ShortageCase kEffects[] = {
+    {"blur",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         s.during([&] { EFFECTS(blur)(java().env, nullptr, bitmap, kWidth, kHeight, 5, 0, 100); });
+         return effects_answer(picture_answer(bitmap) == Answer::kDone);
+     },
+     false, true},
+    {"palette",
+     [](Shortage& s) {
+         const jobject bitmap = new_picture();
+         const jintArray colors =
+             s.during([&] { return EFFECTS(palette)(java().env, nullptr, bitmap, kWidth, kHeight, 4); });
+         return effects_answer(colors != nullptr && java().lock_count(bitmap) == 0);
+     }},
+    {"stamp",
+     [](Shortage& s) {
+         const jbyteArray frame = java().env->NewByteArray(640 * 480 * 2);
+         const jstring text = java().string("2026");
+         const bool isDone = s.during([&] { return EFFECTS(stamp)(java().env, nullptr, frame, 640, 480, text); });
+         return effects_answer(isDone);
+     }},
+    {"panoramaOpen and panoramaClose",
+     [](Shortage& s) {
+         const jlong handle = s.during([] { return EFFECTS(panoramaOpen)(java().env, nullptr, 4, 2, 1); });
+         s.during([&] { EFFECTS(panoramaClose)(java().env, nullptr, handle); });
+         return effects_answer(handle != 0);
+     },
+     true},
+    {"panoramaFeed",
+     [](Shortage& s) {
+         JNIEnv* env = java().env;
+         const jlong handle = EFFECTS(panoramaOpen)(env, nullptr, 4, 2, 1);
+         const jbyteArray frame = env->NewByteArray(12);
+         const jintArray result = env->NewIntArray(3);
+         EFFECTS(panoramaFeed)(env, nullptr, handle, frame, 10, 20, result);
+         const jint code = s.during([&] { return EFFECTS(panoramaFeed)(env, nullptr, handle, frame, 10, 20, result); });
+         EFFECTS(panoramaClose)(env, nullptr, handle);
+         return code == PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY ? Answer::kShort : effects_answer(code == 0);
+     },
+     true},
+    {"A burst",
+     [](Shortage& s) {
+         JNIEnv* env = java().env;
+         const jbyteArray frame = env->NewByteArray(4 * 2 * 2);
+         const jlong handle = s.during([&] { return EFFECTS(burstOpen)(env, nullptr, 4, 2); });
+         const Answer opened = effects_answer(handle != 0);
+         if (opened != Answer::kDone) {
+             return opened;
+         }
+         s.during([&] { EFFECTS(burstPush)(env, nullptr, handle, frame); });
+         const Answer pushed = effects_answer(true);
+         const bool isMerged = s.during(
+             [&] { return EFFECTS(burstMerge)(env, nullptr, handle, pushed == Answer::kDone ? 1 : 0, frame); });
+         s.during([&] { EFFECTS(burstClose)(env, nullptr, handle); });
+         return pushed == Answer::kDone ? answer(isMerged, !isMerged) : pushed;
+     },
+     true},
+    {"setProgramCacheDirectory",
+     [](Shortage& s) {
+         JNIEnv* env = java().env;
+         const jstring directory = java().string((testing::TempDir() + "./././././././").c_str());
+         const jstring error = s.during([&] { return EFFECTS(setProgramCacheDirectory)(env, nullptr, directory); });
+         EFFECTS(setProgramCacheDirectory)(env, nullptr, nullptr);
+         return answer(error == nullptr, error != nullptr);
+     }},
+    {"filterTable",
+     [](Shortage& s) {
+         const jstring table = s.during([] { return EFFECTS(filterTable)(java().env, nullptr); });
+         return effects_answer(table != nullptr);
+     }},
+    {"filterOpen, filterSet, filterApply and filterClose",
+     [](Shortage& s) {
+         return effects_filter_answer(s, kOffscreen, "ImageFilterXray", [&](jlong handle) {
+             const jobject bitmap = new_picture();
+             s.during([&] { EFFECTS(filterApply)(java().env, nullptr, handle, bitmap, kWidth, kHeight); });
+             const Answer picture = picture_answer(bitmap);
+             return picture == Answer::kDone ? effects_answer(true) : picture;
+         });
+     },
+     true},
+    {"surfaceFilterOpen, surfaceFilterSet, surfaceFilterDraw and surfaceFilterClose",
+     [](Shortage& s) {
+         const jint texture = EFFECTS(createCameraTexture)(java().env, nullptr);
+         const Answer result = effects_filter_answer(s, kOnSurface, "ImageFilterDistorted", [&](jlong handle) {
+             s.during([&] {
+                 EFFECTS(surfaceFilterDraw)
+                 (java().env, nullptr, handle, texture, kWidth, kHeight, kWidth, kHeight);
+             });
+             return effects_answer(true);
+         });
+         EFFECTS(deleteCameraTexture)(java().env, nullptr, texture);
+         return result;
+     },
+     true},
+    {"filterSetBitmap", [](Shortage& s) { return table_answer(s, kOffscreen); }, true},
+    {"surfaceFilterSetBitmap", [](Shortage& s) { return table_answer(s, kOnSurface); }, true},
+    {"createCameraTexture",
+     [](Shortage& s) {
+         const jint texture = s.during([] { return EFFECTS(createCameraTexture)(java().env, nullptr); });
+         s.during([&] { EFFECTS(deleteCameraTexture)(java().env, nullptr, texture); });
+         return effects_answer(texture != 0);
+     },
+     false, true},
+};
+
+TEST_F(ShortageJni, OfTheFilters) {
+    const GlSurface surface(kWidth, kHeight);
+    fail_each(kFilters);
+}
+
+TEST_F(ShortageJni, OfTheJavaLayer) {
+    const GlSurface surface(kWidth, kHeight);
+    fail_each(kEffects);
+}
+
+TEST_F(ShortageJni, OfTheOthers) {
+    fail_each(kOthers);
+}
+
+}  // namespace

@@ -1,0 +1,506 @@
+// SPDX-License-Identifier: Apache-2.0
+// The C entries and the toolkit while memory is short. Functions that are not listed take no memory of their own.
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "algorithms/fast_blur.h"
+#include "algorithms/fast_detection.h"
+#include "algorithms/gauss_blur.h"
+#include "algorithms/gauss_blur_iir.h"
+#include "applications/filters/filter_calls.h"
+#include "applications/filters/gpu_image_filter_factory.h"
+#include "applications/gif_maker/color_quantizer.h"
+#include "applications/photo_timestamp/timestamp_watermark.h"
+#include "applications/super_capture/super_capture.h"
+#include "applications/super_capture/super_capture_module.h"
+#include "frameworks/core/galloc_ptr.h"
+#include "frameworks/gpu/gpu_script.h"
+#include "frameworks/gpu/gpu_utils.h"
+#include "frameworks/gpu/program_cache.h"
+#include "frameworks/images/color_convert.h"
+#include "frameworks/images/image_decoder_factory.h"
+#include "frameworks/images/image_encoder_factory.h"
+#include "frameworks/io/file_stream.h"
+#include "frameworks/io/memory_stream.h"
+#include "frameworks/maths/matrix.h"
+#include "frameworks/utils/thread_pool.h"
+#include "platform/log.h"
+#include "tests/shortage/shortage_case.h"
+#include "tests/support/gl_surface.h"
+#include "tests/support/random_bytes.h"
+
+// Drivers without a format for program binaries tell a length of 0; this one tells some.
+extern "C" void glGetProgramiv(GLuint program, GLenum name, GLint* value) {
+    static const auto next = reinterpret_cast<PFNGLGETPROGRAMIVPROC>(dlsym(RTLD_NEXT, "glGetProgramiv"));
+    next(program, name, value);
+    if (name == GL_PROGRAM_BINARY_LENGTH) {
+        *value = 64;
+    }
+}
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+constexpr int kWidth = 16;
+constexpr int kHeight = 12;
+
+// For a new object of the library, or null.
+template <typename T>
+Answer object_answer(T* object) {
+    const bool isThere = object != nullptr;
+    delete object;
+    return answer(isThere, !isThere);
+}
+
+Answer block_answer(void* block) {
+    galloc_free(block);
+    return answer(block != nullptr, block == nullptr);
+}
+
+// For an algorithm that writes `bytes`: its own result, or nothing touched.
+template <typename Call>
+Answer pixels_answer(Shortage& shortage, const Call& call) {
+    const Bytes before = random_bytes(kWidth * kHeight * 4, 3);
+    Bytes expected = before;
+    call(expected.data());
+    Bytes bytes = before;
+    shortage.during([&] { call(bytes.data()); });
+    return answer(bytes == expected, bytes == before);
+}
+
+// The box blurs take one byte a pixel, and spoil their source.
+template <auto kBlur>
+Answer box_answer(Shortage& shortage) {
+    return pixels_answer(shortage, [](unsigned char* pixels) {
+        unsigned char scratch[kWidth * kHeight];
+        std::copy_n(pixels, sizeof(scratch), scratch);
+        kBlur(scratch, pixels, kWidth, kHeight, 3);
+    });
+}
+
+// For a new matrix that `call` makes of an invertible one.
+template <typename Call>
+Answer matrix_answer(Shortage& shortage, const Call& call) {
+    const float numbers[] = {2, 0, 0, 1, 0, 3, 0, 1, 0, 0, 4, 1, 1, 1, 1, 9};
+    const Matrix matrix(4, numbers);
+    const auto_ptr<Matrix> expected(call(matrix));
+    const auto_ptr<Matrix> result(shortage.during([&] { return call(matrix); }));
+    const auto same = [&] {
+        return std::equal(result->m_Data[0], result->m_Data[0] + result->m_Row * result->m_Col, expected->m_Data[0]);
+    };
+    return answer(result.get() != nullptr && same(), result.get() == nullptr);
+}
+
+bool is_empty(Image* image) {
+    return image == nullptr || image->getPlanes()[0] == nullptr;
+}
+
+auto_ptr<Image> new_image(ImageFormatType format) {
+    return {Image::createImage(kWidth, kHeight, 1, format, nullptr)};
+}
+
+auto_ptr<Stream> photo_stream() {
+    return {new FileStream(KORVANE_TEST_PHOTO, FileStream::FILE_MODE_ONLY_READ)};
+}
+
+class CountedTask : public IRunnable {
+  public:
+    ~CountedTask() override { ++gone; }
+    void run() override { ++runs; }
+
+    static std::atomic<int> runs;
+    static std::atomic<int> gone;
+};
+std::atomic<int> CountedTask::runs{0};
+std::atomic<int> CountedTask::gone{0};
+
+const ShortageCase kToolkit[] = {
+    {"galloc_malloc", [](Shortage& s) { return block_answer(s.during([] { return galloc_malloc(8); })); }},
+    {"galloc_alloc", [](Shortage& s) { return block_answer(s.during([] { return galloc_alloc(8); })); }},
+    {"galloc_realloc",
+     [](Shortage& s) {
+         void* block = galloc_malloc(8);
+         void* larger = s.during([&] { return galloc_realloc(block, 4096); });
+         galloc_free(larger != nullptr ? larger : block);
+         return answer(larger != nullptr, larger == nullptr);
+     }},
+    {"MemoryStream",
+     [](Shortage& s) {
+         return s.during([] {
+             MemoryStream stream(100);
+             return answer(stream.getLength() == 100, stream.getLength() == 0);
+         });
+     }},
+    {"FileStream",
+     [](Shortage& s) {
+         return s.during([] {
+             FileStream stream(KORVANE_TEST_PHOTO, FileStream::FILE_MODE_ONLY_READ);
+             return answer(stream.getLength() > 0, false);
+         });
+     },
+     false, true},
+    {"Image::createImage",
+     [](Shortage& s) {
+         const auto_ptr<Image> image(
+             s.during([] { return Image::createImage(4, 2, 1, IMAGE_FORMAT_TYPE_RGB, nullptr); }));
+         return answer(!is_empty(image.get()), is_empty(image.get()));
+     }},
+    {"Image::set",
+     [](Shortage& s) {
+         Image image(4, 2, 1, IMAGE_FORMAT_TYPE_GRAY, nullptr);
+         s.during([&] { image.set(8, 2, 1, IMAGE_FORMAT_TYPE_RGB, nullptr); });
+         return answer(!is_empty(&image), is_empty(&image));
+     }},
+    {"ColorConvert::convert",
+     [](Shortage& s) {
+         Image image(4, 2, 1, IMAGE_FORMAT_TYPE_RGB, nullptr);
+         const auto_ptr<Image> gray(s.during(
+             [&] { return ColorConvert::convert(&image, IMAGE_FORMAT_TYPE_RGB * 256 + IMAGE_FORMAT_TYPE_GRAY); }));
+         return answer(!is_empty(gray.get()), is_empty(gray.get()));
+     }},
+    {"ImageDecoderFactory",
+     [](Shortage& s) {
+         auto_ptr<Stream> stream = photo_stream();
+         return s.during([&] {
+             ImageDecoderFactory factory;
+             const bool isFound = factory.createImageDecoder(stream) != nullptr;
+             return answer(isFound, !isFound);
+         });
+     }},
+    {"ImageDecoder::decode",
+     [](Shortage& s) {
+         auto_ptr<Stream> stream = photo_stream();
+         auto_ptr<Image> image = new_image(IMAGE_FORMAT_TYPE_GRAY);
+         ImageDecoderFactory factory;
+         ImageDecoder* decoder = factory.createImageDecoder(stream);
+         const bool isDone = s.during([&] { return decoder->decode(stream, image); });
+         return answer(isDone && image->getWidth() == 512, !isDone && image->getWidth() == kWidth);
+     }},
+    {"ImageEncoderFactory::createImageEncoder",
+     [](Shortage& s) {
+         return object_answer(
+             s.during([] { return ImageEncoderFactory().createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG); }));
+     }},
+    {"ImageEncoder::encode",
+     [](Shortage& s) {
+         auto_ptr<Stream> stream(new MemoryStream(100000));
+         auto_ptr<Image> image = new_image(IMAGE_FORMAT_TYPE_GRAY);
+         const auto_ptr<ImageEncoder> encoder(
+             ImageEncoderFactory().createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG));
+         const bool isDone = s.during([&] { return encoder->encode(stream, image, 80); });
+         return answer(isDone, !isDone);
+     }},
+    {"Matrix::create",
+     [](Shortage& s) { return matrix_answer(s, [](const Matrix&) { return Matrix::create(3, 4); }); }},
+    {"Matrix::multiply",
+     [](Shortage& s) { return matrix_answer(s, [](const Matrix& m) { return Matrix::multiply(&m, &m); }); }},
+    {"Matrix::transponse",
+     [](Shortage& s) { return matrix_answer(s, [](const Matrix& m) { return m.transponse(); }); }},
+    {"Matrix::adj", [](Shortage& s) { return matrix_answer(s, [](const Matrix& m) { return m.adj(); }); }},
+    {"Matrix::inverse", [](Shortage& s) { return matrix_answer(s, [](const Matrix& m) { return m.inverse(); }); }},
+    {"Matrix::det and cofator",
+     [](Shortage& s) {
+         const float numbers[] = {2, 1, 1, 1, 3, 1, 1, 1, 4};
+         const Matrix matrix(3, numbers);
+         const float det = s.during([&] { return matrix.det(); });
+         const float cofactor = s.during([&] { return matrix.cofator(0, 0); });
+         const bool isZero = det == 0.0F || cofactor == 0.0F;
+         return answer(det == 17.0F && cofactor == 11.0F,
+                       isZero && (det == 0.0F || det == 17.0F) && (cofactor == 0.0F || cofactor == 11.0F));
+     }},
+    {"fast_blur",
+     [](Shortage& s) {
+         return pixels_answer(
+             s, [](unsigned char* p) { fast_blur(reinterpret_cast<unsigned int*>(p), p, kWidth, kHeight, 3); });
+     }},
+    {"box_blur", box_answer<box_blur>, true},
+    {"gauss_blur", box_answer<gauss_blur>, true},
+    {"gaussiir",
+     [](Shortage& s) {
+         return pixels_answer(s, [](unsigned char* p) { gaussiir(p, kWidth, kHeight, 4, kWidth * 4, 2.0F, 2.0F); });
+     }},
+    {"fast16",
+     [](Shortage& s) {
+         Bytes image(32 * 32);
+         for (size_t i = 4; i < 28; i += 8) {
+             image[i * 32 + 8] = image[i * 32 + 16] = image[i * 32 + 24] = 255;
+         }
+         std::vector<KeyPoint> corners;
+         const FastParams parameters = {2, 0, 2, 0, 3, 3};
+         s.during([&] { fast16(image.data(), corners, 32, 32, &parameters); });
+         const Answer result = answer(corners.size() > 4, corners.empty());
+         corners.shrink_to_fit();
+         return result;
+     }},
+    {"ColorQuantizer",
+     [](Shortage& s) {
+         return s.during([] {
+             ColorQuantizer quantizer;
+             quantizer.prepare(2, 1);
+             quantizer.addColor(0, 0, 0);
+             quantizer.addColor(255, 255, 255);
+             const size_t colors = quantizer.getPalette(2).size();
+             return answer(colors == 2, colors == 0);
+         });
+     }},
+    {"CreateTimestampWatermark",
+     [](Shortage& s) {
+         unsigned char* strip = nullptr;
+         int width = -1;
+         int height = -1;
+         s.during([&] { CreateTimestampWatermark("2026", &strip, &width, &height, 0); });
+         const bool isEmpty = strip == nullptr && width == 0 && height == 0;
+         galloc_free(strip);
+         return answer(strip != nullptr && width > 0, isEmpty);
+     }},
+    {"make_photo_timestamp_watermark_to_yuyv",
+     [](Shortage& s) {
+         const Bytes before(640 * 480 * 2, 7);
+         Bytes frame = before;
+         const bool isDone =
+             s.during([&] { return make_photo_timestamp_watermark_to_yuyv(frame.data(), 640, 480, "2026", 0); });
+         return answer(isDone && frame != before, !isDone && frame == before);
+     }},
+    {"ThreadPool", [](Shortage& s) { return s.during([] { return (ThreadPool(2), Answer::kDone); }); }, true},
+    {"A ThreadPool that works",
+     [](Shortage& s) {
+         CountedTask::runs = 0;
+         CountedTask::gone = 0;
+         auto_ptr<IRunnable> task(new CountedTask);
+         s.during([&] {
+             ThreadPool pool(1);
+             pool.submit(task);
+             pool.start();
+             task.clear();
+         });
+         while (CountedTask::gone == 0) {
+             std::this_thread::yield();
+         }
+         // The worker of a pool waits for more work as long as the process lives.
+         Shortage::keep_live_blocks();
+         return answer(CountedTask::runs == 1, CountedTask::runs == 0);
+     }},
+    {"A log line",
+     [](Shortage& s) {
+         set_android_log_sink([](void*, int, const char*, const char*) {}, nullptr);
+         const int went = s.during([] { return KORVANE_LOGD("A line that is longer than a short string"); });
+         set_android_log_sink(nullptr, nullptr);
+         return answer(went == 1, went == 0);
+     }},
+    {"super_capture_module_init",
+     [](Shortage& s) {
+         const intptr_t handle = s.during([] { return super_capture_module_init(kWidth, kHeight, 1); });
+         super_capture_module_destroy(handle);
+         return answer(handle != 0, handle == 0);
+     }},
+    {"super_capture_module_push_frame",
+     [](Shortage& s) {
+         Bytes frame(kWidth * kHeight * 2, 99);
+         unsigned char* planes[4] = {frame.data()};
+         const intptr_t handle = super_capture_module_init(kWidth, kHeight, 1);
+         const int result = s.during([&] { return super_capture_module_push_frame(handle, planes); });
+         super_capture_module_destroy(handle);
+         return answer(result == 0, result == -3);
+     }},
+    {"super_capture_module_pop_frame, and the worker",
+     [](Shortage& s) {
+         Bytes frame(kWidth * kHeight * 2, 99);
+         unsigned char* planes[4] = {frame.data()};
+         const intptr_t handle = super_capture_module_init(kWidth, kHeight, 1);
+         s.during([&] {
+             size_t pushed = 0;
+             for (const int value : {99, 101}) {
+                 std::fill(frame.begin(), frame.end(), static_cast<unsigned char>(value));
+                 if (super_capture_module_push_frame(handle, planes) == 0) {
+                     reinterpret_cast<SuperCapture*>(handle)->waitUntilTaken(++pushed);
+                 }
+             }
+             super_capture_module_pop_frame(handle, planes);
+         });
+         super_capture_module_destroy(handle);
+         // The mean of both frames, or one of them.
+         return answer(frame[0] == 100, frame[0] == 99 || frame[0] == 101);
+     }},
+};
+
+class FakeFilter : public ImageFilterBaseGL {};
+
+// What a filter makes of a picture, which it may not touch at all.
+template <typename Call>
+Answer picture_answer(const char* name, const Call& call) {
+    static std::map<std::string, Bytes> results;
+    const Bytes before = random_bytes(kWidth * kHeight * 4, 4);
+    if (results.count(name) == 0) {
+        Bytes& result = results[name] = before;
+        const auto_ptr<ImageFilterBaseGL> filter(korvane::create_offscreen_filter(name));
+        filter->process(result.data(), kWidth, kHeight);
+        filter->release();
+    }
+    Bytes pixels = before;
+    call(pixels.data());
+    return answer(pixels == results[name], pixels == before);
+}
+
+// Makes a filter and lets it work, as an application does.
+Answer filter_answer(Shortage& s, const char* name) {
+    return picture_answer(name, [&](unsigned char* pixels) {
+        const auto_ptr<ImageFilterBaseGL> filter(s.during([&] {
+            ImageFilterBaseGL* created = korvane::create_offscreen_filter(name);
+            if (created != nullptr) {
+                created->process(pixels, kWidth, kHeight);
+            }
+            return created;
+        }));
+        if (filter.get() != nullptr) {
+            filter->release();
+        }
+    });
+}
+
+const ShortageCase kGpu[] = {
+    {"GPUEngine::getCurrentEngine",
+     [](Shortage& s) { return object_answer(s.during([] { return GPUEngine::getCurrentEngine(); })); }},
+    {"GPUScriptSource::createScriptSource",
+     [](Shortage& s) {
+         return object_answer(s.during([] { return GPUScriptSource::createScriptSource("name", "text"); }));
+     }},
+    {"GPUScript::addSource",
+     [](Shortage& s) {
+         return s.during([] {
+             GPUScript script(nullptr, nullptr);
+             const bool isAdded = script.addSource("name", "text");
+             return answer(isAdded, !isAdded && script.getScriptSourceByIndex(0).get() == nullptr);
+         });
+     }},
+    {"GPUScript and its cache file",
+     [](Shortage& s) {
+         std::string directory = testing::TempDir() + "korvane_cache_XXXXXX";
+         EXPECT_NE(mkdtemp(directory.data()), nullptr);
+         korvane::set_program_cache_directory(directory.c_str());
+         const bool isWritten = s.during([] {
+             GPUScript script(nullptr, "script");
+             script.setScriptBinary(galloc_alloc(20), 20);
+             script.clear();
+             return script.getScriptBinary() != nullptr;
+         });
+         const bool isRead = s.during([] { return GPUScript(nullptr, "script").getScriptBinary() != nullptr; });
+         korvane::set_program_cache_directory(nullptr);
+         const bool isThere = std::remove((directory + "/script.osb").c_str()) == 0;
+         rmdir(directory.c_str());
+         return answer(isWritten && isRead && isThere, !isRead);
+     },
+     true},
+    {"GPUUtils::getProgramBinary",
+     [](Shortage& s) {
+         const GLuint program = glCreateProgram();
+         int length = -1;
+         GLenum format = 0;
+         void* binary = nullptr;
+         s.during([&] { GPUUtils::getProgramBinary(program, &length, &format, &binary); });
+         glDeleteProgram(program);
+         galloc_free(binary);
+         return answer(binary != nullptr, binary == nullptr && length == 0);
+     }},
+    {"GPUUtils::loadShader",
+     [](Shortage& s) {
+         return answer(s.during([] { return GPUUtils::loadShader(GL_VERTEX_SHADER, "no shader"); }) == 0, false);
+     },
+     true},
+    {"set_program_cache_directory",
+     [](Shortage& s) {
+         const std::string wanted = testing::TempDir() + "././././././././././";
+         const int error = s.during([&] { return korvane::set_program_cache_directory(wanted.c_str()); });
+         const std::string found = s.during([] { return korvane::program_cache_directory(); });
+         korvane::set_program_cache_directory(nullptr);
+         return answer(error == 0 && found == wanted, error == ENOMEM || found.empty());
+     }},
+    {"ImageFilterFactory::createFilter",
+     [](Shortage& s) {
+         for (const FilterDescription* description : ImageFilterFactory::filters()) {
+             const Answer result =
+                 object_answer(s.during([&] { return ImageFilterFactory::createFilter(description->name); }));
+             if (result != Answer::kDone) {
+                 return result;
+             }
+         }
+         return Answer::kDone;
+     }},
+    {"ImageFilterBaseGL::initEngine",
+     [](Shortage& s) {
+         FakeFilter filter;
+         s.during([&] { filter.initEngine(); });
+         return answer(filter.has_engine(), !filter.has_engine());
+     }},
+    {"ImageFilterBaseGL::setupGraphics",
+     [](Shortage& s) {
+         const auto_ptr<ImageFilterBaseGL> filter(ImageFilterFactory::createFilter("ImageFilterTable"));
+         const int done = s.during([&] { return filter->setupGraphics(1); });
+         filter->release();
+         return answer(done == 1, done == 0);
+     },
+     true},
+    {"ImageFilterBaseGL::setTexture and setBitmap",
+     [](Shortage& s) {
+         const GLuint texture = new_texture(kWidth, kHeight, nullptr);
+         Bytes pixels(kWidth * kHeight * 4, 9);
+         FakeFilter textured;
+         FakeFilter mapped;
+         textured.setupGraphics(1);
+         mapped.setupGraphics(1);
+         s.during([&] {
+             textured.setTexture(static_cast<int>(texture), kWidth, kHeight, kWidth, kHeight);
+             mapped.setBitmap(pixels.data(), kWidth, kHeight);
+             textured.render();
+             mapped.render();
+         });
+         glDeleteTextures(1, &texture);
+         return Answer::kDone;
+     },
+     true},
+    {"ImageFilterBaseGL::process",
+     [](Shortage& s) {
+         return picture_answer("ImageFilterNone", [&](unsigned char* pixels) {
+             const auto_ptr<ImageFilterBaseGL> filter(korvane::create_offscreen_filter("ImageFilterNone"));
+             s.during([&] { filter->process(pixels, kWidth, kHeight); });
+         });
+     }},
+    {"ImageFilterNone from end to end", [](Shortage& s) { return filter_answer(s, "ImageFilterNone"); }, true},
+    {"ImageFilterTable from end to end", [](Shortage& s) { return filter_answer(s, "ImageFilterTable"); }, true},
+};
+
+TEST(Shortage, OfTheToolkit) {
+    for (const ShortageCase& shortageCase : kToolkit) {
+        fail_each_allocation(shortageCase);
+    }
+}
+
+// First of all that draws: the books about displays take memory once.
+TEST(Shortage, OfTheFirstEngine) {
+    fail_each_allocation({"GPUEngine::setup", [](Shortage& s) {
+                              GPUEngine engine(nullptr, 8, 8);
+                              const bool isDone = s.during([&] { return engine.setup(); });
+                              engine.destroy();
+                              Shortage::keep_live_blocks();
+                              return answer(isDone, !isDone);
+                          }});
+}
+
+TEST(Shortage, OfTheGpu) {
+    for (const ShortageCase& shortageCase : kGpu) {
+        const GlSurface surface(kWidth, kHeight);
+        fail_each_allocation(shortageCase);
+    }
+}
+
+}  // namespace
