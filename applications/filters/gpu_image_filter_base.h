@@ -104,10 +104,10 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
     Mutex mLock;  // carried for subclasses; nothing here takes it
 
   private:
-    static const FilterParameter kBaseParameters[3];
+    KORVANE_HIDDEN static const FilterParameter kBaseParameters[3];
 
-    const FilterParameter* find_parameter(const char* name) const;
-    void draw_quad();
+    KORVANE_HIDDEN const FilterParameter* find_parameter(const char* name) const;
+    KORVANE_HIDDEN void draw_quad();
 };
 
 // Ready-made store functions for FilterParameter rows; Field is a float of the filter's class.

@@ -74,7 +74,7 @@ class KORVANE_API Matrix : public RefBase {
 
   private:
     // Storage for the present sizes, its elements left unset; false when there is none to be had.
-    bool allocate();
+    KORVANE_HIDDEN bool allocate();
 };
 
 #endif  // KORVANE_FRAMEWORKS_MATHS_MATRIX_H_

@@ -52,19 +52,19 @@ class KORVANE_API Thread : public RefBase {
     // start() for a counted object whose owners may let it go while its thread still runs: the thread holds a reference
     // of its own until it has ended. An object that nobody counts (on the stack, embedded) is started as by start(),
     // and its owner has to join it.
-    status_t startCounted();
+    KORVANE_HIDDEN status_t startCounted();
 
     // Gives the thread's resources back to the system when it ends, if it was started and not joined; for destructors
     // of classes that use startCounted().
-    void detach();
+    KORVANE_HIDDEN void detach();
 
     pthread_t m_Tid{};
     auto_ptr<IRunnable> m_Runnable;
     std::atomic<bool> m_IsStop{false};
 
   private:
-    status_t create(void* (*entry)(void*));
-    static void* counted_proc(void* arg);
+    KORVANE_HIDDEN status_t create(void* (*entry)(void*));
+    KORVANE_HIDDEN static void* counted_proc(void* arg);
 
     // Joining an id that is not (or no longer) a thread crashes on some systems, so join() asks here first.
     std::atomic<bool> m_IsJoinable{false};
