@@ -23,3 +23,9 @@ add_library(korvane_static STATIC EXCLUDE_FROM_ALL)
 target_link_libraries(korvane_static PRIVATE korvane_objects PUBLIC ${KORVANE_LINK_LIBRARIES})
 target_include_directories(korvane_static PUBLIC "${PROJECT_SOURCE_DIR}" "${KORVANE_GENERATED_DIR}")
 target_include_directories(korvane_static SYSTEM PUBLIC ${KORVANE_INCLUDE_DIRS})
+
+# What clients may include; read by `./dev docs`.
+get_property(KORVANE_PUBLIC_HEADERS GLOBAL PROPERTY KORVANE_PUBLIC_HEADERS)
+list(APPEND KORVANE_PUBLIC_HEADERS "${KORVANE_GENERATED_DIR}/korvane/version.h")
+list(JOIN KORVANE_PUBLIC_HEADERS "\n" lines)
+file(WRITE "${KORVANE_GENERATED_DIR}/public_headers.txt" "${lines}\n")
