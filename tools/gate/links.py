@@ -44,7 +44,7 @@ def main():
     files = set(tracked())
     folders = {os.path.dirname(name) for name in files}
     folders |= {folder[:at] for folder in folders for at, letter in enumerate(folder) if letter == "/"}
-    tops = {folder for folder in folders if "/" not in folder}
+    tops = {folder for folder in folders if folder and "/" not in folder}
     faults = []
     linked = {}
     for page, text in pages.items():
