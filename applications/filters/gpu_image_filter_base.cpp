@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <new>
 
 #include "frameworks/core/memory.h"
 #include "frameworks/gpu/gpu_script.h"

@@ -14,9 +14,10 @@
 #include <GLES3/gl3.h>
 
 #include <cstddef>
+#include <span>
 
 #include "applications/filters/filter_description.h"
-#include "applications/filters/filter_parameter_type.h"
+#include "applications/filters/filter_parameter_type.h"  // IWYU pragma: export
 #include "frameworks/core/auto_ptr.h"
 #include "frameworks/core/export.h"
 #include "frameworks/core/ref_base.h"
