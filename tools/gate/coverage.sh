@@ -11,8 +11,9 @@ shift 2
 rm -rf "$out"
 mkdir -p "$out"
 # %4m: up to four files for each program, into which its runs add themselves up.
+failed=0
 export LLVM_PROFILE_FILE=$PWD/$out/%4m.profraw
-ctest --test-dir "$build" --parallel "$(nproc)" --output-on-failure -E consumer_test "$@"
+ctest --test-dir "$build" --parallel "$(nproc)" --output-on-failure -E consumer_test "$@" || failed=$?
 llvm-profdata-14 merge -sparse -o "$out/all.profdata" "$out"/*.profraw
 
 mapfile -t programs < <(find "$build/tests" "$build/tools" -type f -executable ! -name '*.so' ! -path '*/CMakeFiles/*' \
@@ -39,3 +40,5 @@ for name in sorted(folders, key=lambda name: (name == "all", name)):
     print(f"{name:<34}{reached:>8}{lines:>8}{100 * reached / lines:>8.1f}%")
 PYTHON
 echo "$out/html/index.html"
+# The shares of a failed run are shown, and it stays failed.
+exit $failed
