@@ -1,17 +1,20 @@
 # korvane_add_test(NAME SOURCES ... [LIBRARIES ...] [LABELS ...] [ENVIRONMENT ...] [WRAPPER command...]): one test program
-# with its own line in ctest. It links the static library, so it sees private parts. Labels: "gpu" needs a display with
-# EGL (the wrapper brings one), "jvm" needs a Java virtual machine; both stay on the desktop's own processor. "threads"
-# is what the thread sanitizer runs.
+# with its own line in ctest. Test and program are called NAME; the target is korvane_NAME, so that it cannot clash with
+# one of a project that takes this one in. It links the static library, so it sees private parts. Labels: "gpu" needs a
+# display with EGL (the wrapper brings one), "jvm" needs a Java virtual machine; both stay on the desktop's own
+# processor. "threads" is what the thread sanitizer runs.
 add_custom_target(korvane_thread_tests)
 function(korvane_add_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT;WRAPPER" ${ARGN})
-    add_executable(${name} ${arg_SOURCES})
-    korvane_configure_target(${name})
-    target_link_libraries(${name} PRIVATE korvane_test_support GTest::gtest_main ${arg_LIBRARIES})
-    add_test(NAME ${name} COMMAND ${arg_WRAPPER} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
+    set(target korvane_${name})
+    add_executable(${target} ${arg_SOURCES})
+    set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name})
+    korvane_configure_target(${target})
+    target_link_libraries(${target} PRIVATE korvane_test_support GTest::gtest_main ${arg_LIBRARIES})
+    add_test(NAME ${name} COMMAND ${arg_WRAPPER} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${target}>)
     set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" ENVIRONMENT "${arg_ENVIRONMENT}" TIMEOUT 600)
     if("threads" IN_LIST arg_LABELS)
-        add_dependencies(korvane_thread_tests ${name})
+        add_dependencies(korvane_thread_tests ${target})
     endif()
 endfunction()
 
@@ -29,7 +32,7 @@ function(korvane_add_jvm_test name)
                      ENVIRONMENT "ASAN_OPTIONS=handle_segv=0:handle_sigbus=0:allow_user_segv_handler=1:detect_leaks=0"
                                  ${arg_ENVIRONMENT}
                      WRAPPER ${arg_WRAPPER})
-    add_dependencies(${name} korvane korvane_java korvane_test_java)
+    add_dependencies(korvane_${name} korvane korvane_java korvane_test_java)
     set_tests_properties(${name} PROPERTIES
         FAIL_REGULAR_EXPRESSION "WARNING in native method;FATAL ERROR in native method;WARNING: JNI")
 endfunction()
@@ -51,7 +54,7 @@ function(korvane_add_gpu_test name)
                      LABELS gpu ${arg_LABELS}
                      ENVIRONMENT ${KORVANE_GPU_ENVIRONMENT} GALLIUM_DRIVER=llvmpipe ${arg_ENVIRONMENT}
                      WRAPPER ${KORVANE_GPU_WRAPPER})
-    add_test(NAME ${name}_softpipe COMMAND ${KORVANE_GPU_WRAPPER} $<TARGET_FILE:${name}>)
+    add_test(NAME ${name}_softpipe COMMAND ${KORVANE_GPU_WRAPPER} $<TARGET_FILE:korvane_${name}>)
     set_tests_properties(${name}_softpipe PROPERTIES
         LABELS "gpu;${arg_LABELS}" TIMEOUT 600
         ENVIRONMENT "${KORVANE_GPU_ENVIRONMENT};GALLIUM_DRIVER=softpipe;${arg_ENVIRONMENT}")
@@ -62,10 +65,10 @@ endfunction()
 function(korvane_add_jvm_gpu_test name)
     korvane_add_jvm_test(${name} ${ARGN} LABELS gpu ENVIRONMENT ${KORVANE_GPU_ENVIRONMENT} KORVANE_LOG=1
                          GALLIUM_DRIVER=llvmpipe WRAPPER ${KORVANE_GPU_WRAPPER})
-    if(NOT TARGET ${name})
+    if(NOT TARGET korvane_${name})
         return()
     endif()
-    add_test(NAME ${name}_softpipe COMMAND ${KORVANE_GPU_WRAPPER} $<TARGET_FILE:${name}>)
+    add_test(NAME ${name}_softpipe COMMAND ${KORVANE_GPU_WRAPPER} $<TARGET_FILE:korvane_${name}>)
     foreach(property LABELS TIMEOUT ENVIRONMENT FAIL_REGULAR_EXPRESSION)
         get_test_property(${name} ${property} value)
         string(REPLACE GALLIUM_DRIVER=llvmpipe GALLIUM_DRIVER=softpipe value "${value}")

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <iostream>
 
-#include "tools/version.h"
+#include "korvane/version.h"
 
 namespace korvane {
 namespace {

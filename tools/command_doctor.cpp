@@ -8,8 +8,8 @@
 
 #include "frameworks/core/auto_ptr.h"
 #include "frameworks/gpu/gpu_engine.h"
+#include "korvane/version.h"
 #include "tools/command.h"
-#include "tools/version.h"
 
 namespace korvane {
 namespace {

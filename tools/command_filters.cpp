@@ -2,8 +2,9 @@
 #include <cstdio>
 #include <string>
 
+#include "applications/filters/filter_description.h"
+#include "applications/filters/gpu_image_filter_factory.h"
 #include "tools/command.h"
-#include "tools/filter_session.h"
 
 namespace korvane {
 namespace {

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "applications/filters/gpu_image_filter_factory.h"
 #include "tools/command.h"
 
 namespace korvane {

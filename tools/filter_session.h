@@ -4,7 +4,9 @@
 
 #include <string>
 
-#include "applications/filters/gpu_image_filter_factory.h"
+#include "applications/filters/filter_description.h"
+#include "applications/filters/gpu_image_filter_base.h"
+#include "frameworks/core/auto_ptr.h"
 
 namespace korvane {
 

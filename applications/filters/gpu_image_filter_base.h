@@ -18,9 +18,10 @@
 #include <GLES3/gl3.h>
 
 #include <cstddef>
+#include <span>
 
 #include "applications/filters/filter_description.h"
-#include "applications/filters/filter_parameter_type.h"
+#include "applications/filters/filter_parameter_type.h"  // IWYU pragma: export
 #include "frameworks/core/auto_ptr.h"
 #include "frameworks/core/export.h"
 #include "frameworks/core/ref_base.h"
@@ -112,11 +113,11 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
     Mutex mLock;  // carried for subclasses; nothing here takes it
 
   private:
-    static const FilterParameter kBaseParameters[3];
+    KORVANE_HIDDEN static const FilterParameter kBaseParameters[3];
 
-    void release_engine();
-    const FilterParameter* find_parameter(const char* name) const;
-    void draw_quad();
+    KORVANE_HIDDEN void release_engine();
+    KORVANE_HIDDEN const FilterParameter* find_parameter(const char* name) const;
+    KORVANE_HIDDEN void draw_quad();
 };
 
 // Ready-made store functions for FilterParameter rows; Field is a float of the filter's class.

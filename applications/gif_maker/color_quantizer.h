@@ -71,17 +71,17 @@ class KORVANE_API ColorQuantizer {
 
   private:
     template <typename Visit>
-    bool eachImageArray(const Visit& visit);
+    KORVANE_HIDDEN bool eachImageArray(const Visit& visit);
     template <typename Visit>
-    bool eachPaletteArray(size_t entries, const Visit& visit);
-    void fillHistogram(const korvane::CellPixels& pixels);
+    KORVANE_HIDDEN bool eachPaletteArray(size_t entries, const Visit& visit);
+    KORVANE_HIDDEN void fillHistogram(const korvane::CellPixels& pixels);
     void calculateMoments();
-    int32_t splitBoxes(int32_t colorCount);
+    KORVANE_HIDDEN int32_t splitBoxes(int32_t colorCount);
     bool cut(ColorCube& first, ColorCube& second) const;
     double calculateVariance(const ColorCube& cube) const;
     void mark(const ColorCube& cube, int32_t label);
-    bool refine(const korvane::CellPixels& pixels, int32_t boxCount);
-    void appendMeans(int32_t boxCount);
+    KORVANE_HIDDEN bool refine(const korvane::CellPixels& pixels, int32_t boxCount);
+    KORVANE_HIDDEN void appendMeans(int32_t boxCount);
 
     // Of the refinement, per palette entry. 64 bits, since a sum of channels passes 32 bits at 8.4 million pixels.
     int64_t* reds = nullptr;

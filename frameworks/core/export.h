@@ -1,8 +1,8 @@
-// Marks what clients of libkorvane.so may use.
+// What clients of libkorvane.so may use is marked here, and nothing else leaves the library.
 //
-// The library is built with hidden visibility; a class or function that bears KORVANE_API keeps its symbol, and the
-// linker's version script (cmake/korvane.map) lets those out by name. Both gates must agree: a new exported name needs
-// the macro and a row in the script.
+// It is built with hidden visibility. A class or function with KORVANE_API keeps its symbol, and the linker's version
+// script (cmake/korvane.map) lets it out by name: a new name needs both. KORVANE_HIDDEN takes a private helper of an
+// exported class back in. cmake/exports.txt lists every name that leaves, and `./dev gate` compares.
 //
 // No exported function lets an exception out. When memory is short each gives the answer that its header names. Only a
 // client's own `new` of an exported class may throw std::bad_alloc, before the object exists: the constructors
@@ -11,5 +11,6 @@
 #define KORVANE_FRAMEWORKS_CORE_EXPORT_H_
 
 #define KORVANE_API __attribute__((visibility("default")))
+#define KORVANE_HIDDEN __attribute__((visibility("hidden")))
 
 #endif  // KORVANE_FRAMEWORKS_CORE_EXPORT_H_

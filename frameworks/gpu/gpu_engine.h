@@ -54,9 +54,9 @@ class KORVANE_API GPUEngine : public RefBase {
     GPUContext* getGPUContext() { return &m_GPUContext; }
 
   private:
-    bool create_context(EGLDisplay display, EGLConfig config, EGLSurface surface);
-    void store(EGLDisplay display, EGLContext context, EGLSurface surface);
-    bool is_set_up() const;
+    KORVANE_HIDDEN bool create_context(EGLDisplay display, EGLConfig config, EGLSurface surface);
+    KORVANE_HIDDEN void store(EGLDisplay display, EGLContext context, EGLSurface surface);
+    KORVANE_HIDDEN bool is_set_up() const;
 
     GPUContext m_GPUContext;
     EGLDisplay m_EGLDisplay = EGL_NO_DISPLAY;

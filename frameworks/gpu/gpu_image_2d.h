@@ -76,9 +76,9 @@ class KORVANE_API GPUImage2D : public RefBase {
     GLuint getTextureFormat() const { return m_TextureFormat; }
 
   private:
-    void describe(int32_t width, int32_t height, int32_t format);
-    void specify(void* pixels);
-    bool holds_pixels(int size) const;
+    KORVANE_HIDDEN void describe(int32_t width, int32_t height, int32_t format);
+    KORVANE_HIDDEN void specify(void* pixels);
+    KORVANE_HIDDEN bool holds_pixels(int size) const;
 
     auto_ptr<GPUContext> m_GPUContext;
     GPUFramebuffer m_GPUFramebuffer;

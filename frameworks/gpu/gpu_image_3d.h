@@ -57,8 +57,8 @@ class KORVANE_API GPUImage3D : public RefBase {
     GLuint getTextureFormat() const { return m_TextureFormat; }
 
   private:
-    void describe(int32_t width, int32_t height, int32_t depth, int32_t format);
-    void specify(void* pixels);
+    KORVANE_HIDDEN void describe(int32_t width, int32_t height, int32_t depth, int32_t format);
+    KORVANE_HIDDEN void specify(void* pixels);
 
     auto_ptr<GPUContext> m_GPUContext;
     GPUPixelBuffer m_GPUPixelBuffer;

@@ -60,8 +60,8 @@ class KORVANE_API GPUScript : public RefBase {
     void clear();
 
   private:
-    void read_cache();
-    void write_cache() const;
+    KORVANE_HIDDEN void read_cache();
+    KORVANE_HIDDEN void write_cache() const;
 
     auto_ptr<GPUContext> m_GPUContext;
     char* m_ScriptName = nullptr;

@@ -92,7 +92,7 @@ class KORVANE_API Image : public RefBase {
     unsigned char** getPlanes() { return m_Planes; }
 
   private:
-    void freePlanes();
+    KORVANE_HIDDEN void freePlanes();
 
     uint32_t m_ImageWidth;
     uint32_t m_ImageHeight;

@@ -1,8 +1,5 @@
 #include "frameworks/images/jpeg_utils.h"
 
-#include <cstddef>
-#include <cstdint>
-
 #include "platform/log.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #define KORVANE_FRAMEWORKS_IMAGES_JPEG_UTILS_H_
 
 #include <csetjmp>
-#include <cstdio>
+#include <cstdio>  // IWYU pragma: keep
 
 // libjpeg's header needs size_t and FILE before it.
 #include <jpeglib.h>

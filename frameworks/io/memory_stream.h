@@ -39,9 +39,9 @@ class KORVANE_API MemoryStream : public Stream {
     void close() override;
 
   private:
-    bool can_transfer(const void* buffer, size_t count) const;
-    size_t clip(size_t count) const;
-    void free_owned();
+    KORVANE_HIDDEN bool can_transfer(const void* buffer, size_t count) const;
+    KORVANE_HIDDEN size_t clip(size_t count) const;
+    KORVANE_HIDDEN void free_owned();
 
     void* m_Buffer = nullptr;
     size_t m_BufferSize = 0;

@@ -76,7 +76,7 @@ class KORVANE_API Matrix : public RefBase {
 
   private:
     // Allocates storage for the sizes, without setting its elements. False when there is none.
-    bool allocate();
+    KORVANE_HIDDEN bool allocate();
 };
 
 #endif  // KORVANE_FRAMEWORKS_MATHS_MATRIX_H_

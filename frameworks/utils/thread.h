@@ -52,19 +52,19 @@ class KORVANE_API Thread : public RefBase {
   protected:
     // start() for counted objects: the thread holds a reference of its own until it ends, so the owners may drop theirs
     // earlier. An object with count 0 (on the stack, embedded) is started as by start(), and its owner must join it.
-    status_t startCounted();
+    KORVANE_HIDDEN status_t startCounted();
 
     // Lets the system free the thread's resources when it ends, if it was started and not joined. For destructors of
     // classes that use startCounted().
-    void detach();
+    KORVANE_HIDDEN void detach();
 
     pthread_t m_Tid{};
     auto_ptr<IRunnable> m_Runnable;
     std::atomic<bool> m_IsStop{false};
 
   private:
-    status_t create(void* (*entry)(void*));
-    static void* counted_proc(void* arg);
+    KORVANE_HIDDEN status_t create(void* (*entry)(void*));
+    KORVANE_HIDDEN static void* counted_proc(void* arg);
 
     // Joining an id that names no thread crashes on some systems, so join() asks here first.
     std::atomic<bool> m_IsJoinable{false};

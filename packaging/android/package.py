@@ -204,7 +204,7 @@ def run(options):
 
 def parse_arguments():
     parser = argparse.ArgumentParser(description="Makes the Android archives from built libraries.")
-    parser.add_argument("--version", required=True, help="of numbers and points, as 0.1.0")
+    parser.add_argument("--version", required=True, help="of numbers and points, as 1.2.3")
     parser.add_argument("--out", required=True, type=pathlib.Path, help="folder that is made anew")
     parser.add_argument("--classes", required=True, type=pathlib.Path, help="jar of the product's classes")
     parser.add_argument("--sources", required=True, type=pathlib.Path, help="folder of the Java sources")

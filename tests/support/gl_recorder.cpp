@@ -1,10 +1,8 @@
 #include "tests/support/gl_recorder.h"
 
-#include <EGL/eglext.h>
 #include <GLES2/gl2ext.h>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <link.h>
 
 #include <algorithm>
 #include <mutex>

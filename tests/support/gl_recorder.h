@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 namespace gl_recorder_detail {

@@ -1,5 +1,4 @@
 // korvane_glyphs FOLDER [SPECIMEN.jpg]: writes the timestamp's artwork into FOLDER, and a specimen of both sets.
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <fstream>

@@ -2,9 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include "frameworks/core/auto_ptr.h"
 #include "frameworks/gpu/gpu_utils.h"
 #include "platform/egl.h"
-#include "tests/frameworks/gpu/gpu_fixture.h"
+#include "tests/support/gl_recorder.h"
 #include "tests/support/x11_window.h"
 
 namespace {

@@ -1,7 +1,5 @@
 #include "tests/frameworks/gpu/gpu_fixture.h"
 
-#include <algorithm>
-
 void GpuTest::SetUp() {
     m_Engine = new GPUEngine(nullptr, 0, 0);
     ASSERT_TRUE(m_Engine->setup()) << "no EGL context: is there a display?";

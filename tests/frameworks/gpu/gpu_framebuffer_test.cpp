@@ -5,7 +5,6 @@
 #include <memory>
 
 #include "tests/frameworks/gpu/gpu_fixture.h"
-#include "tests/support/random_bytes.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include <array>
 #include <cstddef>
 #include <set>
-#include <utility>
 #include <vector>
 
 #include "frameworks/core/auto_ptr.h"

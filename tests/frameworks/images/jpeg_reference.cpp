@@ -1,6 +1,6 @@
 #include "tests/frameworks/images/jpeg_reference.h"
 
-#include <cstdio>
+#include <cstdio>  // IWYU pragma: keep
 #include <cstdlib>
 
 // libjpeg's header needs size_t and FILE before it.

@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Every source file names its licence in one line: the first, or the second below "#!". --add writes it where it is
+# missing.
+# usage: tools/gate/spdx.sh [--add]
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+line="SPDX-License-Identifier: Apache-2.0"
+
+comment_of() {
+    case $1 in
+    *.c | *.cpp | *.def | *.h | *.in.h | *.java | *.js | *.kt | *.S | */version.h.in) echo "//" ;;
+    *.cmake | *.cmake.in | *.imp | *.map | *.pc.in | *.pro | *.properties | *.py | *.sh | *.supp | *.yml | *.yaml) echo "#" ;;
+    */CMakeLists.txt | CMakeLists.txt | .ci/run | dev | .clang-format | .clang-tidy | docs/Doxyfile) echo "#" ;;
+    esac
+}
+
+missing=0
+while read -r file; do
+    comment=$(comment_of "$file")
+    if [ -z "$comment" ] || head -n 2 "$file" | grep -qxF "$comment $line"; then
+        continue
+    fi
+    if [ "${1:-}" = --add ]; then
+        at=1
+        head -n 1 "$file" | grep -q '^#!' && at=2
+        sed -i "${at}i $comment $line" "$file"
+    else
+        echo "no licence line: $file"
+        missing=1
+    fi
+done < <(git ls-files)
+[ $missing = 0 ] || { echo "tools/gate/spdx.sh --add writes it"; exit 1; }
