@@ -156,8 +156,8 @@ ReferenceImage smooth_picture(int width, int height) {
         for (int column = 0; column < width; ++column) {
             const double x = (column + 0.5) / width;
             const double y = (row + 0.5) / height;
-            const double channels[4] = {0.1 + 0.8 * x * (0.6 + 0.4 * y), 0.5 + 0.4 * std::sin(3 * y + x),
-                                        0.9 - 0.7 * x * x - 0.1 * y, 0.6 + 0.3 * y};
+            const double channels[4] = {0.05 + 0.9 * x * (0.8 + 0.2 * y), 0.5 - 0.45 * std::cos(3 * x + y),
+                                        0.9 - 0.7 * y * y - 0.1 * x, 0.6 + 0.3 * y};
             for (const double value : channels) {
                 image.pixels.push_back(static_cast<unsigned char>(std::lround(value * 255)));
             }
