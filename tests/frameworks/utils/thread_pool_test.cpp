@@ -93,6 +93,16 @@ TEST(ThreadPool, ServesManySubmitters) {
     pool.shutdown();
     wait_until([&] { return deleted == kSubmitters * kTasksEach; });
     EXPECT_EQ(runs, kSubmitters * kTasksEach);
+
+    // What is still queued when a pool is shut down runs first.
+    ThreadPool late(2);
+    for (int n = 0; n < kTasksEach; ++n) {
+        late.submit(new Task([&] { ++runs; }, &deleted));
+    }
+    late.start();
+    late.shutdown();
+    wait_until([&] { return deleted == (kSubmitters + 1) * kTasksEach; });
+    EXPECT_EQ(runs, (kSubmitters + 1) * kTasksEach);
 }
 
 TEST(ThreadPool, GoesAtOnceWhileWorkersWaitOrHaveNotBegun) {
