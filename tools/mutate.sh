@@ -8,7 +8,7 @@ usage() {
     cat <<'TEXT'
 usage: tools/mutate.sh [-r REVISION] [-l LIST] [NAME...]
 
-Tries the mutations of tests/mutations.txt on REVISION (default HEAD) and prints a table. What has a result already is
+Tries the mutations of tools/mutations.txt on REVISION (default HEAD) and prints a table. What has a result already is
 not tried again; to do so, name it: a NAME is a pattern such as 'blur_*'. Ends with 1 when a mutation is missed that the
 list does not mark so, or cannot be tried.
   -l LIST  another list
@@ -17,7 +17,7 @@ TEXT
 }
 
 revision=HEAD
-list=tests/mutations.txt
+list=tools/mutations.txt
 table_only=
 while getopts r:l:th option; do
     case $option in
