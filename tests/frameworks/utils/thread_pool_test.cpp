@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <thread>
 #include <vector>
@@ -97,7 +98,12 @@ TEST(ThreadPool, ServesManySubmitters) {
     // What is still queued when a pool is shut down runs first.
     ThreadPool late(2);
     for (int n = 0; n < kTasksEach; ++n) {
-        late.submit(new Task([&] { ++runs; }, &deleted));
+        late.submit(new Task(
+            [&] {
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
+                ++runs;
+            },
+            &deleted));
     }
     late.start();
     late.shutdown();
