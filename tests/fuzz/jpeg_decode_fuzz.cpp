@@ -1,6 +1,5 @@
 // Any bytes at all as a JPEG file: the decoder must answer, keep its memory together, and on failure leave the caller's
 // image as it was. The sanitizers see the rest.
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -8,38 +7,23 @@
 
 #include "frameworks/images/image_decoder_factory.h"
 #include "frameworks/images/jpeg_decoder.h"
+#include "frameworks/io/memory_stream.h"
 
 namespace {
 
 // A few bytes may declare a picture of gigabytes, which is slow and no fault.
 constexpr size_t kMaxPixels = 4'000'000;
 
-class InputStream : public Stream {
+// A file in memory; as with files, a read without a buffer skips and does not mind the end.
+class InputStream : public MemoryStream {
   public:
-    InputStream(const uint8_t* bytes, size_t length) : m_Bytes(bytes), m_Length(length) {}
+    InputStream(const uint8_t* bytes, size_t length) : MemoryStream(const_cast<uint8_t*>(bytes), length) {}
 
     size_t read(void* buffer, size_t count) override {
-        count = std::min(count, m_Length - m_Position);
-        if (buffer != nullptr && count > 0) {
-            memcpy(buffer, m_Bytes + m_Position, count);
-        }
-        m_Position += count;
-        return count;
+        return buffer == nullptr ? static_cast<size_t>(seek(static_cast<int64_t>(count), SEEK_ORIGIN_CURRENT))
+                                 : MemoryStream::read(buffer, count);
     }
-    size_t write(void* /*buffer*/, size_t /*count*/) override { return 0; }
-    int64_t seek(int64_t /*offset*/, SeekOrign /*origin*/) override { return -1; }
-    bool rewind() override {
-        m_Position = 0;
-        return true;
-    }
-    size_t getLength() override { return m_Length; }
-    void flush() override {}
-    void close() override {}
-
-  private:
-    const uint8_t* m_Bytes;
-    size_t m_Length;
-    size_t m_Position = 0;
+    bool rewind() override { return seek(0, SEEK_ORIGIN_BEGIN) <= 0; }
 };
 
 // Whether anything that may be read as a frame header declares more than kMaxPixels.

@@ -5,8 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <mutex>
 #include <set>
+#include <sstream>
+#include <type_traits>
 #include <utility>
 
 #include "platform/log.h"
@@ -26,12 +29,64 @@ Function* next(const char* name) {
     return function;
 }
 
+#define VALUES_AND_NAMES(...) {__VA_ARGS__}, #__VA_ARGS__
+
+std::map<long long, std::string> by_value(const std::vector<long long>& values, const char* names) {
+    std::istringstream stream(names);
+    std::map<long long, std::string> result;
+    for (const long long value : values) {
+        std::getline(stream >> std::ws, result[value], ',');
+    }
+    return result;
+}
+
+// The name of an enumerator, or the number.
+std::string argument_text(long long value) {
+    static const auto kNames = by_value(
+        VALUES_AND_NAMES(GL_TEXTURE_2D, GL_RGBA, GL_UNSIGNED_BYTE, GL_PIXEL_UNPACK_BUFFER, GL_FRAMEBUFFER,
+                         GL_FRAGMENT_SHADER, EGL_EXTENSIONS, EGL_VERSION, EGL_WIDTH, EGL_HEIGHT, EGL_NATIVE_VISUAL_ID));
+    const auto found = kNames.find(value);
+    return found != kNames.end() ? found->second : std::to_string(value);
+}
+
+// A list of EGL attributes up to its end, which no other pointer to constant ints among the recorded calls is.
+std::string argument_text(const EGLint* list) {
+    std::string text = "[";
+    while (list != nullptr && *list != EGL_NONE) {
+        text += std::to_string(*list++) + " ";
+    }
+    return text + "]";
+}
+
+template <typename T>
+std::string convert_argument(T value) {
+    if constexpr (std::is_same_v<T, const EGLint*>) {
+        return argument_text(value);
+    } else if constexpr (std::is_pointer_v<T>) {
+        return value == nullptr ? "null" : "ptr";
+    } else {
+        return argument_text(static_cast<long long>(value));
+    }
+}
+
+template <typename... Arguments>
+std::string call_text(const char* name, Arguments... arguments) {
+    std::string text = std::string(name) + "(";
+    [[maybe_unused]] const char* separator = "";
+    ((text += separator + convert_argument(arguments), separator = ", "), ...);
+    return text + ")";
+}
+
+bool is_log_line(const std::string& entry) {
+    return entry.ends_with('\n');
+}
+
 template <typename Result, typename... Arguments>
 Result forward(const char* name, Result (*driver)(Arguments...), Arguments... arguments) {
     if (gRecorder == nullptr) {
         return driver(arguments...);
     }
-    gRecorder->note(call(name, arguments...), name[0] == 'g');
+    gRecorder->note(call_text(name, arguments...), name[0] == 'g');
     uint64_t answer = 0;
     if (!gRecorder->find_answer(name, &answer)) {
         return driver(arguments...);
@@ -41,19 +96,6 @@ Result forward(const char* name, Result (*driver)(Arguments...), Arguments... ar
     } else if constexpr (!std::is_void_v<Result>) {
         return static_cast<Result>(answer);
     }
-}
-
-// The driver's modules go when a display is closed; the leak checker then no longer knows whose the blocks are that
-// they left behind, and tests/lsan.supp names modules.
-void pin_loaded_modules() {
-#if defined(KORVANE_SANITIZED)
-    dl_iterate_phdr(
-        [](dl_phdr_info* info, size_t, void*) {
-            dlopen(info->dlpi_name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
-            return 0;
-        },
-        nullptr);
-#endif
 }
 
 void born(const char* maker, GLsizei count, const GLuint* names) {
@@ -67,55 +109,6 @@ void died(const char* maker, GLsizei count, const GLuint* names) {
 }
 
 }  // namespace
-
-std::string gl_recorder_detail::number_text(long long value) {
-#define NAMED(enumerator) \
-    { enumerator, #enumerator }
-    static const std::map<long long, const char*> kNames = {
-        NAMED(GL_TEXTURE_2D),
-        NAMED(GL_TEXTURE_3D),
-        NAMED(GL_TEXTURE_EXTERNAL_OES),
-        NAMED(GL_TEXTURE_MIN_FILTER),
-        NAMED(GL_TEXTURE_MAG_FILTER),
-        NAMED(GL_TEXTURE_WRAP_S),
-        NAMED(GL_TEXTURE_WRAP_T),
-        NAMED(GL_TEXTURE_WRAP_R),
-        NAMED(GL_LINEAR),
-        NAMED(GL_CLAMP_TO_EDGE),
-        NAMED(GL_LUMINANCE),
-        NAMED(GL_LUMINANCE_ALPHA),
-        NAMED(GL_RGB),
-        NAMED(GL_RGBA),
-        NAMED(GL_UNSIGNED_BYTE),
-        NAMED(GL_FLOAT),
-        NAMED(GL_PIXEL_UNPACK_BUFFER),
-        NAMED(GL_PIXEL_PACK_BUFFER),
-        NAMED(GL_STREAM_DRAW),
-        NAMED(GL_STREAM_READ),
-        NAMED(GL_UNPACK_ALIGNMENT),
-        NAMED(GL_FRAMEBUFFER),
-        NAMED(GL_DRAW_FRAMEBUFFER),
-        NAMED(GL_READ_FRAMEBUFFER),
-        NAMED(GL_COLOR_BUFFER_BIT),
-        NAMED(GL_COLOR_ATTACHMENT0),
-        NAMED(GL_COLOR_ATTACHMENT1),
-        NAMED(GL_COLOR_ATTACHMENT2),
-        NAMED(GL_COLOR_ATTACHMENT3),
-        NAMED(GL_VERTEX_SHADER),
-        NAMED(GL_FRAGMENT_SHADER),
-        NAMED(GL_COMPUTE_SHADER),
-        NAMED(GL_TEXTURE0),
-        NAMED(GL_TEXTURE3),
-        NAMED(EGL_EXTENSIONS),
-        NAMED(EGL_VERSION),
-        NAMED(EGL_WIDTH),
-        NAMED(EGL_HEIGHT),
-        NAMED(EGL_NATIVE_VISUAL_ID),
-    };
-#undef NAMED
-    const auto found = kNames.find(value);
-    return found != kNames.end() ? found->second : std::to_string(value);
-}
 
 GlRecorder::GlRecorder() {
     gRecorder = this;
@@ -133,31 +126,23 @@ std::vector<std::string> GlRecorder::take() {
 
 std::vector<std::string> GlRecorder::take_calls() {
     std::vector<std::string> entries = take();
-    std::erase_if(entries, [](const std::string& entry) { return entry.ends_with('\n'); });
+    std::erase_if(entries, is_log_line);
     return entries;
 }
 
 std::vector<std::string> GlRecorder::take_log() {
     std::vector<std::string> entries = take();
-    std::erase_if(entries, [](const std::string& entry) { return !entry.ends_with('\n'); });
+    std::erase_if(entries, std::not_fn(is_log_line));
     return entries;
 }
 
-std::string GlRecorder::take_checks() {
-    std::string text;
-    std::string lastCall;
-    for (const std::string& entry : take()) {
+std::string GlRecorder::take_blamed() {
+    std::string names;
+    for (const std::string& line : take_log()) {
         constexpr size_t kPrefixLength = sizeof("after :") - 1;
-        const size_t end = entry.find("() glError");
-        if (end == std::string::npos) {
-            text += (text.empty() ? "" : "\n") + entry;
-            lastCall = entry.substr(0, entry.find('('));
-            continue;
-        }
-        const std::string blamed = entry.substr(kPrefixLength, end - kPrefixLength);
-        text += blamed == lastCall ? "!" : "!" + blamed;
+        names += (names.empty() ? "" : " ") + line.substr(kPrefixLength, line.find("() glError") - kPrefixLength);
     }
-    return text + "\n";
+    return names;
 }
 
 void GlRecorder::heal() {
@@ -205,22 +190,13 @@ bool GlRecorder::find_query_answer(GLenum name, GLint* value) const {
     return true;
 }
 
-bool GlRecorder::next_gl_error(GLenum* code) {
-    if (m_GlErrors.empty()) {
-        return false;
+GLenum GlRecorder::next_error(bool isGl) {
+    std::deque<GLenum>& errors = isGl ? m_GlErrors : m_EglErrors;
+    const GLenum code = errors.empty() ? 0 : errors.front();
+    if (!errors.empty()) {
+        errors.pop_front();
     }
-    *code = m_GlErrors.front();
-    m_GlErrors.erase(m_GlErrors.begin());
-    return true;
-}
-
-bool GlRecorder::next_egl_error(EGLint* code) {
-    if (m_EglErrors.empty()) {
-        return false;
-    }
-    *code = static_cast<EGLint>(m_EglErrors.front());
-    m_EglErrors.erase(m_EglErrors.begin());
-    return true;
+    return code;
 }
 
 void GlRecorder::log_sink(void* user, int priority, const char* tag, const char* text) {
@@ -252,7 +228,6 @@ void GlRecorder::log_sink(void* user, int priority, const char* tag, const char*
 FORWARD_NAMES(Textures)
 FORWARD_NAMES(Buffers)
 FORWARD_NAMES(Framebuffers)
-FORWARD(void, glActiveTexture, (GLenum a), a)
 FORWARD(void, glAttachShader, (GLuint a, GLuint b), a, b)
 FORWARD(void, glBindBuffer, (GLenum a, GLuint b), a, b)
 FORWARD(void, glBindFramebuffer, (GLenum a, GLuint b), a, b)
@@ -262,19 +237,15 @@ FORWARD(void, glBlitFramebuffer,
         f, g, h, i, j)
 FORWARD(void, glBufferData, (GLenum a, GLsizeiptr b, const void* c, GLenum d), a, b, c, d)
 FORWARD(GLenum, glCheckFramebufferStatus, (GLenum a), a)
-FORWARD(void, glCompileShader, (GLuint a), a)
 FORWARD(void, glDrawArrays, (GLenum a, GLint b, GLsizei c), a, b, c)
-FORWARD(void, glEnableVertexAttribArray, (GLuint a), a)
 FORWARD(void, glFramebufferTexture2D, (GLenum a, GLenum b, GLenum c, GLuint d, GLint e), a, b, c, d, e)
 FORWARD(void, glGetProgramBinary, (GLuint a, GLsizei b, GLsizei* c, GLenum* d, void* e), a, b, c, d, e)
 FORWARD(GLint, glGetUniformLocation, (GLuint a, const GLchar* b), a, b)
-FORWARD(void, glLinkProgram, (GLuint a), a)
 FORWARD(void*, glMapBufferRange, (GLenum a, GLintptr b, GLsizeiptr c, GLbitfield d), a, b, c, d)
 FORWARD(void, glPixelStorei, (GLenum a, GLint b), a, b)
 FORWARD(void, glProgramBinary, (GLuint a, GLenum b, const void* c, GLsizei d), a, b, c, d)
 FORWARD(void, glReadBuffer, (GLenum a), a)
 FORWARD(void, glReadPixels, (GLint a, GLint b, GLsizei c, GLsizei d, GLenum e, GLenum f, void* g), a, b, c, d, e, f, g)
-FORWARD(void, glShaderSource, (GLuint a, GLsizei b, const GLchar* const* c, const GLint* d), a, b, c, d)
 FORWARD(void, glTexImage2D,
         (GLenum a, GLint b, GLint c, GLsizei d, GLsizei e, GLint f, GLenum g, GLenum h, const void* i), a, b, c, d, e,
         f, g, h, i)
@@ -282,7 +253,6 @@ FORWARD(void, glTexImage3D,
         (GLenum a, GLint b, GLint c, GLsizei d, GLsizei e, GLsizei f, GLint g, GLenum h, GLenum i, const void* j), a, b,
         c, d, e, f, g, h, i, j)
 FORWARD(void, glTexParameterf, (GLenum a, GLenum b, GLfloat c), a, b, c)
-FORWARD(void, glTexParameteri, (GLenum a, GLenum b, GLint c), a, b, c)
 FORWARD(void, glUniform1i, (GLint a, GLint b), a, b)
 FORWARD(GLboolean, glUnmapBuffer, (GLenum a), a)
 FORWARD(void, glUseProgram, (GLuint a), a)
@@ -299,79 +269,60 @@ FORWARD(EGLBoolean, eglDestroySurface, (EGLDisplay a, EGLSurface b), a, b)
 FORWARD(EGLBoolean, eglGetConfigAttrib, (EGLDisplay a, EGLConfig b, EGLint c, EGLint* d), a, b, c, d)
 FORWARD(EGLBoolean, eglGetConfigs, (EGLDisplay a, EGLConfig* b, EGLint c, EGLint* d), a, b, c, d)
 FORWARD(EGLDisplay, eglGetDisplay, (EGLNativeDisplayType a), a)
+FORWARD(EGLBoolean, eglInitialize, (EGLDisplay a, EGLint* b, EGLint* c), a, b, c)
 FORWARD(EGLBoolean, eglMakeCurrent, (EGLDisplay a, EGLSurface b, EGLSurface c, EGLContext d), a, b, c, d)
 FORWARD(EGLBoolean, eglQuerySurface, (EGLDisplay a, EGLSurface b, EGLint c, EGLint* d), a, b, c, d)
 FORWARD(const char*, eglQueryString, (EGLDisplay a, EGLint b), a, b)
 FORWARD(EGLBoolean, eglSwapBuffers, (EGLDisplay a, EGLSurface b), a, b)
 FORWARD(EGLBoolean, eglTerminate, (EGLDisplay a), a)
 
-extern "C" EGLBoolean eglInitialize(EGLDisplay a, EGLint* b, EGLint* c) {
-    static auto* const driver = next<EGLBoolean(EGLDisplay, EGLint*, EGLint*)>("eglInitialize");
-    const EGLBoolean result = forward("eglInitialize", driver, a, b, c);
-    pin_loaded_modules();
-    return result;
-}
-
 extern "C" void glDrawBuffers(GLsizei a, const GLenum* b) {
     static auto* const driver = next<void(GLsizei, const GLenum*)>("glDrawBuffers");
     if (gRecorder != nullptr) {
         std::string text = "glDrawBuffers(" + std::to_string(a);
-        std::for_each(b, b + a, [&](GLenum buffer) { text += ", " + gl_recorder_detail::number_text(buffer); });
+        std::for_each(b, b + a, [&](GLenum buffer) { text += ", " + argument_text(static_cast<long long>(buffer)); });
         gRecorder->note(text + ")", true);
     }
     driver(a, b);
 }
 
 // Shaders and programs, whose names come one at a time.
-extern "C" GLuint glCreateShader(GLenum a) {
-    static auto* const driver = next<GLuint(GLenum)>("glCreateShader");
-    const GLuint name = forward("glCreateShader", driver, a);
-    born("glCreateShader", name == 0 ? 0 : 1, &name);
-    return name;
-}
+#define FORWARD_NAME(Kind, parameters, ...)                                               \
+    extern "C" GLuint glCreate##Kind parameters {                                         \
+        static auto* const driver = next<GLuint parameters>("glCreate" #Kind);            \
+        const GLuint name = forward("glCreate" #Kind, driver __VA_OPT__(, ) __VA_ARGS__); \
+        born("glCreate" #Kind, name == 0 ? 0 : 1, &name);                                 \
+        return name;                                                                      \
+    }                                                                                     \
+    extern "C" void glDelete##Kind(GLuint a) {                                            \
+        static auto* const driver = next<void(GLuint)>("glDelete" #Kind);                 \
+        died("glCreate" #Kind, 1, &a);                                                    \
+        forward("glDelete" #Kind, driver, a);                                             \
+    }
 
-extern "C" void glDeleteShader(GLuint a) {
-    static auto* const driver = next<void(GLuint)>("glDeleteShader");
-    died("glCreateShader", 1, &a);
-    forward("glDeleteShader", driver, a);
-}
-
-extern "C" GLuint glCreateProgram() {
-    static auto* const driver = next<GLuint()>("glCreateProgram");
-    const GLuint name = forward("glCreateProgram", driver);
-    born("glCreateProgram", name == 0 ? 0 : 1, &name);
-    return name;
-}
-
-extern "C" void glDeleteProgram(GLuint a) {
-    static auto* const driver = next<void(GLuint)>("glDeleteProgram");
-    died("glCreateProgram", 1, &a);
-    forward("glDeleteProgram", driver, a);
-}
+FORWARD_NAME(Shader, (GLenum a), a)
+FORWARD_NAME(Program, ())
 
 // Queries are left out of the record.
-extern "C" void glGetShaderiv(GLuint a, GLenum b, GLint* c) {
-    static auto* const driver = next<void(GLuint, GLenum, GLint*)>("glGetShaderiv");
-    if (gRecorder == nullptr || !gRecorder->find_query_answer(b, c)) {
-        driver(a, b, c);
+#define QUERY(name)                                                            \
+    extern "C" void name(GLuint a, GLenum b, GLint* c) {                       \
+        static auto* const driver = next<void(GLuint, GLenum, GLint*)>(#name); \
+        if (gRecorder == nullptr || !gRecorder->find_query_answer(b, c)) {     \
+            driver(a, b, c);                                                   \
+        }                                                                      \
     }
-}
 
-extern "C" void glGetProgramiv(GLuint a, GLenum b, GLint* c) {
-    static auto* const driver = next<void(GLuint, GLenum, GLint*)>("glGetProgramiv");
-    if (gRecorder == nullptr || !gRecorder->find_query_answer(b, c)) {
-        driver(a, b, c);
-    }
-}
+QUERY(glGetShaderiv)
+QUERY(glGetProgramiv)
 
 extern "C" GLenum glGetError() {
     static auto* const driver = next<GLenum()>("glGetError");
-    GLenum code = GL_NO_ERROR;
-    return gRecorder != nullptr && gRecorder->next_gl_error(&code) ? code : driver();
+    const GLenum code = gRecorder == nullptr ? 0 : gRecorder->next_error(true);
+    return code != 0 ? code : driver();
 }
 
 extern "C" EGLint eglGetError() {
     static auto* const driver = next<EGLint()>("eglGetError");
-    EGLint code = EGL_SUCCESS;
-    return gRecorder != nullptr && gRecorder->next_egl_error(&code) ? code : driver();
+    const GLenum code = gRecorder == nullptr ? 0 : gRecorder->next_error(false);
+    return code != 0 ? static_cast<EGLint>(code) : driver();
 }

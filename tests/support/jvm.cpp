@@ -6,20 +6,15 @@
 namespace {
 
 JavaVM* start_machine() {
-    std::string classPath = "-Djava.class.path=" KORVANE_CLASS_PATH;
-    std::string libraryPath = "-Djava.library.path=" KORVANE_LIBRARY_DIR;
-    std::string check = "-Xcheck:jni";
-    std::string headless = "-Djava.awt.headless=true";
-    std::string heap = "-Xmx512m";
-    JavaVMOption options[] = {{classPath.data(), nullptr},
-                              {libraryPath.data(), nullptr},
-                              {check.data(), nullptr},
-                              {headless.data(), nullptr},
-                              {heap.data(), nullptr}};
+    std::vector<JavaVMOption> options;
+    for (const char* text : {"-Djava.class.path=" KORVANE_CLASS_PATH, "-Djava.library.path=" KORVANE_LIBRARY_DIR,
+                             "-Xcheck:jni", "-Djava.awt.headless=true", "-Xmx512m"}) {
+        options.push_back({const_cast<char*>(text), nullptr});
+    }
     JavaVMInitArgs arguments{};
     arguments.version = JNI_VERSION_1_6;
-    arguments.options = options;
-    arguments.nOptions = static_cast<jint>(std::size(options));
+    arguments.options = options.data();
+    arguments.nOptions = static_cast<jint>(options.size());
     JavaVM* machine = nullptr;
     JNIEnv* env = nullptr;
     if (JNI_CreateJavaVM(&machine, reinterpret_cast<void**>(&env), &arguments) != JNI_OK) {
@@ -59,15 +54,13 @@ void JvmTest::expect_no_exception(const char* what) {
 }
 
 jmethodID JvmTest::method(jobject object, const char* name, const char* signature) {
-    const jclass type = env->GetObjectClass(object);
-    const jmethodID id = env->GetMethodID(type, name, signature);
+    const jmethodID id = env->GetMethodID(env->GetObjectClass(object), name, signature);
     expect_no_exception(name);
     return id;
 }
 
 jfieldID JvmTest::field(jobject object, const char* name, const char* signature) {
-    const jclass type = env->GetObjectClass(object);
-    const jfieldID id = env->GetFieldID(type, name, signature);
+    const jfieldID id = env->GetFieldID(env->GetObjectClass(object), name, signature);
     expect_no_exception(name);
     return id;
 }
@@ -78,29 +71,8 @@ jclass JvmTest::find_class(const char* name) {
     return type;
 }
 
-jint JvmTest::int_field(jobject object, const char* name) {
-    const jfieldID id = field(object, name, "I");
-    return id == nullptr ? 0 : env->GetIntField(object, id);
-}
-
-void JvmTest::set_field(jobject object, const char* name, jint value) {
-    env->SetIntField(object, field(object, name, "I"), value);
-}
-
-void JvmTest::set_field(jobject object, const char* name, jlong value) {
-    env->SetLongField(object, field(object, name, "J"), value);
-}
-
-void JvmTest::set_field(jobject object, const char* name, bool value) {
-    env->SetBooleanField(object, field(object, name, "Z"), value ? JNI_TRUE : JNI_FALSE);
-}
-
-void JvmTest::set_field(jobject object, const char* name, jfloat value) {
-    env->SetFloatField(object, field(object, name, "F"), value);
-}
-
 jstring JvmTest::string(const char* text) {
-    const jstring result = env->NewStringUTF(text);
+    const jstring result = text == nullptr ? nullptr : env->NewStringUTF(text);
     expect_no_exception("NewStringUTF");
     return result;
 }
@@ -108,26 +80,24 @@ jstring JvmTest::string(const char* text) {
 jobject JvmTest::new_bitmap(int width, int height, const std::vector<unsigned char>& pixels) {
     const jobject bitmap =
         call_static_object("android/graphics/Bitmap", "createBitmap", "(II)Landroid/graphics/Bitmap;", width, height);
-    if (bitmap == nullptr) {
-        return nullptr;
+    if (bitmap != nullptr) {
+        copy_pixels(bitmap, "copyPixelsFromBuffer", const_cast<unsigned char*>(pixels.data()), pixels.size());
     }
-    const jobject buffer =
-        env->NewDirectByteBuffer(const_cast<unsigned char*>(pixels.data()), static_cast<jlong>(pixels.size()));
-    expect_no_exception("NewDirectByteBuffer");
-    call_void(bitmap, "copyPixelsFromBuffer", "(Ljava/nio/Buffer;)V", buffer);
-    env->DeleteLocalRef(buffer);
     return bitmap;
 }
 
 std::vector<unsigned char> JvmTest::bitmap_pixels(jobject bitmap) {
-    const auto count = static_cast<size_t>(call_int(bitmap, "getRowBytes", "()I")) *
-                       static_cast<size_t>(call_int(bitmap, "getHeight", "()I"));
-    std::vector<unsigned char> pixels(count);
-    const jobject buffer = env->NewDirectByteBuffer(pixels.data(), static_cast<jlong>(count));
-    expect_no_exception("NewDirectByteBuffer");
-    call_void(bitmap, "copyPixelsToBuffer", "(Ljava/nio/Buffer;)V", buffer);
-    env->DeleteLocalRef(buffer);
+    std::vector<unsigned char> pixels(static_cast<size_t>(call_int(bitmap, "getRowBytes", "()I")) *
+                                      static_cast<size_t>(call_int(bitmap, "getHeight", "()I")));
+    copy_pixels(bitmap, "copyPixelsToBuffer", pixels.data(), pixels.size());
     return pixels;
+}
+
+void JvmTest::copy_pixels(jobject bitmap, const char* method, unsigned char* pixels, size_t bytes) {
+    const jobject buffer = env->NewDirectByteBuffer(pixels, static_cast<jlong>(bytes));
+    expect_no_exception("NewDirectByteBuffer");
+    call_void(bitmap, method, "(Ljava/nio/Buffer;)V", buffer);
+    env->DeleteLocalRef(buffer);
 }
 
 std::string JvmTest::junit_failures(const char* className) {

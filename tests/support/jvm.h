@@ -59,13 +59,18 @@ class JvmTest : public testing::Test {
         return call<jobject>(&JNIEnv::CallObjectMethod, object, name, signature, arguments...);
     }
 
-    jint int_field(jobject object, const char* name);
-    void set_field(jobject object, const char* name, jint value);
-    void set_field(jobject object, const char* name, jlong value);
-    void set_field(jobject object, const char* name, bool value);
-    void set_field(jobject object, const char* name, jfloat value);
+    jint int_field(jobject object, const char* name) { return env->GetIntField(object, field(object, name, "I")); }
+    void set_field(jobject object, const char* name, jint value) {
+        env->SetIntField(object, field(object, name, "I"), value);
+    }
+    void set_field(jobject object, const char* name, jlong value) {
+        env->SetLongField(object, field(object, name, "J"), value);
+    }
+    void set_field(jobject object, const char* name, bool value) {
+        env->SetBooleanField(object, field(object, name, "Z"), value ? JNI_TRUE : JNI_FALSE);
+    }
 
-    jstring string(const char* text);
+    jstring string(const char* text);  // null for null
 
     // A bitmap of `width` x `height` with these RGBA bytes, and the bytes of a bitmap.
     jobject new_bitmap(int width, int height, const std::vector<unsigned char>& pixels);
@@ -88,6 +93,7 @@ class JvmTest : public testing::Test {
     }
 
     jclass find_class(const char* name);
+    void copy_pixels(jobject bitmap, const char* method, unsigned char* pixels, size_t bytes);
     jmethodID method(jobject object, const char* name, const char* signature);
     jfieldID field(jobject object, const char* name, const char* signature);
     void expect_no_exception(const char* what);

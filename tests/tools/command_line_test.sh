@@ -42,7 +42,7 @@ head -c 20 scene.jpg >header.jpg
 head -c "$(($(wc -c <scene.jpg) / 2))" scene.jpg >half.jpg
 printf '\xff\xd8\xff\xd8' >twice.jpg
 mkdir folder folder.jpg
-refuses 'cannot read missing.jpg: No such file' blur missing.jpg -o new.jpg
+refuses 'cannot read a missing.jpg: No such file' blur $'a\nmissing.jpg' -o new.jpg
 refuses 'cannot read folder: it is a directory' blur folder -o new.jpg
 refuses 'cannot read empty.jpg: it is not a JPEG' blur empty.jpg -o new.jpg
 refuses 'cannot read text.jpg: it is not a JPEG' blur text.jpg -o new.jpg

@@ -1,20 +1,22 @@
 #include "tests/applications/filters/reference_filters.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cmath>
 #include <map>
 
 namespace {
 
-using Colour = std::array<double, 4>;
+using Color = std::array<double, 4>;
 
-// Linear filtering with the edges repeated; colours from 0 to 1.
-Colour sample(const ReferenceImage& image, double s, double t) {
+// Linear filtering with the edges repeated; colors from 0 to 1.
+Color sample(const ReferenceImage& image, double s, double t) {
     const double x = s * image.width - 0.5;
     const double y = t * image.height - 0.5;
     const double x0 = std::floor(x);
     const double y0 = std::floor(y);
-    Colour sum = {0, 0, 0, image.depth == 3 ? 1.0 : 0.0};
+    Color sum = {0, 0, 0, image.depth == 3 ? 1.0 : 0.0};
     for (int corner = 0; corner < 4; ++corner) {
         const double cx = x0 + corner % 2;
         const double cy = y0 + corner / 2;
@@ -29,24 +31,24 @@ Colour sample(const ReferenceImage& image, double s, double t) {
     return sum;
 }
 
-using Shader = Colour (*)(const ReferenceImage& input, double s, double t, const ReferenceParameters& p);
+using Shader = Color (*)(const ReferenceImage& input, double s, double t, const ReferenceParameters& p);
 
-Colour table(const ReferenceImage& input, double s, double t, const ReferenceParameters& p) {
-    const Colour colour = sample(input, s, t);
+Color table(const ReferenceImage& input, double s, double t, const ReferenceParameters& p) {
+    const Color color = sample(input, s, t);
     const double scale = 63.0 * 255.0 / 256.0;
-    const double g = colour[1] * scale;
+    const double g = color[1] * scale;
     const double g0 = std::floor(g);
-    const double b = std::clamp(colour[2] * scale + g0 / 5.0, 1.0, 62.0);
-    const Colour low = sample(*p.table, (b + g0 * 64) / 4095.0, colour[0]);
-    const Colour high = sample(*p.table, (b + (g0 + 1) * 64) / 4095.0, colour[0]);
-    Colour out = {0, 0, 0, 1};
+    const double b = std::clamp(color[2] * scale + g0 / 5.0, 1.0, 62.0);
+    const Color low = sample(*p.table, (b + g0 * 64) / 4095.0, color[0]);
+    const Color high = sample(*p.table, (b + (g0 + 1) * 64) / 4095.0, color[0]);
+    Color out = {0, 0, 0, 1};
     for (size_t k = 0; k < 3; ++k) {
-        out[k] = colour[k] * (1 - p.strength) + (low[k] * (1 - (g - g0)) + high[k] * (g - g0)) * p.strength;
+        out[k] = color[k] * (1 - p.strength) + (low[k] * (1 - (g - g0)) + high[k] * (g - g0)) * p.strength;
     }
     return out;
 }
 
-Colour distorted(const ReferenceImage& input, double s, double t, const ReferenceParameters& p) {
+Color distorted(const ReferenceImage& input, double s, double t, const ReferenceParameters& p) {
     const double dx = s - p.centerx;
     const double dy = t - p.centery;
     const double distance = std::hypot(dx, dy);
@@ -59,19 +61,19 @@ Colour distorted(const ReferenceImage& input, double s, double t, const Referenc
                   -dx * std::sin(angle) + dy * std::cos(angle) + p.centery);
 }
 
-Colour extrusion(const ReferenceImage& input, double s, double t, const ReferenceParameters& p) {
+Color extrusion(const ReferenceImage& input, double s, double t, const ReferenceParameters& p) {
     const double dx = s - p.centerx;
     const double dy = t - p.centerx;
     const double factor = std::pow(dx * dx + dy * dy, p.strength) * p.zoom;
     return sample(input, dx * factor + p.centerx, dy * factor + p.centerx);
 }
 
-Colour mirror(const ReferenceImage& input, double s, double t, const ReferenceParameters& p) {
+Color mirror(const ReferenceImage& input, double s, double t, const ReferenceParameters& p) {
     return sample(input, s > p.centerx ? 2 * p.centerx - s : s, t > p.centery ? 2 * p.centery - t : t);
 }
 
-Colour temperature(const ReferenceImage& input, double s, double t, const ReferenceParameters&) {
-    const Colour c = sample(input, s, t);
+Color temperature(const ReferenceImage& input, double s, double t, const ReferenceParameters&) {
+    const Color c = sample(input, s, t);
     const double y = c[0] * 0.299 + c[1] * 0.587 + c[2] * 0.114;
     const auto hill = [y](double top) { return 1 - 16 * (y - top) * (y - top); };
     const double valley = 16 * (y - 0.5) * (y - 0.5);
@@ -81,10 +83,10 @@ Colour temperature(const ReferenceImage& input, double s, double t, const Refere
     if (y > 0.5) {
         return {valley, 1, 0, 1};
     }
-    return y > 0.25 ? Colour{0, 1, valley, 1} : Colour{0, hill(0.25), 1, 1};
+    return y > 0.25 ? Color{0, 1, valley, 1} : Color{0, hill(0.25), 1, 1};
 }
 
-Colour timetunnel(const ReferenceImage& input, double s, double t, const ReferenceParameters& p) {
+Color timetunnel(const ReferenceImage& input, double s, double t, const ReferenceParameters& p) {
     const double dx = s - 0.5;
     const double dy = t - 0.5;
     const double squared = dx * dx + dy * dy;
@@ -92,13 +94,13 @@ Colour timetunnel(const ReferenceImage& input, double s, double t, const Referen
     return sample(input, factor * dx + 0.5, factor * dy + 0.5);
 }
 
-Colour xray(const ReferenceImage& input, double s, double t, const ReferenceParameters&) {
-    const Colour c = sample(input, s, t);
+Color xray(const ReferenceImage& input, double s, double t, const ReferenceParameters&) {
+    const Color c = sample(input, s, t);
     const double grey = 1 - (c[0] + c[1] + c[2]) / 3;
     return {grey, grey, grey, 1};
 }
 
-Colour none(const ReferenceImage& input, double s, double t, const ReferenceParameters&) {
+Color none(const ReferenceImage& input, double s, double t, const ReferenceParameters&) {
     return sample(input, s, t);
 }
 
@@ -135,14 +137,27 @@ ReferenceImage reference_filter(const std::string& name, const ReferenceParamete
     return output;
 }
 
+void expect_close(const ReferenceImage& expected, const std::vector<unsigned char>& pixels, int largest, double mean) {
+    ASSERT_EQ(expected.pixels.size(), pixels.size());
+    int worst = 0;
+    double sum = 0;
+    for (size_t i = 0; i < pixels.size(); ++i) {
+        const int difference = std::abs(pixels[i] - expected.pixels[i]);
+        worst = std::max(worst, difference);
+        sum += difference;
+    }
+    EXPECT_LE(worst, largest);
+    EXPECT_LE(sum / static_cast<double>(pixels.size()), mean);
+}
+
 ReferenceImage smooth_picture(int width, int height) {
     ReferenceImage image{width, height, 4, {}};
     for (int row = 0; row < height; ++row) {
         for (int column = 0; column < width; ++column) {
             const double x = (column + 0.5) / width;
             const double y = (row + 0.5) / height;
-            const double channels[4] = {0.1 + 0.8 * x * (0.6 + 0.4 * y), 0.5 + 0.4 * std::sin(3 * y + x),
-                                        0.9 - 0.7 * x * x - 0.1 * y, 0.6 + 0.3 * y};
+            const double channels[4] = {0.05 + 0.9 * x * (0.8 + 0.2 * y), 0.5 - 0.45 * std::cos(3 * x + y),
+                                        0.9 - 0.7 * y * y - 0.1 * x, 0.6 + 0.3 * y};
             for (const double value : channels) {
                 image.pixels.push_back(static_cast<unsigned char>(std::lround(value * 255)));
             }

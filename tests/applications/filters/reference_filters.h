@@ -32,8 +32,13 @@ inline constexpr ReferenceCorners kUprightCorners = {0, 0, 1, 0, 0, 1, 1, 1};
 ReferenceImage reference_filter(const std::string& name, const ReferenceParameters& parameters,
                                 const ReferenceImage& input, int width, int height, const ReferenceCorners& corners);
 
-// An asymmetric picture, smooth enough that a small difference in a coordinate stays a small one in colour, with its
-// four corners told apart by colour and alpha that is not flat.
+// No byte is more than `largest` steps away, and the mean is at most `mean` away: one rounding apart in most places is
+// the worst there may be.
+void expect_close(const ReferenceImage& expected, const std::vector<unsigned char>& pixels, int largest,
+                  double mean = 0.8);
+
+// An asymmetric picture, smooth enough that a small difference in a coordinate stays a small one in color, with its
+// four corners told apart by color and alpha that is not flat. Its brightness runs through all four quarters.
 ReferenceImage smooth_picture(int width, int height);
 
 #endif  // KORVANE_TESTS_APPLICATIONS_FILTERS_REFERENCE_FILTERS_H_

@@ -33,13 +33,24 @@ constexpr const char* kCopyShader =
 
 class GpuTest : public testing::Test {
   protected:
-    void SetUp() override;
-    void TearDown() override;
+    void SetUp() override {
+        ASSERT_TRUE(m_Engine->setup()) << "no EGL context: is there a display?";
+        m_Engine->startup();
+        ASSERT_NE(eglGetCurrentContext(), EGL_NO_CONTEXT);
+    }
+    void TearDown() override {
+        m_Engine->close();
+        m_Engine->destroy();
+    }
 
     GPUContext* context() { return m_Engine->getGPUContext(); }
 
     // A program, or one with handle 0 and the reason in the log. The script has no cache file.
-    auto_ptr<GPUProgram> make_program(const char* vertex, const char* fragment);
+    auto_ptr<GPUProgram> make_program(const char* vertex, const char* fragment) {
+        auto_ptr<GPUScript> script(new GPUScript(context(), nullptr));
+        EXPECT_TRUE(script->addSource("VertexShader", vertex) && script->addSource("FragmentShader", fragment));
+        return auto_ptr<GPUProgram>(new GPUProgram(context(), script.get()));
+    }
 
     // What the program makes of the image in a target of the same size; default vertices, so turned upside down.
     template <typename Image>
@@ -53,12 +64,23 @@ class GpuTest : public testing::Test {
         return download(target);
     }
 
-    static Bytes download(GPUImage2D& image);
+    static Bytes download(GPUImage2D& image) {
+        Bytes pixels(static_cast<size_t>(image.getWidth()) * static_cast<size_t>(image.getHeight()) * 4);
+        EXPECT_EQ(image.download(pixels.data(), static_cast<int>(pixels.size())), 1);
+        return pixels;
+    }
 
     // RGBA rows in reverse order.
-    static Bytes upside_down(const Bytes& pixels, int width);
+    static Bytes upside_down(const Bytes& pixels, int width) {
+        const auto rowBytes = static_cast<std::ptrdiff_t>(width) * 4;
+        Bytes turned;
+        for (auto end = pixels.end(); end != pixels.begin(); end -= rowBytes) {
+            turned.insert(turned.end(), end - rowBytes, end);
+        }
+        return turned;
+    }
 
-    auto_ptr<GPUEngine> m_Engine;
+    auto_ptr<GPUEngine> m_Engine = new GPUEngine(nullptr, 0, 0);
 };
 
 #endif  // KORVANE_TESTS_FRAMEWORKS_GPU_GPU_FIXTURE_H_

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <thread>
 #include <vector>
@@ -81,6 +82,23 @@ TEST(ThreadPool, ServesManySubmittersAndDropsTasksThatNobodyElseHolds) {
     EXPECT_EQ(deleted, kSubmitters * kTasksEach);
     held.clear();
     wait_until([&] { return deleted == kSubmitters * kTasksEach + 1; });
+
+    // What is still queued when a pool is shut down runs first.
+    runs = 0;
+    deleted = 0;
+    ThreadPool late(2);
+    for (int n = 0; n < kTasksEach; ++n) {
+        late.submit(new Task(
+            [&] {
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
+                ++runs;
+            },
+            &deleted));
+    }
+    late.start();
+    late.shutdown();
+    wait_until([&] { return deleted == kTasksEach; });
+    EXPECT_EQ(runs, kTasksEach);
 }
 
 TEST(ThreadPool, GoesAtOnceWhileWorkersWaitOrHaveNotBegun) {
