@@ -84,35 +84,38 @@ void MergedMean(const int* sums, uint8_t* frame, size_t count, int frames) {
     merged_mean_scalar(sums + done, frame + done, count - done, frames);
 }
 
-// The sum of the bytes of `bytes` bytes of which whole pairs of vectors are made; `selected` takes those that count.
-template <class Selected>
-HWY_INLINE uint32_t SumOfBytes(const uint8_t* from, size_t countBytes, const Selected& selected, size_t& doneBytes) {
+// The sum of as many of the bytes as fill whole pairs of vectors, or of every second one of them.
+template <bool kEveryOther>
+HWY_INLINE uint32_t SumOfBytes(const uint8_t* from, size_t countBytes, size_t& doneBytes) {
     const hn::ScalableTag<uint8_t> d;
     const hn::Repartition<uint64_t, decltype(d)> d64;
     const size_t lanes = hn::Lanes(d);
+    const auto evenBytes = hn::BitCast(d, hn::Set(hn::Repartition<uint16_t, decltype(d)>(), 0x00FF));
     auto sum0 = hn::Zero(d64);
     auto sum1 = hn::Zero(d64);
     doneBytes = ForWholeSteps(0, countBytes, 2 * lanes, [&](size_t i) KORVANE_INLINE {
-        sum0 = hn::Add(sum0, hn::SumsOf8(selected(hn::LoadU(d, from + i))));
-        sum1 = hn::Add(sum1, hn::SumsOf8(selected(hn::LoadU(d, from + i + lanes))));
+        auto bytes0 = hn::LoadU(d, from + i);
+        auto bytes1 = hn::LoadU(d, from + i + lanes);
+        if constexpr (kEveryOther) {
+            bytes0 = hn::And(bytes0, evenBytes);
+            bytes1 = hn::And(bytes1, evenBytes);
+        }
+        sum0 = hn::Add(sum0, hn::SumsOf8(bytes0));
+        sum1 = hn::Add(sum1, hn::SumsOf8(bytes1));
     });
     return static_cast<uint32_t>(hn::GetLane(hn::SumOfLanes(d64, hn::Add(sum0, sum1))));
 }
 
 uint32_t LumaSum(const uint8_t* plane, size_t pixels) {
     size_t done = 0;
-    const uint32_t sum = SumOfBytes(
-        plane, pixels, [](auto bytes) KORVANE_INLINE { return bytes; }, done);
+    const uint32_t sum = SumOfBytes<false>(plane, pixels, done);
     return sum + luma_sum_scalar(plane + done, pixels - done);
 }
 
 uint32_t LumaSumYuyv(const uint8_t* yuyv, size_t pixels) {
-    const hn::ScalableTag<uint8_t> d;
-    const auto lumaMask = hn::BitCast(d, hn::Set(hn::Repartition<uint16_t, decltype(d)>(), 0x00FF));
-    const auto luma = [&](auto bytes) KORVANE_INLINE { return hn::And(bytes, lumaMask); };
-    size_t done = 0;
-    const uint32_t sum = SumOfBytes(yuyv, 2 * pixels, luma, done);
-    return sum + luma_sum_yuyv_scalar(yuyv + done, pixels - done / 2);
+    size_t doneBytes = 0;
+    const uint32_t sum = SumOfBytes<true>(yuyv, 2 * pixels, doneBytes);
+    return sum + luma_sum_yuyv_scalar(yuyv + doneBytes, pixels - doneBytes / 2);
 }
 
 #else
