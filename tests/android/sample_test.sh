@@ -3,25 +3,15 @@
 # What can be checked of the sample app and of the guide's code without Android: its resources and manifest with
 # Android's own tool, its code against our jar and stand-ins of the rest. The README's Java code is run.
 # usage: sample_test.sh SOURCE_DIR BUILD_DIR JDK_HOME
-set -euo pipefail
-source=$1
-build=$2
-jdk=$3
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export JAVA_HOME=$jdk
+# shellcheck source=tests/android/set_up.sh
+. "$(dirname "${BASH_SOURCE[0]}")/set_up.sh"
 product=$build/java/korvane.jar:$build/java/korvane_standins.jar
 app=$source/samples/android/app/src/main
-
-fail() {
-    echo "failed: $*" >&2
-    exit 1
-}
 
 compile_java() {
     local classes=$1
     shift
-    "$jdk/bin/javac" --release 8 -Xlint:-options -cp "$product:$work/standins" -d "$classes" "$@"
+    javac --release 8 -Xlint:-options -cp "$product:$work/standins" -d "$classes" "$@"
 }
 
 compile_kotlin() {
@@ -82,6 +72,6 @@ extract "$source/README.md" java "$work/readme" "// "
     echo 'System.out.println(Integer.toHexString(background.getPixel(60, 40))); } }'
 } >"$work/Readme.java"
 compile_java "$work/classes" "$work/Readme.java"
-seen=$("$jdk/bin/java" -Xcheck:jni -Djava.library.path="$build" -cp "$product:$work/classes" Readme)
+seen=$(java -Xcheck:jni -Djava.library.path="$build" -cp "$product:$work/classes" Readme)
 # Transparent black, dimmed by 113 of 256 towards 0x102040.
 [ "$seen" = 70e1c ] || fail "the README's code gives $seen"

@@ -199,8 +199,14 @@ public class FilterTest {
 
     @Test
     public void forgottenFiltersAreFreedOnAnotherThread() throws Exception {
-        String log = Log.of(() -> Filter.open("ImageFilterTable").apply(fields(4, 4)), 1, "was not closed");
+        String log = Log.of(() -> {
+            Filter.open("ImageFilterTable").apply(fields(4, 4));
+            CameraPicture.openSurface(4, 4);
+            new FilterRenderer("ImageFilterNone", texture -> {}).onSurfaceCreated(null, null);
+            CameraPicture.closeSurface();
+        }, 2, "was not closed");
         assertTrue(log, log.contains("a Filter (ImageFilterTable) was not closed"));
+        assertTrue(log, log.contains("a FilterRenderer (ImageFilterNone) was not closed"));
     }
 
     @Test
