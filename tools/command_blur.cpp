@@ -44,7 +44,7 @@ void blur_channels(unsigned char* pixels, int width, int height, int radius) {
 }
 
 void blur_fast(unsigned char* pixels, int width, int height, int radius) {
-    fast_blur(reinterpret_cast<const unsigned int*>(pixels), pixels, width, height, radius);
+    fast_blur(reinterpret_cast<unsigned int*>(pixels), pixels, width, height, radius);
 }
 
 void blur_recursively(unsigned char* pixels, int width, int height, int radius) {

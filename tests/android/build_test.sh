@@ -3,20 +3,10 @@
 # The build script with an NDK that is only a folder: what it refuses, what it asks of CMake, and that it packages what
 # comes out. The compilers are not run; a "cmake" of the test's own puts the desktop's library in their place.
 # usage: build_test.sh SOURCE_DIR BUILD_DIR JDK_HOME
-set -euo pipefail
-source=$1
-build=$2
-jdk=$3
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export PATH=$jdk/bin:$PATH
+# shellcheck source=tests/android/set_up.sh
+. "$(dirname "${BASH_SOURCE[0]}")/set_up.sh"
 script=$source/packaging/android/build.sh
 ndk=$work/ndk
-
-fail() {
-    echo "failed: $*" >&2
-    exit 1
-}
 
 refused() {
     local message=$1

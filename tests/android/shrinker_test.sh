@@ -2,17 +2,13 @@
 # SPDX-License-Identifier: Apache-2.0
 # Shrinks an app with our keep rules and without them, runs both, and sees the difference.
 # usage: shrinker_test.sh SOURCE_DIR BUILD_DIR JDK_HOME
-set -euo pipefail
-source=$1
-build=$2
-jdk=$3
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+# shellcheck source=tests/android/set_up.sh
+. "$(dirname "${BASH_SOURCE[0]}")/set_up.sh"
 
 jar=$build/java/korvane.jar
 standins=$build/java/korvane_standins.jar
-"$jdk/bin/javac" --release 8 -Xlint:-options -cp "$jar" -d "$work/app" "$source/tests/android/ShrunkApp.java"
-"$jdk/bin/jar" --create --file "$work/app.jar" -C "$work/app" .
+javac --release 8 -Xlint:-options -cp "$jar" -d "$work/app" "$source/tests/android/ShrunkApp.java"
+jar --create --file "$work/app.jar" -C "$work/app" .
 
 # Java's own classes as of version 8: newer ones are not for this ProGuard to read.
 python3 - "$jdk/lib/ct.sym" "$work/java8.jar" <<'PYTHON'
@@ -38,7 +34,7 @@ shrink() {
         cat "$work/$1.log"
         exit 1
     }
-    "$jdk/bin/java" -Djava.library.path="$build" -cp "$work/$1.jar:$standins" ShrunkApp
+    java -Djava.library.path="$build" -cp "$work/$1.jar:$standins" ShrunkApp
 }
 
 expected='advice: 22.0 -2

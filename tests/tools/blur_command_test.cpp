@@ -5,12 +5,11 @@
 #include <functional>
 #include <string>
 
-#include "algorithms/alpha_blend_scalar.h"
-#include "algorithms/fast_blur_scalar.h"
-#include "algorithms/flush_denormals.h"
-#include "algorithms/gauss_blur_iir_scalar.h"
-#include "algorithms/gauss_blur_scalar.h"
-#include "algorithms/stack_blur_scalar.h"
+#include "algorithms/alpha_blend.h"
+#include "algorithms/fast_blur.h"
+#include "algorithms/gauss_blur.h"
+#include "algorithms/gauss_blur_iir.h"
+#include "algorithms/stack_blur.h"
 #include "tools/command.h"
 #include "tools/photo/photo_io.h"
 #include "tools/scene.h"
@@ -53,18 +52,17 @@ TEST(BlurCommand, BlursThenDims) {
         const char* name;
         std::function<void(unsigned char* pixels, int width, int height, int radius)> blur;
     } methods[] = {
-        {"stack", stack_blur_scalar},
-        {"box", [](auto... image) { blur_channels(box_blur_scalar, image...); }},
-        {"gauss", [](auto... image) { blur_channels(gauss_blur_scalar, image...); }},
+        {"stack", stack_blur},
+        {"box", [](auto... image) { blur_channels(box_blur, image...); }},
+        {"gauss", [](auto... image) { blur_channels(gauss_blur, image...); }},
         {"fast",
          [](unsigned char* pixels, int width, int height, int radius) {
-             fast_blur_scalar(reinterpret_cast<unsigned int*>(pixels), pixels, width, height, radius);
+             fast_blur(reinterpret_cast<unsigned int*>(pixels), pixels, width, height, radius);
          }},
         {"iir",
          [](unsigned char* pixels, int width, int height, int radius) {
-             const korvane::FlushDenormals mode;
              const auto distance = static_cast<float>(radius);
-             gaussiir_scalar(pixels, width, height, 4, width * 4, distance, distance);
+             gaussiir(pixels, width, height, 4, width * 4, distance, distance);
          }},
     };
     const std::string input = temporary("in"), output = temporary("out"), byHand = temporary("hand");
@@ -76,7 +74,7 @@ TEST(BlurCommand, BlursThenDims) {
                   0);
         Photo photo = read_photo(input, IMAGE_FORMAT_TYPE_RGBA);
         method.blur(photo.pixels(), 151, 83, 9);
-        alpha_blend_scalar(photo.pixels(), 151 * 83, 0xF0, 0x80, 0x20, 100);
+        alpha_blend(photo.pixels(), 151 * 83, 0xF0, 0x80, 0x20, 100);
         write_photo(byHand, photo);
         auto_ptr<Image> expected = read_photo(byHand).image;
         auto_ptr<Image> actual = read_photo(output).image;

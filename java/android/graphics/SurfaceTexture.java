@@ -8,6 +8,11 @@ import java.util.Arrays;
  * name, and says by what matrix it is to be read.
  */
 public class SurfaceTexture {
+    /** Is told of every frame. */
+    public interface OnFrameAvailableListener {
+        void onFrameAvailable(SurfaceTexture texture);
+    }
+
     private final int mTexture;
     private final float[] mMatrix = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     private int mBufferWidth;
@@ -17,6 +22,9 @@ public class SurfaceTexture {
     public SurfaceTexture(int textureName) {
         mTexture = textureName;
     }
+
+    /** Without effect: there are no frames. */
+    public void setOnFrameAvailableListener(OnFrameAvailableListener listener) {}
 
     public void setDefaultBufferSize(int width, int height) {
         mBufferWidth = width;

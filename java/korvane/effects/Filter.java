@@ -15,8 +15,9 @@ import java.util.List;
  *
  * <p>A filter belongs to the thread that opened it. It has an OpenGL ES context of its own, off screen, and leaves the
  * context that is current on the thread as it was: several filters on one thread, or one on the thread of a
- * GLSurfaceView, do not disturb each other. Opening takes some ten milliseconds, so keep a filter while it is in use.
- * It takes about 8 bytes of GPU memory for each pixel of the largest bitmap, and 4 bytes of main memory while it works.
+ * GLSurfaceView, do not disturb each other. Opening makes that context and compiles a shader, so keep a filter while it
+ * is in use.
+ * For each pixel of the largest bitmap it takes 8 bytes of GPU memory, and 8 bytes more while it works.
  *
  * <p>{@link FilterRenderer} draws camera frames to the screen.
  */

@@ -6,8 +6,8 @@ import android.graphics.Bitmap;
 /**
  * The colors that stand for a picture best: for animated images of few colors, or to tint a screen.
  *
- * <p>May run on any thread. It takes 11 bytes of memory for each pixel while it runs: scale a photo down first where
- * only its main colors are wanted.
+ * <p>May run on any thread. It takes 9 bytes of memory for each pixel while it runs: scale a photo down first where only
+ * its main colors are wanted.
  */
 public final class Palette {
     /** The most colors that can be asked for. */

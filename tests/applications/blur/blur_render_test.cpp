@@ -1,7 +1,7 @@
 #include <vector>
 
-#include "algorithms/alpha_blend_scalar.h"
-#include "algorithms/stack_blur_scalar.h"
+#include "algorithms/alpha_blend.h"
+#include "algorithms/stack_blur.h"
 #include "tests/support/jvm.h"
 #include "tests/support/random_bytes.h"
 
@@ -35,8 +35,8 @@ TEST_F(BlurRenderTest, BlursAndThenDims) {
     for (const int radius : {-1, 0, 1, 2, 7, 25, 100, 254, 300}) {
         for (const int alpha : {0, 1, 128, 256}) {
             std::vector<unsigned char> expected = m_Before;
-            stack_blur_scalar(expected.data(), kWidth, kHeight, radius);
-            alpha_blend_neon_scalar(expected.data(), kWidth * kHeight, 0x10, 0x20, 0x30, alpha);
+            stack_blur(expected.data(), kWidth, kHeight, radius);
+            alpha_blend_neon(expected.data(), kWidth * kHeight, 0x10, 0x20, 0x30, alpha);
             EXPECT_EQ(processed(kWidth, kHeight, radius, static_cast<int>(0xFF102030), alpha), expected)
                 << "radius " << radius << " alpha " << alpha;
         }

@@ -199,8 +199,14 @@ public class FilterTest {
 
     @Test
     public void forgottenFiltersAreFreedOnAnotherThread() throws Exception {
-        String log = Log.of(() -> Filter.open("ImageFilterTable").apply(fields(4, 4)), 1, "was not closed");
+        String log = Log.of(() -> {
+            Filter.open("ImageFilterTable").apply(fields(4, 4));
+            CameraPicture.openSurface(4, 4);
+            new FilterRenderer("ImageFilterNone", texture -> {}).onSurfaceCreated(null, null);
+            CameraPicture.closeSurface();
+        }, 2, "was not closed");
         assertTrue(log, log.contains("a Filter (ImageFilterTable) was not closed"));
+        assertTrue(log, log.contains("a FilterRenderer (ImageFilterNone) was not closed"));
     }
 
     @Test
@@ -210,10 +216,10 @@ public class FilterTest {
                 filter.apply(fields(16, 16));
             }
         };
-        long before = Log.residentAfter(work, 8);
-        long after = Log.residentAfter(work, 16);
-        // A table that is kept would make 400,000 KiB.
-        assertTrue(before + " KiB grew to " + after, after - before < 100_000);
+        long before = Log.allocatedAfter(work, 8);
+        long after = Log.allocatedAfter(work, 16);
+        // A table that is kept would make 6 MB a filter.
+        assertTrue(before + " bytes grew to " + after, after - before < 10_000_000);
     }
 
     // A camera's frame whose texture has its rows from the top, as the matrix says.
