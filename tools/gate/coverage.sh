@@ -22,7 +22,8 @@ objects=("$build/libkorvane.so")
 for program in "${programs[@]}"; do
     objects+=(-object "$program")
 done
-ours=(-ignore-filename-regex='/(tests|benchmarks|build)/|^/usr/')
+# Paths of sources come from the build folder, those of headers from the root.
+ours=(-ignore-filename-regex="(/\.\.|^$PWD)/(tests|benchmarks)/|^/usr/")
 llvm-cov-14 show -format=html -output-dir="$out/html" -instr-profile="$out/all.profdata" "${ours[@]}" "${objects[@]}"
 llvm-cov-14 export -summary-only -instr-profile="$out/all.profdata" "${ours[@]}" "${objects[@]}" >"$out/summary.json"
 python3 - "$out/summary.json" <<'PYTHON'
