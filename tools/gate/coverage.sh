@@ -38,6 +38,8 @@ for file in json.load(open(sys.argv[1]))["data"][0]["files"]:
 print(f"{'folder':<34}{'reached':>8}{'lines':>8}{'share':>9}")
 for name in sorted(folders, key=lambda name: (name == "all", name)):
     reached, lines = folders[name]
+    if lines == 0:
+        continue
     print(f"{name:<34}{reached:>8}{lines:>8}{100 * reached / lines:>8.1f}%")
 PYTHON
 echo "$out/html/index.html"
