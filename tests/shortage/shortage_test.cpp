@@ -92,8 +92,8 @@ Answer box_answer(Shortage& shortage) {
 // For a new matrix that `call` makes of an invertible one.
 template <typename Call>
 Answer matrix_answer(Shortage& shortage, const Call& call) {
-    const float numbers[] = {2, 0, 0, 1, 0, 3, 0, 1, 0, 0, 4, 1, 1, 1, 1, 9};
-    const Matrix matrix(4, numbers);
+    float numbers[] = {2, 0, 0, 1, 0, 3, 0, 1, 0, 0, 4, 1, 1, 1, 1, 9};
+    Matrix matrix(4, numbers);
     const auto_ptr<Matrix> expected(call(matrix));
     const auto_ptr<Matrix> result(shortage.during([&] { return call(matrix); }));
     const auto same = [&] {
@@ -202,16 +202,16 @@ const ShortageCase kToolkit[] = {
          return answer(isDone, !isDone);
      }},
     {"Matrix::create",
-     [](Shortage& s) { return matrix_answer(s, [](const Matrix&) { return Matrix::create(3, 4); }); }},
+     [](Shortage& s) { return matrix_answer(s, [](Matrix&) { return Matrix::create(3, 4); }); }},
     {"Matrix::multiply",
-     [](Shortage& s) { return matrix_answer(s, [](const Matrix& m) { return Matrix::multiply(&m, &m); }); }},
+     [](Shortage& s) { return matrix_answer(s, [](Matrix& m) { return Matrix::multiply(&m, &m); }); }},
     {"Matrix::transponse",
-     [](Shortage& s) { return matrix_answer(s, [](const Matrix& m) { return m.transponse(); }); }},
-    {"Matrix::adj", [](Shortage& s) { return matrix_answer(s, [](const Matrix& m) { return m.adj(); }); }},
-    {"Matrix::inverse", [](Shortage& s) { return matrix_answer(s, [](const Matrix& m) { return m.inverse(); }); }},
+     [](Shortage& s) { return matrix_answer(s, [](Matrix& m) { return m.transponse(); }); }},
+    {"Matrix::adj", [](Shortage& s) { return matrix_answer(s, [](Matrix& m) { return m.adj(); }); }},
+    {"Matrix::inverse", [](Shortage& s) { return matrix_answer(s, [](Matrix& m) { return m.inverse(); }); }},
     {"Matrix::det and cofator",
      [](Shortage& s) {
-         const float numbers[] = {2, 1, 1, 1, 3, 1, 1, 1, 4};
+         float numbers[] = {2, 1, 1, 1, 3, 1, 1, 1, 4};
          const Matrix matrix(3, numbers);
          const float det = s.during([&] { return matrix.det(); });
          const float cofactor = s.during([&] { return matrix.cofator(0, 0); });
