@@ -98,7 +98,8 @@ TEST(PhotoMetadata, OnlyTheOrientationTheSizeAndTheThumbnailChange) {
 // The address sanitizer watches.
 TEST(PhotoMetadata, HostileBlocksAreHarmless) {
     std::mt19937 random(5);
-    const std::string resources("8BIM\4\4\0\0\0\0\0\3abc\0008BIM\4\x0C\1ab\0\0\0\0\2xy", 37);
+    using namespace std::string_literals;
+    const std::string resources = "8BIM\4\4\0\0\0\0\0\3abc\0"s + "8BIM\4\x0C\2ab\0\0\0\0\2xy"s;
     for (int round = 0; round < 20'000; ++round) {
         Bytes exif = ExifBuilder(round % 2 == 0).block;
         Bytes photoshop(resources.begin(), resources.end());
