@@ -3,6 +3,7 @@
 #include <png.h>
 
 #include <algorithm>
+#include <cmath>
 #include <csetjmp>
 #include <cstring>
 #include <new>
@@ -255,8 +256,8 @@ class PngWriter {
             const double perMetre = density.unit == DensityUnit::kInch         ? 1 / 0.0254
                                     : density.unit == DensityUnit::kCentimetre ? 100
                                                                                : 1;
-            png_set_pHYs(m_Png, m_Info, static_cast<png_uint_32>(density.x * perMetre + 0.5),
-                         static_cast<png_uint_32>(density.y * perMetre + 0.5), PNG_RESOLUTION_METER);
+            png_set_pHYs(m_Png, m_Info, static_cast<png_uint_32>(std::lround(density.x * perMetre)),
+                         static_cast<png_uint_32>(std::lround(density.y * perMetre)), PNG_RESOLUTION_METER);
         }
     }
 
