@@ -31,9 +31,10 @@ def run(*command, **options):
 class Build:
     """The programs of one compiler, and the plugin that counts in them."""
 
-    def __init__(self, compiler, with_peers):
+    def __init__(self, compiler, target="arm_cost"):
+        with_peers = target == "arm_cost_peers"
         self.folder = ROOT / "build" / ("arm-" + compiler)
-        self.program = self.folder / ("arm_cost_peers" if with_peers else "arm_cost")
+        self.program = self.folder / target
         toolchain, executable = COMPILERS[compiler]
         self.plugin = self.folder / "instruction_counter.so"
         if with_peers:
@@ -41,7 +42,7 @@ class Build:
         run("cmake", "-S", "benchmarks/arm", "-B", self.folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
             "-DCMAKE_TOOLCHAIN_FILE=" + str(ROOT / toolchain),
             "-DKORVANE_ARM_PEERS=" + (str(PEERS) if with_peers else ""), stdout=subprocess.DEVNULL)
-        run("cmake", "--build", self.folder, "--target", self.program.name)
+        run("cmake", "--build", self.folder, "--target", target)
         run("clang++", "-std=c++20", "-O2", "-shared", "-fPIC", "-I.", "benchmarks/arm/plugin/instruction_counter.cpp",
             "-o", self.plugin)
         self.compiler = run(executable, "--version", capture_output=True, text=True).stdout.splitlines()[0]
@@ -53,7 +54,7 @@ class Build:
         # Helper threads would be counted too, and differently in each run.
         guest = {"OMP_NUM_THREADS": "1",
                  "LD_LIBRARY_PATH": ":".join(map(str, [libraries, libraries / "blas", libraries / "lapack"]))}
-        command = ["qemu-aarch64", "-L", "/usr/aarch64-linux-gnu"]
+        command = ["qemu-aarch64"]
         for name, value in guest.items():
             command += ["-E", f"{name}={value}"]
         command += ["-plugin", f"{self.plugin},out={out},profile={'on' if profile else 'off'}", self.program, *who,
@@ -98,7 +99,7 @@ class CostFile:
     def write(self):
         lines = []
         for key, value in self.content.items():
-            if isinstance(value, list):
+            if isinstance(value, list):  # one line a row
                 rows = ",\n".join("    " + json.dumps(row) for row in value)
                 lines.append(f'  {json.dumps(key)}: [\n{rows}\n  ]')
             else:
@@ -202,7 +203,7 @@ def main():
     if options.only and options.check:
         sys.exit("arm-cost: --check looks at all kernels")
     costs = CostFile()
-    build = Build(options.compiler, options.peers)
+    build = Build(options.compiler, "arm_cost_peers" if options.peers else "arm_cost")
     who = ["ours"] if options.check else ["ours", "twin"] + (["peer"] if options.peers else [])
     figures = build.count(who, options.only)
     if options.check:

@@ -15,10 +15,9 @@ refuses 'subcommand is required' --bogus
 
 accepts scene scene.jpg --size 320x180
 accepts scene narrow.jpg --size 7x41
-refuses "'320' is not a size" scene new.jpg --size 320
-refuses "'0x9' is not a size" scene new.jpg --size 0x9
-refuses "'9x9x9' is not a size" scene new.jpg --size 9x9x9
-refuses "'-9x9' is not a size" scene new.jpg --size=-9x9
+for size in 320 0x9 9x9x9 -9x9; do
+    refuses "'$size' is not a size" scene new.jpg "--size=$size"
+done
 refuses 'does not fit in memory' scene new.jpg --size 65500x65500
 
 blur=(blur scene.jpg -o new.jpg)
@@ -44,10 +43,12 @@ printf '\xff\xd8\xff\xd8' >twice.jpg
 mkdir folder folder.jpg
 refuses 'cannot read a missing.jpg: No such file' blur $'a\nmissing.jpg' -o new.jpg
 refuses 'cannot read folder: it is a directory' blur folder -o new.jpg
-refuses 'cannot read empty.jpg: it is not a JPEG' blur empty.jpg -o new.jpg
-refuses 'cannot read text.jpg: it is not a JPEG' blur text.jpg -o new.jpg
-refuses 'cannot read header.jpg: .*cut short' blur header.jpg -o new.jpg
-refuses 'cannot read half.jpg: .*cut short' blur half.jpg -o new.jpg
+for file in empty text; do
+    refuses "cannot read $file.jpg: it is not a JPEG" blur $file.jpg -o new.jpg
+done
+for file in header half; do
+    refuses "cannot read $file.jpg: .*cut short" blur $file.jpg -o new.jpg
+done
 refuses 'cannot read twice.jpg: damaged or unsupported JPEG: ' blur twice.jpg -o new.jpg
 
 # Targets that cannot be written, and what stands in a target's place stays.
@@ -77,12 +78,7 @@ accepts blur copy.jpg -o copy.jpg --radius 0
 for method in stack box gauss fast iir; do
     accepts blur copy.jpg -o copy.jpg --radius 0 --method $method
 done
-ln -s target.jpg link.jpg
-accepts blur narrow.jpg -o link.jpg
-holds test -L link.jpg
-accepts blur narrow.jpg -o reference.jpg
-holds cmp -s target.jpg reference.jpg
-accepts blur -o './-.jpg' ./link.jpg --alpha 0
+accepts blur -o './-.jpg' ./scene.jpg --alpha 0
 holds test -z "$(find . -name '*.tmp')"
 
 finish

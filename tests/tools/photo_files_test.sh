@@ -147,8 +147,8 @@ accepts blur - -o - --format png --radius 0 <plain.jpg
 mv out.log piped.png
 same_pixels piped.png plain.jpg
 mkfifo in.fifo out.fifo
-cat plain.jpg >in.fifo &
-cat out.fifo >from_fifo.jpg &
+timeout 60 sh -c 'cat plain.jpg >in.fifo' &
+timeout 60 cat out.fifo >from_fifo.jpg &
 accepts blur in.fifo -o out.fifo
 wait
 holds cmp -s from_fifo.jpg direct.jpg

@@ -2,10 +2,12 @@
 #include "tools/photo/metadata.h"
 
 #include <gtest/gtest.h>
+#include <lcms2.h>
 
 #include <random>
 #include <string>
 
+#include "tools/photo/cmyk.h"
 #include "tools/photo/formats.h"
 
 namespace {
@@ -96,7 +98,8 @@ TEST(PhotoMetadata, OnlyTheOrientationTheSizeAndTheThumbnailChange) {
 // The address sanitizer watches.
 TEST(PhotoMetadata, HostileBlocksAreHarmless) {
     std::mt19937 random(5);
-    const std::string resources("8BIM\4\4\0\0\0\0\0\3abc\0008BIM\4\x0C\1ab\0\0\0\0\2xy", 37);
+    using namespace std::string_literals;
+    const std::string resources = "8BIM\4\4\0\0\0\0\0\3abc\0"s + "8BIM\4\x0C\2ab\0\0\0\0\2xy"s;
     for (int round = 0; round < 20'000; ++round) {
         Bytes exif = ExifBuilder(round % 2 == 0).block;
         Bytes photoshop(resources.begin(), resources.end());
@@ -111,6 +114,50 @@ TEST(PhotoMetadata, HostileBlocksAreHarmless) {
         update_exif(exif, 1, 1);
         update_photoshop(photoshop);
         EXPECT_LE(photoshop.size(), resources.size());
+    }
+}
+
+// A printer whose three coloured inks are invisible.
+Bytes black_only_profile() {
+    cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
+    cmsSetProfileVersion(profile, 2.1);
+    cmsSetDeviceClass(profile, cmsSigOutputClass);
+    cmsSetColorSpace(profile, cmsSigCmykData);
+    cmsSetPCS(profile, cmsSigLabData);
+    cmsPipeline* pipeline = cmsPipelineAlloc(nullptr, 4, 3);
+    cmsStage* table = cmsStageAllocCLut16bit(nullptr, 2, 4, 3, nullptr);
+    const auto lightness = [](const cmsUInt16Number* ink, cmsUInt16Number* lab, void*) {
+        lab[0] = static_cast<cmsUInt16Number>(0xFF00 - ink[3] / 2);
+        lab[1] = lab[2] = 0x8000;
+        return 1;
+    };
+    cmsStageSampleCLut16bit(table, lightness, nullptr, 0);
+    cmsPipelineInsertStage(pipeline, cmsAT_END, table);
+    cmsWriteTag(profile, cmsSigAToB0Tag, pipeline);
+    cmsPipelineFree(pipeline);
+    cmsUInt32Number bytes = 0;
+    cmsSaveProfileToMem(profile, nullptr, &bytes);
+    Bytes result(bytes);
+    cmsSaveProfileToMem(profile, result.data(), &bytes);
+    cmsCloseProfile(profile);
+    return result;
+}
+
+TEST(PhotoFormats, CmykGoesThroughItsProfile) {
+    constexpr unsigned char kCyan[] = {255, 0, 0, 0};
+    for (const bool hasProfile : {false, true}) {
+        for (const bool isInverted : {false, true}) {
+            Photo photo;
+            photo.image = make_image(1, 1, IMAGE_FORMAT_TYPE_RGBA);
+            for (size_t c = 0; c < 4; ++c) {
+                photo.pixels()[c] = isInverted ? static_cast<unsigned char>(255 - kCyan[c]) : kCyan[c];
+            }
+            photo.metadata.icc = hasProfile ? black_only_profile() : Bytes();
+            convert_cmyk(photo, isInverted);
+            EXPECT_NEAR(photo.pixels()[0], hasProfile ? 255 : 0, 2);
+            EXPECT_NEAR(photo.pixels()[1], 255, 2);
+            EXPECT_TRUE(photo.metadata.icc.empty());
+        }
     }
 }
 

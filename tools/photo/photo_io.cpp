@@ -53,10 +53,12 @@ std::string extension_of(const std::string& path) {
 
 void warn(const std::string& path, const std::vector<std::string>& warnings, bool isStrict) {
     for (const std::string& warning : warnings) {
+        std::string line = path;
+        line.append(": ").append(warning);
         if (isStrict) {
-            throw CommandError(path + ": " + warning);
+            throw CommandError(line);
         }
-        print_warning(path + ": " + warning);
+        print_warning(line);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <png.h>
 
 #include <algorithm>
+#include <cmath>
 #include <csetjmp>
 #include <cstring>
 #include <new>
@@ -245,7 +246,7 @@ class PngWriter {
             text.compression = PNG_ITXT_COMPRESSION_NONE;
             text.key = const_cast<char*>(kXmpKeyword);
             text.text = const_cast<char*>(reinterpret_cast<const char*>(metadata.xmp.data()));
-            text.itxt_length = metadata.xmp.size();
+            text.itxt_length = metadata.xmp.size() - 1;
             png_set_text(m_Png, m_Info, &text, 1);
         }
         const Density& density = metadata.density;
@@ -255,8 +256,8 @@ class PngWriter {
             const double perMetre = density.unit == DensityUnit::kInch         ? 1 / 0.0254
                                     : density.unit == DensityUnit::kCentimetre ? 100
                                                                                : 1;
-            png_set_pHYs(m_Png, m_Info, static_cast<png_uint_32>(density.x * perMetre + 0.5),
-                         static_cast<png_uint_32>(density.y * perMetre + 0.5), PNG_RESOLUTION_METER);
+            png_set_pHYs(m_Png, m_Info, static_cast<png_uint_32>(std::lround(density.x * perMetre)),
+                         static_cast<png_uint_32>(std::lround(density.y * perMetre)), PNG_RESOLUTION_METER);
         }
     }
 
@@ -288,12 +289,12 @@ void write_rows(PngWriter& writer, const Photo& photo) {
     }
 }
 
-// Zero bytes would end the text early, and libpng's count of it is not trusted with them.
+// A text of a PNG file holds no zero byte. libpng expects one behind it.
 void make_writable(Metadata& metadata, std::vector<std::string>& warnings) {
-    if (std::memchr(metadata.xmp.data(), 0, metadata.xmp.size()) != nullptr) {
-        metadata.xmp.erase(std::find(metadata.xmp.begin(), metadata.xmp.end(), 0), metadata.xmp.end());
+    metadata.xmp.erase(std::find(metadata.xmp.begin(), metadata.xmp.end(), 0), metadata.xmp.end());
+    if (!metadata.xmp.empty()) {
+        metadata.xmp.push_back(0);
     }
-    metadata.xmp.shrink_to_fit();
     if (metadata.exif.size() > PNG_UINT_31_MAX) {
         metadata.exif.clear();
         warnings.emplace_back("the EXIF block does not fit into a PNG file and is left out");
