@@ -155,11 +155,10 @@ def number(value):
 
 
 def verdict(entry, compiler, cost):
-    goals = entry.get("goal", {})
-    goal = goals.get(compiler)
+    goal = entry.get("goal", {}).get(compiler)
     if goal is None:
         return ""
-    return f"{goal:<6} {'met' if round(cost, 2) <= goal else 'MISSED'}"
+    return f"{goal:<5} {'met' if round(cost, 2) <= goal else 'MISSED'}"
 
 
 def print_table(costs, compiler, figures, cycles):
@@ -183,6 +182,10 @@ def print_table(costs, compiler, figures, cycles):
         if cycles:
             loop = cycles[kernel]
             row += "".join(f"{number(loop.get(name)):>12}" for name in processors) + f"{loop['covered']:>9.0%}"
+            for name in entry.get("goal", {}).keys() & loop.keys():
+                judged = verdict(entry, name, loop[name])
+                missed += judged.endswith("MISSED")
+                row += f"  {name} {judged}"
         print(row + "  " + peer_name)
     print(f"instructions a pixel at 1280 x 720; {missed} goals missed")
 

@@ -60,14 +60,13 @@ def loops(code, times):
     for address, count in times.items():
         mnemonic, operands = code.get(address, ("", ""))
         target = branch_target(operands) if BRANCH.match(mnemonic) else None
-        if target is None or target > address or count == 0:
+        if target is None or target > address or target not in times:
             continue
         # How often the branch went back is what its target ran more often than what lies before it; near enough, the
         # smaller of the two counts.
-        found.append((target, address, min(count, times.get(target, 0))))
-    inner = [loop for loop in found
-             if not any(other != loop and loop[0] <= other[0] and other[1] <= loop[1] for other in found)]
-    return inner
+        found.append((target, address, min(count, times[target])))
+    return [loop for loop in found
+            if not any(other != loop and loop[0] <= other[0] and other[1] <= loop[1] for other in found)]
 
 
 def source_of(mnemonic, operands):
