@@ -105,7 +105,7 @@ auto_ptr<PanoramaFrame> PanoramaModule::createFrame(unsigned char* pBuffer) cons
     auto* frame = new (std::nothrow) PanoramaFrame(static_cast<int>(m_FrameSets.size()), m_FrameWidth, m_FrameHeight,
                                                    PANORAMA_FRAME_FORMAT_YV12, buffer.get());
     if (frame != nullptr) {
-        buffer.release();
+        static_cast<void>(buffer.release());
     }
     return frame;
 }

@@ -39,7 +39,7 @@ SuperCaptureFrame* SuperCaptureFrame::createFrame(uint32_t id, uint32_t width, u
     unsigned char* ownPlanes[kFramePlanes] = {copy.get(), nullptr, nullptr, nullptr};
     auto* frame = new (std::nothrow) SuperCaptureFrame(id, width, height, format, ownPlanes);
     if (frame != nullptr) {
-        copy.release();
+        static_cast<void>(copy.release());
     }
     return frame;
 }

@@ -40,8 +40,8 @@ GPUScriptSource* GPUScriptSource::createScriptSource(const char* name, const cha
     }
     auto* created = new (std::nothrow) GPUScriptSource(nameCopy.get(), sourceCopy.get());
     if (created != nullptr) {
-        nameCopy.release();
-        sourceCopy.release();
+        static_cast<void>(nameCopy.release());
+        static_cast<void>(sourceCopy.release());
     }
     return created;
 }

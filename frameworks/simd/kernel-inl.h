@@ -20,10 +20,12 @@
 #define KORVANE_INLINE HWY_ATTR __attribute__((always_inline))
 
 // Makes Kernel(arguments...) run the form of the kernel for this processor. Stands under HWY_ONCE, in the anonymous
-// namespace of korvane.
+// namespace of korvane. A name cannot stand in parentheses where it is declared.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define KORVANE_DISPATCH(Kernel) \
     HWY_EXPORT(Kernel);          \
     constexpr auto Kernel = [](auto&&... arguments) { return HWY_DYNAMIC_DISPATCH(Kernel)(arguments...); }
+// NOLINTEND(bugprone-macro-parentheses)
 
 #endif
 
