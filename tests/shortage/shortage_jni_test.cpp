@@ -1,5 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The native methods while memory is short. They are called as functions of this program, with real Java objects.
+#include <com_tervo_media_effects_pano_PanoramaModule.h>
+#include <com_tervo_media_effects_renderer_render_FiltersRender.h>
+#include <com_tervo_media_render_BlurRender.h>
+#include <com_tervo_media_supercapture_mode_SuperCaptureMode.h>
+#include <korvane_effects_Natives.h>
+
 #include "applications/filters/gpu_image_filter_base.h"
 #include "frameworks/gpu/program_cache.h"
 #include "platform/log.h"
@@ -14,58 +20,6 @@
 #define PANORAMA(method) Java_com_tervo_media_effects_pano_PanoramaModule_##method
 #define EFFECTS(method) Java_korvane_effects_Natives_##method
 #define MODE(method) Java_com_tervo_media_supercapture_mode_SuperCaptureMode_##method
-
-extern "C" {
-void BLUR(nativeProcess)(JNIEnv*, jobject, jobject, jint, jint, jint, jint, jint);
-jlong FILTERS(nativeCreate)(JNIEnv*, jobject, jstring);
-jlong FILTERS(nativeOnSurfaceCreated)(JNIEnv*, jobject, jstring, jint);
-void FILTERS(nativeSetTexture)(JNIEnv*, jobject, jlong, jint, jint, jint, jint, jint);
-void FILTERS(nativeSetBitmap)(JNIEnv*, jobject, jlong, jobject, jint, jint);
-void FILTERS(nativeOnDrawFrame)(JNIEnv*, jobject, jlong);
-void FILTERS(nativeProcess)(JNIEnv*, jobject, jlong, jobject);
-void FILTERS(nativeOnSurfaceDestroyed)(JNIEnv*, jobject, jlong);
-jint FILTERS(nativeGetParameterType)(JNIEnv*, jobject, jlong, jstring);
-void FILTERS(nativeSetParametersBoolean)(JNIEnv*, jobject, jlong, jstring, jboolean);
-void FILTERS(nativeSetParametersBooleanArray)(JNIEnv*, jobject, jlong, jstring, jbooleanArray);
-void FILTERS(nativeSetParametersInteger)(JNIEnv*, jobject, jlong, jstring, jint);
-void FILTERS(nativeSetParametersIntegerArray)(JNIEnv*, jobject, jlong, jstring, jintArray);
-void FILTERS(nativeSetParametersFloat)(JNIEnv*, jobject, jlong, jstring, jfloat);
-void FILTERS(nativeSetParametersFloatArray)(JNIEnv*, jobject, jlong, jstring, jfloatArray);
-void FILTERS(nativeSetParametersDouble)(JNIEnv*, jobject, jlong, jstring, jdouble);
-void FILTERS(nativeSetParametersDoubleArray)(JNIEnv*, jobject, jlong, jstring, jdoubleArray);
-void FILTERS(nativeSetParametersLong)(JNIEnv*, jobject, jlong, jstring, jlong);
-void FILTERS(nativeSetParametersBitmap)(JNIEnv*, jobject, jlong, jstring, jobject);
-jlong PANORAMA(nativeCreate)(JNIEnv*, jobject, jint, jint, jint);
-jint PANORAMA(nativeProcess)(JNIEnv*, jobject, jlong, jbyteArray, jfloat, jfloat);
-void PANORAMA(nativeDestroy)(JNIEnv*, jobject, jlong);
-jlong MODE(nativeCreate)(JNIEnv*, jobject, jint, jint, jint);
-void MODE(nativeProcess)(JNIEnv*, jobject, jlong, jbyteArray);
-void MODE(nativeDestroy)(JNIEnv*, jobject, jlong);
-void EFFECTS(blur)(JNIEnv*, jclass, jobject, jint, jint, jint, jint, jint);
-jintArray EFFECTS(palette)(JNIEnv*, jclass, jobject, jint, jint, jint);
-jboolean EFFECTS(stamp)(JNIEnv*, jclass, jbyteArray, jint, jint, jstring);
-jlong EFFECTS(panoramaOpen)(JNIEnv*, jclass, jint, jint, jint);
-jint EFFECTS(panoramaFeed)(JNIEnv*, jclass, jlong, jbyteArray, jfloat, jfloat, jintArray);
-void EFFECTS(panoramaClose)(JNIEnv*, jclass, jlong);
-jlong EFFECTS(burstOpen)(JNIEnv*, jclass, jint, jint);
-void EFFECTS(burstPush)(JNIEnv*, jclass, jlong, jbyteArray);
-jboolean EFFECTS(burstMerge)(JNIEnv*, jclass, jlong, jint, jbyteArray);
-void EFFECTS(burstClose)(JNIEnv*, jclass, jlong);
-jstring EFFECTS(setProgramCacheDirectory)(JNIEnv*, jclass, jstring);
-jstring EFFECTS(filterTable)(JNIEnv*, jclass);
-jlong EFFECTS(filterOpen)(JNIEnv*, jclass, jstring);
-void EFFECTS(filterApply)(JNIEnv*, jclass, jlong, jobject, jint, jint);
-void EFFECTS(filterSet)(JNIEnv*, jclass, jlong, jstring, jfloatArray);
-void EFFECTS(filterSetBitmap)(JNIEnv*, jclass, jlong, jstring, jobject, jint, jint);
-void EFFECTS(filterClose)(JNIEnv*, jclass, jlong);
-jlong EFFECTS(surfaceFilterOpen)(JNIEnv*, jclass, jstring);
-void EFFECTS(surfaceFilterDraw)(JNIEnv*, jclass, jlong, jint, jint, jint, jint, jint);
-void EFFECTS(surfaceFilterSet)(JNIEnv*, jclass, jlong, jstring, jfloatArray);
-void EFFECTS(surfaceFilterSetBitmap)(JNIEnv*, jclass, jlong, jstring, jobject, jint, jint);
-void EFFECTS(surfaceFilterClose)(JNIEnv*, jclass, jlong);
-jint EFFECTS(createCameraTexture)(JNIEnv*, jclass);
-void EFFECTS(deleteCameraTexture)(JNIEnv*, jclass, jint);
-}
 
 namespace {
 
