@@ -118,8 +118,6 @@ Shortage::Shortage(size_t failing) {
     keep_live_blocks();
 }
 
-Shortage::~Shortage() = default;
-
 Shortage::Armed::Armed() {
     gIsArmed = true;
 }
