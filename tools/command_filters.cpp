@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <string>
 
+#include "applications/effects/effects_filter_table.h"
 #include "applications/filters/filter_description.h"
 #include "applications/filters/gpu_image_filter_factory.h"
 #include "tools/command.h"
@@ -16,14 +17,12 @@ const char* type_name(FilterParameterType type) {
 }
 
 std::string default_of(const FilterDescription& filter, const FilterParameter& parameter) {
-    for (const FilterUniform& uniform : filter.uniforms) {
-        if (std::string(uniform.name) == parameter.name) {
-            char text[32];
-            std::snprintf(text, sizeof(text), "%g", static_cast<double>(uniform.defaultValue));
-            return text;
-        }
+    const std::optional<float> value = filter_default(filter, parameter);
+    char text[32] = "-";
+    if (value) {
+        std::snprintf(text, sizeof(text), "%.4g", static_cast<double>(*value));
     }
-    return "-";
+    return text;
 }
 
 void print_parameter(const FilterDescription& filter, const FilterParameter& parameter) {

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -42,6 +43,11 @@ bool is_blank_or_comment(const std::string& line) {
     return first == std::string::npos || line[first] == '#';
 }
 
+// False for what is not a number, too.
+bool is_angle(float degrees) {
+    return std::abs(degrees) <= 360.0F;
+}
+
 // Lines "gyroX,gyroY" in degrees; blank lines and lines that begin with '#' are ignored.
 std::vector<Reading> read_track(const std::string& path) {
     std::ifstream file(path);
@@ -57,9 +63,9 @@ std::vector<Reading> read_track(const std::string& path) {
         Reading reading{};
         int used = 0;
         if (std::sscanf(line.c_str(), "%f ,%f %n", &reading.gyroX, &reading.gyroY, &used) != 2 ||
-            static_cast<size_t>(used) != line.size()) {
+            static_cast<size_t>(used) != line.size() || !is_angle(reading.gyroX) || !is_angle(reading.gyroY)) {
             throw CommandError(path + ", line " + std::to_string(number) +
-                               ": expected two angles in degrees, as 10.5,-3");
+                               ": expected two angles in degrees, -360 to 360, as 10.5,-3");
         }
         track.push_back(reading);
     }

@@ -1,7 +1,10 @@
 #include "tools/filter_session.h"
 
 #include <EGL/egl.h>
+#include <strings.h>
 
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -47,11 +50,27 @@ std::vector<float> parse_floats(const std::string& text) {
     }
 }
 
+// The parameter's row has its range as a text, "0 ... 1", unless any number will do.
+void check_range(const FilterParameter& parameter, const std::vector<float>& values, const std::string& setting) {
+    float least = -HUGE_VALF;
+    float most = HUGE_VALF;
+    const bool isBounded = std::sscanf(parameter.range, "%f ... %f", &least, &most) == 2;
+    for (const float value : values) {
+        if (!std::isfinite(value)) {
+            throw CommandError("'" + setting + "' holds no finite number");
+        }
+        if (isBounded && (value < least || value > most)) {
+            throw CommandError("'" + setting + "' is not within " + parameter.range);
+        }
+    }
+}
+
 }  // namespace
 
 const FilterDescription& describe_filter(const std::string& name) {
     for (const FilterDescription* filter : ImageFilterFactory::filters()) {
-        if (name == filter->name || "ImageFilter" + name == filter->name) {
+        if (strcasecmp(name.c_str(), filter->name) == 0 ||
+            strcasecmp(("ImageFilter" + name).c_str(), filter->name) == 0) {
             return *filter;
         }
     }
@@ -91,6 +110,7 @@ void set_filter_parameter(ImageFilterBaseGL& filter, const FilterDescription& de
         throw CommandError("'" + setting + "' needs " + std::to_string(parameter->count) +
                            (parameter->count == 1 ? " number" : " numbers with commas between"));
     }
+    check_range(*parameter, values, setting);
     filter.setParameters(parameter->name, values.data());
 }
 

@@ -10,12 +10,12 @@
 
 namespace korvane {
 
-// A filter ready to process, by its full name or without the "ImageFilter" before it. Throws CommandError for an
-// unknown name and where no EGL display can be used.
+// A filter ready to process, by its full name or without the "ImageFilter" before it, in any case. Throws CommandError
+// for an unknown name and where no EGL display can be used.
 auto_ptr<ImageFilterBaseGL> open_filter(const std::string& name);
 
 // Stores the parameter named in `setting`, "key=value" with commas between several values. Throws CommandError for an
-// unknown key or a value that cannot be read.
+// unknown key and for a value that cannot be read or is not within the range of the parameter.
 void set_filter_parameter(ImageFilterBaseGL& filter, const FilterDescription& description, const std::string& setting);
 
 const FilterDescription& describe_filter(const std::string& name);

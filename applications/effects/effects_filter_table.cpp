@@ -22,23 +22,12 @@ const FilterUniform* find_uniform(const FilterDescription& filter, const FilterP
     return nullptr;
 }
 
-// Some filters store the square of what they are given, so the value is tried on a filter.
 std::string default_text(const FilterDescription& filter, const FilterParameter& parameter) {
-    const FilterUniform* uniform = find_uniform(filter, parameter);
-    if (uniform == nullptr) {
-        return "";
+    const std::optional<float> value = filter_default(filter, parameter);
+    char text[32] = "";
+    if (value) {
+        std::snprintf(text, sizeof(text), "%.9g", static_cast<double>(*value));
     }
-    const std::unique_ptr<ImageFilterBaseGL> trial(filter.create());
-    if (trial == nullptr) {
-        throw std::bad_alloc();
-    }
-    float value = uniform->defaultValue;
-    set_filter_value(trial.get(), parameter.name, &value, sizeof(value));
-    if (trial.get()->*uniform->field != uniform->defaultValue) {
-        value = std::sqrt(value);
-    }
-    char text[32];
-    std::snprintf(text, sizeof(text), "%.9g", static_cast<double>(value));
     return text;
 }
 
@@ -51,6 +40,21 @@ void append(std::string& table, const FilterDescription& filter, std::span<const
 }
 
 }  // namespace
+
+// Some filters store the square of what they are given, so the value is tried on a filter.
+std::optional<float> filter_default(const FilterDescription& filter, const FilterParameter& parameter) {
+    const FilterUniform* uniform = find_uniform(filter, parameter);
+    if (uniform == nullptr) {
+        return {};
+    }
+    const std::unique_ptr<ImageFilterBaseGL> trial(filter.create());
+    if (trial == nullptr) {
+        throw std::bad_alloc();
+    }
+    float value = uniform->defaultValue;
+    set_filter_value(trial.get(), parameter.name, &value, sizeof(value));
+    return trial.get()->*uniform->field == uniform->defaultValue ? value : std::sqrt(value);
+}
 
 std::string filter_table() {
     std::string table;

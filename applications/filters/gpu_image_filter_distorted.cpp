@@ -40,10 +40,12 @@ constexpr char kFragmentShader[] =
     "     gl_FragColor = texture2D(tex_sampler,v_texcoord2); \n"
     "}\n";
 
+// With angles beyond 1000 neighbouring pixels of any photo lie more than a turn apart: noise.
 const FilterParameter kParameters[] = {
     {"mRadius", PARAMETER_TYPE_FLOAT, store_squared<&Filter::mRadius>, "0 ... 1",
-     "the circle has the square of this radius, in widths of the picture"},
-    {"mStrength", PARAMETER_TYPE_FLOAT, store_float<&Filter::mStrength>, "any", "angle at the centre, in radians"},
+     "its square is the radius, as a part of the width across and of the height down"},
+    {"mStrength", PARAMETER_TYPE_FLOAT, store_float<&Filter::mStrength>, "-1000 ... 1000",
+     "angle at the centre, in radians"},
     {"mCenterx", PARAMETER_TYPE_FLOAT, store_clamped<&Filter::mCenterx>, "0 ... 1", "centre across"},
     {"mCentery", PARAMETER_TYPE_FLOAT, store_clamped<&Filter::mCentery>, "0 ... 1", "centre down"},
 };

@@ -55,8 +55,10 @@ void store_strength(ImageFilterBaseGL& filter, const void* value) {
     extrusion.mZoom = extrusion.mStrength >= 0.0F ? 1.0F : 0.0F;
 }
 
+// Below -0.5 points near the centre are taken from farther away than those at the edges, and the picture breaks up.
+// Above 10 one colour fills it.
 const FilterParameter kParameters[] = {
-    {"mStrength", PARAMETER_TYPE_FLOAT, store_strength, "any",
+    {"mStrength", PARAMETER_TYPE_FLOAT, store_strength, "-0.5 ... 10",
      "exponent of the bulge; below 0 the zoom follows the shape of the picture"},
     {"mCenterx", PARAMETER_TYPE_FLOAT, store_clamped<&Filter::mCenterx>, "0 ... 1", "centre, across and down"},
     {"mCentery", PARAMETER_TYPE_FLOAT, store_clamped<&Filter::mCentery>, "0 ... 1", "without effect"},

@@ -73,7 +73,7 @@ const FilterParameter kParameters[] = {
      [](ImageFilterBaseGL& filter, const void* value) {
          static_cast<Filter&>(filter).set_table(*static_cast<const FilterBitmap*>(value));
      },
-     "4096 x 64 pixels", "the lookup table; at first every colour maps to itself"},
+     "4096 x 64 pixels", "the lookup table; without one, blue rises with green by up to 50 of 255"},
     {"mStrength", PARAMETER_TYPE_FLOAT, store_float<&Filter::mStrength>, "0 ... 1",
      "how much of the mapped colour shows"},
 };
@@ -122,8 +122,8 @@ int ImageFilterTableGL::initParameters() {
     if (mFilterBitmap == nullptr) {
         return 0;
     }
-    mImgTab2D = new (std::nothrow)
-        GPUImage2D(mGPUContext, kTableWidth, kTableHeight, kFormatRgb, mFilterBitmap->buffer);
+    mImgTab2D =
+        new (std::nothrow) GPUImage2D(mGPUContext, kTableWidth, kTableHeight, kFormatRgb, mFilterBitmap->buffer);
     if (mImgTab2D.get() == nullptr) {
         free_table(mFilterBitmap);
         mFilterBitmap = nullptr;

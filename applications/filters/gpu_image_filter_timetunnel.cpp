@@ -35,7 +35,7 @@ constexpr char kFragmentShader[] =
 
 const FilterParameter kParameters[] = {
     {"mRadius", PARAMETER_TYPE_FLOAT, store_squared<&Filter::mRadius>, "0 ... 1",
-     "radius of the circle, in widths of the picture"},
+     "radius of the circle, as a part of the width across and of the height down; 0.5 reaches the edges"},
 };
 
 const FilterUniform kUniforms[] = {

@@ -61,17 +61,4 @@ TEST(AlphaBlend, FollowsTheFormulaForEveryWeightAndSize) {
     });
 }
 
-TEST(AlphaBlend, LeavesTheTailAndBlackensAtWeightZeroOnTheBitmapPath) {
-    for_each_simd_target([](const std::string&) {
-        Bytes pixels(13 * 4, 200);
-        alpha_blend_neon(pixels.data(), 13, 16, 32, 48, 0);
-        for (size_t i = 0; i < pixels.size(); ++i) {
-            const bool black = i < 8 * 4 && i % 4 != 3;
-            ASSERT_EQ(pixels[i], black ? 0 : 200) << "byte " << i;
-        }
-        alpha_blend(pixels.data(), 13, 16, 32, 48, 256);
-        ASSERT_EQ(Bytes(pixels.end() - 4, pixels.end()), (Bytes{16, 32, 48, 200}));
-    });
-}
-
 }  // namespace

@@ -1,6 +1,5 @@
 #include "algorithms/fast_detection.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -207,35 +206,6 @@ TEST(Fast16, ScoreIsTheLargestThresholdThatPasses) {
             }
         }
     }
-}
-
-// A lone bright pixel is a corner, and its score is its brightness - 1; on black ground nothing around it is one.
-TEST(Fast16, SuppressionKeepsStrictMaximaOnly) {
-    Picture picture = flat(40, 12);
-    const Point dots[] = {{5, 5}, {6, 5}, {12, 5}, {13, 6}, {20, 5}, {20, 6}, {30, 4}, {31, 5}, {32, 6}};
-    const unsigned char brightness[] = {90, 91, 80, 80, 200, 100, 50, 60, 70};
-    for (size_t i = 0; i < std::size(dots); ++i) {
-        picture.at(dots[i].first, dots[i].second) = brightness[i];
-    }
-    EXPECT_THAT(detect(picture, {20, 0, 2, 0, 3, 3}), testing::UnorderedElementsAreArray(dots));
-    EXPECT_THAT(detect(picture, {20, 1, 2, 0, 3, 3}), testing::ElementsAre(Point{6, 5}, Point{20, 5}, Point{32, 6}));
-}
-
-TEST(Fast16, ThinningKeepsTheFirstOfEachBinAndBand) {
-    Picture picture = flat(300, 16);
-    // Bins of 4 columns and bands of 2 rows (an odd row begins one): {rows 5 and 6}, {rows 7 and 8}.
-    for (const Point& dot :
-         {Point{9, 5}, Point{11, 5}, Point{8, 6}, Point{12, 6}, Point{10, 7}, Point{8, 8}, Point{138, 7}}) {
-        picture.at(dot.first, dot.second) = 100;
-    }
-    // Column 138 is bin 34, which counts as bin 2, like columns 8 to 11.
-    EXPECT_THAT(detect(picture, {20, 0, 4, 0, 3, 3}), testing::ElementsAre(Point{9, 5}, Point{12, 6}, Point{10, 7}));
-    EXPECT_THAT(detect(picture, {20, 0, 0, 0, 3, 3}), testing::ElementsAre(Point{9, 5}));
-
-    for (int x = 3; x < 297; ++x) {
-        picture.at(x, 10) = static_cast<unsigned char>(x % 2 == 0 ? 100 : 0);
-    }
-    EXPECT_LE(detect(picture, {20, 0, 1, 0, 3, 3}).size(), 32U);
 }
 
 TEST(Fast16, SizesAndPointersOfNoImage) {

@@ -35,7 +35,9 @@ extract() {
 
 # The stand-ins.
 mkdir -p "$work/sources" "$work/standins" "$work/sample" "$work/guide" "$work/classes"
-(cd "$work/sources" && awk '/^=== / { file = $2; folder = file; sub("/[^/]*$", "", folder); system("mkdir -p " folder); next }
+(cd "$work/sources" && awk '
+    /^=== / { file = name = $2; sub("/[^/]*$", "", name); system("mkdir -p " name)
+        gsub("/", ".", name); print "package " name ";" > file; next }
     file != "" { print > file }' "$source/tests/android/standins.txt")
 mapfile -t files < <(find "$work/sources" -name '*.java')
 compile_java "$work/standins" "${files[@]}"

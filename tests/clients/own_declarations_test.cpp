@@ -35,20 +35,15 @@ struct jpeg_error_mgr;
 struct jpeg_utils_error_mgr;
 using Source = const unsigned char*;
 using Target = unsigned char*;
-CLIENT(int, color_convert_gray2rgb, Source, Target, int, int);
-CLIENT(int, color_convert_gray2rgba, Source, Target, int, int);
-CLIENT(int, color_convert_rgb2gray, Source, Target, int, int);
-CLIENT(int, color_convert_rgba2gray, Source, Target, int, int);
-CLIENT(int, color_convert_rgb2rgba, Source, Target, int, int);
-CLIENT(int, color_convert_rgba2rgb, Source, Target, int, int);
-CLIENT(int, color_convert_rgb2yuv, Source, Target, int, int);
-CLIENT(int, color_convert_yuv2rgb, Source, Target, int, int);
-CLIENT(int, color_convert_yuv2gray, Source, Target, int, int);
-CLIENT(int, color_convert_rgb2yuyv, Source, Target, int, int);
-CLIENT(int, color_convert_yuyv2rgb, Source, Target, int, int);
-CLIENT(int, color_convert_rgb2yvyu, Source, Target, int, int);
-CLIENT(int, color_convert_yvyu2rgb, Source, Target, int, int);
-CLIENT(int, color_convert_rgb2yuv422p, Source, Target, Target, Target, int, int);
+#define PACKED_CONVERSIONS(ROW)                                                                                     \
+    ROW(gray2rgb)                                                                                                   \
+    ROW(gray2rgba) ROW(rgb2gray) ROW(rgba2gray) ROW(rgb2rgba) ROW(rgba2rgb) ROW(rgb2yuv) ROW(yuv2rgb) ROW(yuv2gray) \
+        ROW(rgb2yuyv) ROW(yuyv2rgb) ROW(rgb2yvyu) ROW(yvyu2rgb)
+#define CONVERSION(name) CLIENT(int, color_convert_##name, Source, Target, int, int);
+PACKED_CONVERSIONS(CONVERSION)
+#define LINE(name) CLIENT(void, Write_##name, Source, Target, int);
+LINE(Gray)
+LINE(RGB) LINE(RGBA) LINE(YUV) CLIENT(int, color_convert_rgb2yuv422p, Source, Target, Target, Target, int, int);
 CLIENT(int, color_convert_yuv422p2rgb, Source, Source, Source, Target, int, int);
 CLIENT(int, color_convert_rgb2yv12oryu12, Source, Target, Target, Target, int, int);
 CLIENT(int, color_convert_yv12oryu122rgb, Source, Source, Source, Target, int, int);
@@ -56,10 +51,6 @@ CLIENT(int, color_convert_rgb2nv12, Source, Target, Target, int, int);
 CLIENT(int, color_convert_nv122rgb, Source, Source, Target, int, int);
 CLIENT(int, color_convert_rgb2nv21, Source, Target, Target, int, int);
 CLIENT(int, color_convert_nv212rgb, Source, Source, Target, int, int);
-CLIENT(void, Write_Gray, Source, Target, int);
-CLIENT(void, Write_RGB, Source, Target, int);
-CLIENT(void, Write_RGBA, Source, Target, int);
-CLIENT(void, Write_YUV, Source, Target, int);
 CLIENT(jpeg_error_mgr*, jpeg_utils_init_error_mgr, jpeg_utils_error_mgr*);
 CLIENT(void, jpeg_utils_error_exit, jpeg_common_struct*);
 
@@ -73,11 +64,10 @@ CLIENT(void, alpha_blend, unsigned char*, int, int, int, int, int);
 CLIENT(void, alpha_blend_neon, unsigned char*, int, int, int, int, int);
 CLIENT(void, calculate_gauss_blur_coef, float, int, gauss_blur_coef*);
 CLIENT(void, fast_blur, unsigned int*, unsigned char*, int, int, int);
-CLIENT(void, box_blurH, unsigned char*, unsigned char*, int, int, int);
-CLIENT(void, box_blurV, unsigned char*, unsigned char*, int, int, int);
-CLIENT(void, box_blur, unsigned char*, unsigned char*, int, int, int);
-CLIENT(void, gauss_blur, unsigned char*, unsigned char*, int, int, int);
-CLIENT(void, gaussiir, unsigned char*, int, int, int, int, float, float);
+#define BOX_BLUR(name) CLIENT(void, name, unsigned char*, unsigned char*, int, int, int);
+BOX_BLUR(box_blurH)
+BOX_BLUR(box_blurV) BOX_BLUR(box_blur) BOX_BLUR(gauss_blur)
+    CLIENT(void, gaussiir, unsigned char*, int, int, int, int, float, float);
 CLIENT(void, calculate_gauss_iir_coefficients, gaussiirContext*, float);
 CLIENT(void, blur_line, gaussiirContext*, unsigned char*, unsigned char*, int, int);
 CLIENT(void, make_offsets, int*, unsigned int);
@@ -126,9 +116,16 @@ void (GPUProgram::*use_ints)(const char*, int, int*) = &GPUProgram::_SetHostValu
 void (GPUProgram::*use_floats)(const char*, int, float*) = &GPUProgram::_SetHostValue4fv;
 uint32_t (*use_binary)(uint32_t, void*, int) = GPUUtils::createProgram;
 
-#define PANORAMA(name) CLIENT(void, Java_com_tervo_media_effects_pano_PanoramaModule_native##name)
-#define FILTERS(name) CLIENT(void, Java_com_tervo_media_effects_renderer_render_FiltersRender_native##name)
-#define MODE(name) CLIENT(void, Java_com_tervo_media_supercapture_mode_SuperCaptureMode_native##name)
+#define PANORAMA(name) CLIENT(void, Java_com_tervo_media_effects_pano_PanoramaModule_native##name);
+#define FILTERS(name) CLIENT(void, Java_com_tervo_media_effects_renderer_render_FiltersRender_native##name);
+#define MODE(name) CLIENT(void, Java_com_tervo_media_supercapture_mode_SuperCaptureMode_native##name);
+#define OBJECT_METHODS(ROW) ROW(Create) ROW(Process) ROW(Destroy)
+#define FILTER_METHODS(ROW)                                                                                      \
+    ROW(Create)                                                                                                  \
+    ROW(OnSurfaceCreated) ROW(SetTexture) ROW(SetBitmap) ROW(OnDrawFrame) ROW(Process) ROW(OnSurfaceDestroyed)   \
+        ROW(GetParameterType) ROW(SetParametersBoolean) ROW(SetParametersBooleanArray) ROW(SetParametersInteger) \
+            ROW(SetParametersIntegerArray) ROW(SetParametersFloat) ROW(SetParametersFloatArray)                  \
+                ROW(SetParametersDouble) ROW(SetParametersDoubleArray) ROW(SetParametersLong) ROW(SetParametersBitmap)
 extern "C" {
 CLIENT(intptr_t, super_capture_module_init, uint32_t, uint32_t, uint32_t);
 CLIENT(int32_t, super_capture_module_push_frame, intptr_t, unsigned char**);
@@ -136,30 +133,9 @@ CLIENT(int32_t, super_capture_module_pop_frame, intptr_t, unsigned char**);
 CLIENT(void, super_capture_module_destroy, intptr_t);
 CLIENT(bool, make_photo_timestamp_watermark_to_yuyv, unsigned char*, int, int, const char*, int);
 CLIENT(void, Java_com_tervo_media_render_BlurRender_nativeProcess);
-PANORAMA(Create);
-PANORAMA(Process);
-PANORAMA(Destroy);
-MODE(Create);
-MODE(Process);
-MODE(Destroy);
-FILTERS(Create);
-FILTERS(OnSurfaceCreated);
-FILTERS(SetTexture);
-FILTERS(SetBitmap);
-FILTERS(OnDrawFrame);
-FILTERS(Process);
-FILTERS(OnSurfaceDestroyed);
-FILTERS(GetParameterType);
-FILTERS(SetParametersBoolean);
-FILTERS(SetParametersBooleanArray);
-FILTERS(SetParametersInteger);
-FILTERS(SetParametersIntegerArray);
-FILTERS(SetParametersFloat);
-FILTERS(SetParametersFloatArray);
-FILTERS(SetParametersDouble);
-FILTERS(SetParametersDoubleArray);
-FILTERS(SetParametersLong);
-FILTERS(SetParametersBitmap);
+OBJECT_METHODS(PANORAMA)
+OBJECT_METHODS(MODE)
+FILTER_METHODS(FILTERS)
 }
 
 int main() {

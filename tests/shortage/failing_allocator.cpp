@@ -94,6 +94,11 @@ void* allocate(size_t size, const void* caller) {
     return must_fail(caller) ? nullptr : record(__real_malloc(size == 0 ? 1 : size), caller);
 }
 
+void* allocate_or_throw(size_t size, const void* caller) {
+    void* block = allocate(size, caller);
+    return block != nullptr ? block : throw std::bad_alloc();
+}
+
 void release(void* block) {
     if (block != nullptr) {
         forget(block);
@@ -112,8 +117,6 @@ Shortage::Shortage(size_t failing) {
     gFailing = failing;
     keep_live_blocks();
 }
-
-Shortage::~Shortage() = default;
 
 Shortage::Armed::Armed() {
     gIsArmed = true;
@@ -164,19 +167,11 @@ void __wrap_free(void* block) {
 }  // extern "C"
 
 void* operator new(size_t size) {
-    void* block = allocate(size, KORVANE_CALLER);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    return block;
+    return allocate_or_throw(size, KORVANE_CALLER);
 }
 
 void* operator new[](size_t size) {
-    void* block = allocate(size, KORVANE_CALLER);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    return block;
+    return allocate_or_throw(size, KORVANE_CALLER);
 }
 
 void* operator new(size_t size, const std::nothrow_t&) noexcept {
@@ -200,13 +195,5 @@ void operator delete(void* block, size_t) noexcept {
 }
 
 void operator delete[](void* block, size_t) noexcept {
-    release(block);
-}
-
-void operator delete(void* block, const std::nothrow_t&) noexcept {
-    release(block);
-}
-
-void operator delete[](void* block, const std::nothrow_t&) noexcept {
     release(block);
 }

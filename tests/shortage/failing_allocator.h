@@ -15,7 +15,6 @@ class Shortage {
   public:
     // The `failing`-th allocation, counted from 1, fails: on any thread, while during() runs. One object at a time.
     explicit Shortage(size_t failing);
-    ~Shortage();
     Shortage(const Shortage&) = delete;
     Shortage& operator=(const Shortage&) = delete;
 

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "tests/shortage/failing_allocator.h"
 
 // What a call answered.
@@ -18,19 +20,21 @@ enum class Answer {
 struct ShortageCase {
     const char* name;
     // Prepares, makes the call inside Shortage::during(), and gives back what it got.
-    Answer (*run)(Shortage& shortage);
+    std::function<Answer(Shortage& shortage)> run;
     // The call can do without the memory that it did not get.
     bool mayBeDone = false;
     // The call needs no memory at all.
     bool needsNone = false;
 };
 
-inline void PrintTo(const ShortageCase& shortageCase, std::ostream* out) {
-    *out << shortageCase.name;
-}
-
 inline Answer answer(bool isDone, bool isShort) {
     return isDone ? Answer::kDone : isShort ? Answer::kShort : Answer::kWrong;
+}
+
+// A case that is one call with an answer of its own.
+template <typename Call>
+auto one_call(const Call& call) {
+    return [call](Shortage& shortage) { return shortage.during(call); };
 }
 
 struct NoScope {};

@@ -1,5 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The native methods while memory is short. They are called as functions of this program, with real Java objects.
+#include <com_tervo_media_effects_pano_PanoramaModule.h>
+#include <com_tervo_media_effects_renderer_render_FiltersRender.h>
+#include <com_tervo_media_render_BlurRender.h>
+#include <com_tervo_media_supercapture_mode_SuperCaptureMode.h>
+#include <korvane_effects_Natives.h>
+
 #include "applications/filters/gpu_image_filter_base.h"
 #include "frameworks/gpu/program_cache.h"
 #include "platform/log.h"
@@ -14,58 +20,6 @@
 #define PANORAMA(method) Java_com_tervo_media_effects_pano_PanoramaModule_##method
 #define EFFECTS(method) Java_korvane_effects_Natives_##method
 #define MODE(method) Java_com_tervo_media_supercapture_mode_SuperCaptureMode_##method
-
-extern "C" {
-void BLUR(nativeProcess)(JNIEnv*, jobject, jobject, jint, jint, jint, jint, jint);
-jlong FILTERS(nativeCreate)(JNIEnv*, jobject, jstring);
-jlong FILTERS(nativeOnSurfaceCreated)(JNIEnv*, jobject, jstring, jint);
-void FILTERS(nativeSetTexture)(JNIEnv*, jobject, jlong, jint, jint, jint, jint, jint);
-void FILTERS(nativeSetBitmap)(JNIEnv*, jobject, jlong, jobject, jint, jint);
-void FILTERS(nativeOnDrawFrame)(JNIEnv*, jobject, jlong);
-void FILTERS(nativeProcess)(JNIEnv*, jobject, jlong, jobject);
-void FILTERS(nativeOnSurfaceDestroyed)(JNIEnv*, jobject, jlong);
-jint FILTERS(nativeGetParameterType)(JNIEnv*, jobject, jlong, jstring);
-void FILTERS(nativeSetParametersBoolean)(JNIEnv*, jobject, jlong, jstring, jboolean);
-void FILTERS(nativeSetParametersBooleanArray)(JNIEnv*, jobject, jlong, jstring, jbooleanArray);
-void FILTERS(nativeSetParametersInteger)(JNIEnv*, jobject, jlong, jstring, jint);
-void FILTERS(nativeSetParametersIntegerArray)(JNIEnv*, jobject, jlong, jstring, jintArray);
-void FILTERS(nativeSetParametersFloat)(JNIEnv*, jobject, jlong, jstring, jfloat);
-void FILTERS(nativeSetParametersFloatArray)(JNIEnv*, jobject, jlong, jstring, jfloatArray);
-void FILTERS(nativeSetParametersDouble)(JNIEnv*, jobject, jlong, jstring, jdouble);
-void FILTERS(nativeSetParametersDoubleArray)(JNIEnv*, jobject, jlong, jstring, jdoubleArray);
-void FILTERS(nativeSetParametersLong)(JNIEnv*, jobject, jlong, jstring, jlong);
-void FILTERS(nativeSetParametersBitmap)(JNIEnv*, jobject, jlong, jstring, jobject);
-jlong PANORAMA(nativeCreate)(JNIEnv*, jobject, jint, jint, jint);
-jint PANORAMA(nativeProcess)(JNIEnv*, jobject, jlong, jbyteArray, jfloat, jfloat);
-void PANORAMA(nativeDestroy)(JNIEnv*, jobject, jlong);
-jlong MODE(nativeCreate)(JNIEnv*, jobject, jint, jint, jint);
-void MODE(nativeProcess)(JNIEnv*, jobject, jlong, jbyteArray);
-void MODE(nativeDestroy)(JNIEnv*, jobject, jlong);
-void EFFECTS(blur)(JNIEnv*, jclass, jobject, jint, jint, jint, jint, jint);
-jintArray EFFECTS(palette)(JNIEnv*, jclass, jobject, jint, jint, jint);
-jboolean EFFECTS(stamp)(JNIEnv*, jclass, jbyteArray, jint, jint, jstring);
-jlong EFFECTS(panoramaOpen)(JNIEnv*, jclass, jint, jint, jint);
-jint EFFECTS(panoramaFeed)(JNIEnv*, jclass, jlong, jbyteArray, jfloat, jfloat, jintArray);
-void EFFECTS(panoramaClose)(JNIEnv*, jclass, jlong);
-jlong EFFECTS(burstOpen)(JNIEnv*, jclass, jint, jint);
-void EFFECTS(burstPush)(JNIEnv*, jclass, jlong, jbyteArray);
-jboolean EFFECTS(burstMerge)(JNIEnv*, jclass, jlong, jint, jbyteArray);
-void EFFECTS(burstClose)(JNIEnv*, jclass, jlong);
-jstring EFFECTS(setProgramCacheDirectory)(JNIEnv*, jclass, jstring);
-jstring EFFECTS(filterTable)(JNIEnv*, jclass);
-jlong EFFECTS(filterOpen)(JNIEnv*, jclass, jstring);
-void EFFECTS(filterApply)(JNIEnv*, jclass, jlong, jobject, jint, jint);
-void EFFECTS(filterSet)(JNIEnv*, jclass, jlong, jstring, jfloatArray);
-void EFFECTS(filterSetBitmap)(JNIEnv*, jclass, jlong, jstring, jobject, jint, jint);
-void EFFECTS(filterClose)(JNIEnv*, jclass, jlong);
-jlong EFFECTS(surfaceFilterOpen)(JNIEnv*, jclass, jstring);
-void EFFECTS(surfaceFilterDraw)(JNIEnv*, jclass, jlong, jint, jint, jint, jint, jint);
-void EFFECTS(surfaceFilterSet)(JNIEnv*, jclass, jlong, jstring, jfloatArray);
-void EFFECTS(surfaceFilterSetBitmap)(JNIEnv*, jclass, jlong, jstring, jobject, jint, jint);
-void EFFECTS(surfaceFilterClose)(JNIEnv*, jclass, jlong);
-jint EFFECTS(createCameraTexture)(JNIEnv*, jclass);
-void EFFECTS(deleteCameraTexture)(JNIEnv*, jclass, jint);
-}
 
 namespace {
 
@@ -118,6 +72,12 @@ ShortageJni& java() {
     return *ShortageJni::java;
 }
 
+// A native method that is static, or does without its object.
+template <typename Method, typename... Arguments>
+auto call(Method method, Arguments... arguments) {
+    return method(java().env, nullptr, arguments...);
+}
+
 const std::vector<unsigned char>& picture() {
     static const std::vector<unsigned char> bytes = random_bytes(kWidth * kHeight * 4, 6);
     return bytes;
@@ -140,70 +100,89 @@ Answer picture_answer(jobject bitmap) {
 void destroy(jlong handle) {
     if (handle != 0) {
         reinterpret_cast<ImageFilterBaseGL*>(handle)->release();
-        FILTERS(nativeOnSurfaceDestroyed)(java().env, nullptr, handle);
+        call(FILTERS(nativeOnSurfaceDestroyed), handle);
     }
 }
 
-// `call` on a filter for the current surface. It has no answer that could be seen.
-template <typename Call>
-Answer on_surface(Shortage& s, const char* name, const Call& call) {
-    JNIEnv* env = java().env;
-    const jlong handle = FILTERS(nativeOnSurfaceCreated)(env, nullptr, java().string(name), 1);
-    s.during([&] { call(env, handle); });
+// For a handle or 0.
+template <typename Open, typename Close>
+auto opened(const Open& open, const Close& close) {
+    return [=](Shortage& s) {
+        const jlong handle = s.during(open);
+        close(handle);
+        return answer(handle != 0, handle == 0);
+    };
+}
+
+// `method` on a filter for the current surface. It has no answer that could be seen.
+template <typename Method>
+Answer on_surface(Shortage& s, const char* name, const Method& method) {
+    const jlong handle = call(FILTERS(nativeOnSurfaceCreated), java().string(name), 1);
+    s.during([&] { method(handle); });
     destroy(handle);
     return Answer::kDone;
+}
+
+// `method` takes a handle, a bitmap and the name of a table.
+template <typename Method>
+auto bitmap_on_surface(const char* name, const Method& method) {
+    return [=](Shortage& s) {
+        const jobject bitmap = new_picture();
+        const jstring key = java().string("mFilterBitmap");
+        on_surface(s, name, [&](jlong handle) { method(handle, bitmap, key); });
+        return answer(java().lock_count(bitmap) == 0, false);
+    };
 }
 
 const ShortageCase kFilters[] = {
     {"nativeCreate",
      [](Shortage& s) {
          const jstring name = java().string("ImageFilterTable");
-         const jlong handle = s.during([&] { return FILTERS(nativeCreate)(java().env, nullptr, name); });
-         destroy(handle);
-         return answer(handle != 0, handle == 0);
+         return opened([=] { return call(FILTERS(nativeCreate), name); }, destroy)(s);
      },
      true},
     {"nativeOnSurfaceCreated",
      [](Shortage& s) {
          const jstring name = java().string("ImageFilterXray");
-         const jlong handle = s.during([&] { return FILTERS(nativeOnSurfaceCreated)(java().env, nullptr, name, 0); });
-         destroy(handle);
-         return answer(handle != 0, handle == 0);
+         return opened([=] { return call(FILTERS(nativeOnSurfaceCreated), name, 0); }, destroy)(s);
      },
      true},
     {"nativeOnSurfaceDestroyed",
      [](Shortage& s) {
-         const jlong handle = FILTERS(nativeOnSurfaceCreated)(java().env, nullptr, java().string("ImageFilterXray"), 1);
-         s.during([&] { FILTERS(nativeOnSurfaceDestroyed)(java().env, nullptr, handle); });
+         const jlong handle = call(FILTERS(nativeOnSurfaceCreated), java().string("ImageFilterXray"), 1);
+         s.during([&] { call(FILTERS(nativeOnSurfaceDestroyed), handle); });
          return Answer::kDone;
      },
      true},
     {"nativeSetTexture and nativeOnDrawFrame",
      [](Shortage& s) {
          const GLuint texture = new_texture(kWidth, kHeight, picture().data());
-         const Answer result = on_surface(s, "ImageFilterXray", [&](JNIEnv* env, jlong handle) {
-             FILTERS(nativeSetTexture)
-             (env, nullptr, handle, static_cast<jint>(texture), kWidth, kHeight, kWidth, kHeight);
-             FILTERS(nativeOnDrawFrame)(env, nullptr, handle);
+         on_surface(s, "ImageFilterXray", [&](jlong handle) {
+             const auto name = static_cast<jint>(texture);
+             call(FILTERS(nativeSetTexture), handle, name, kWidth, kHeight, kWidth, kHeight);
+             call(FILTERS(nativeOnDrawFrame), handle);
          });
          glDeleteTextures(1, &texture);
-         return result;
+         return Answer::kDone;
      },
      true},
     {"nativeSetBitmap",
-     [](Shortage& s) {
-         const jobject bitmap = new_picture();
-         on_surface(s, "ImageFilterXray", [&](JNIEnv* env, jlong handle) {
-             FILTERS(nativeSetBitmap)(env, nullptr, handle, bitmap, kWidth, kHeight);
-         });
-         return answer(java().lock_count(bitmap) == 0, false);
-     },
+     bitmap_on_surface("ImageFilterXray",
+                       [](jlong handle, jobject bitmap, jstring) {
+                           call(FILTERS(nativeSetBitmap), handle, bitmap, kWidth, kHeight);
+                       }),
+     true},
+    {"nativeSetParametersBitmap",
+     bitmap_on_surface("ImageFilterTable",
+                       [](jlong handle, jobject bitmap, jstring key) {
+                           call(FILTERS(nativeSetParametersBitmap), handle, key, bitmap);
+                       }),
      true},
     {"nativeProcess",
      [](Shortage& s) {
          const jobject bitmap = new_picture();
-         const jlong handle = FILTERS(nativeCreate)(java().env, nullptr, java().string("ImageFilterXray"));
-         s.during([&] { FILTERS(nativeProcess)(java().env, nullptr, handle, bitmap); });
+         const jlong handle = call(FILTERS(nativeCreate), java().string("ImageFilterXray"));
+         s.during([&] { call(FILTERS(nativeProcess), handle, bitmap); });
          destroy(handle);
          return picture_answer(bitmap);
      }},
@@ -211,42 +190,30 @@ const ShortageCase kFilters[] = {
      [](Shortage& s) {
          jint type = 0;
          const jstring key = java().string("mStrength");
-         on_surface(s, "ImageFilterDistorted", [&](JNIEnv* env, jlong handle) {
-             type = FILTERS(nativeGetParameterType)(env, nullptr, handle, key);
-         });
+         on_surface(s, "ImageFilterDistorted",
+                    [&](jlong handle) { type = call(FILTERS(nativeGetParameterType), handle, key); });
          return answer(type == PARAMETER_TYPE_FLOAT, type == -1);
      },
      true},
     {"The typed setters",
      [](Shortage& s) {
-         JNIEnv* own = java().env;
          const jstring one = java().string("mStrength");
          const jstring eight = java().string("mTexVertices");
-         const jbooleanArray booleans = own->NewBooleanArray(64);
-         const jintArray integers = own->NewIntArray(8);
-         const jfloatArray floats = own->NewFloatArray(8);
-         const jdoubleArray doubles = own->NewDoubleArray(8);
-         return on_surface(s, "ImageFilterDistorted", [&](JNIEnv* env, jlong handle) {
-             FILTERS(nativeSetParametersBoolean)(env, nullptr, handle, one, 1);
-             FILTERS(nativeSetParametersInteger)(env, nullptr, handle, one, 1);
-             FILTERS(nativeSetParametersFloat)(env, nullptr, handle, one, 1);
-             FILTERS(nativeSetParametersDouble)(env, nullptr, handle, one, 1);
-             FILTERS(nativeSetParametersLong)(env, nullptr, handle, one, 0);
-             FILTERS(nativeSetParametersBooleanArray)(env, nullptr, handle, eight, booleans);
-             FILTERS(nativeSetParametersIntegerArray)(env, nullptr, handle, eight, integers);
-             FILTERS(nativeSetParametersFloatArray)(env, nullptr, handle, eight, floats);
-             FILTERS(nativeSetParametersDoubleArray)(env, nullptr, handle, eight, doubles);
+         const jbooleanArray booleans = java().env->NewBooleanArray(64);
+         const jintArray integers = java().env->NewIntArray(8);
+         const jfloatArray floats = java().env->NewFloatArray(8);
+         const jdoubleArray doubles = java().env->NewDoubleArray(8);
+         return on_surface(s, "ImageFilterDistorted", [&](jlong handle) {
+             call(FILTERS(nativeSetParametersBoolean), handle, one, jboolean{1});
+             call(FILTERS(nativeSetParametersInteger), handle, one, 1);
+             call(FILTERS(nativeSetParametersFloat), handle, one, 1.0F);
+             call(FILTERS(nativeSetParametersDouble), handle, one, 1.0);
+             call(FILTERS(nativeSetParametersLong), handle, one, 0);
+             call(FILTERS(nativeSetParametersBooleanArray), handle, eight, booleans);
+             call(FILTERS(nativeSetParametersIntegerArray), handle, eight, integers);
+             call(FILTERS(nativeSetParametersFloatArray), handle, eight, floats);
+             call(FILTERS(nativeSetParametersDoubleArray), handle, eight, doubles);
          });
-     },
-     true},
-    {"nativeSetParametersBitmap",
-     [](Shortage& s) {
-         const jobject bitmap = new_picture();
-         const jstring key = java().string("mFilterBitmap");
-         on_surface(s, "ImageFilterTable", [&](JNIEnv* env, jlong handle) {
-             FILTERS(nativeSetParametersBitmap)(env, nullptr, handle, key, bitmap);
-         });
-         return answer(java().lock_count(bitmap) == 0, false);
      },
      true},
 };
@@ -260,25 +227,21 @@ const ShortageCase kOthers[] = {
     {"BlurRender.nativeProcess",
      [](Shortage& s) {
          const jobject bitmap = new_picture();
-         s.during([&] { BLUR(nativeProcess)(java().env, nullptr, bitmap, kWidth, kHeight, 5, 0, 100); });
+         s.during([&] { call(BLUR(nativeProcess), bitmap, kWidth, kHeight, 5, 0, 100); });
          return picture_answer(bitmap);
      },
      false, true},
-    {"PanoramaModule.nativeCreate",
-     [](Shortage& s) {
-         const jlong handle = s.during([&] { return PANORAMA(nativeCreate)(java().env, nullptr, 4, 2, 1); });
-         end_sweep(handle);
-         return answer(handle != 0, handle == 0);
-     },
-     true},
+    {"PanoramaModule.nativeCreate", opened([] { return call(PANORAMA(nativeCreate), 4, 2, 1); }, end_sweep), true},
     {"PanoramaModule.nativeProcess",
      [](Shortage& s) {
-         JNIEnv* env = java().env;
          const jobject thiz = java().new_object("com/tervo/media/effects/pano/PanoramaModule", "()V");
-         const jlong handle = PANORAMA(nativeCreate)(env, thiz, 4, 2, 1);
-         const jbyteArray frame = env->NewByteArray(12);
-         PANORAMA(nativeProcess)(env, thiz, handle, frame, 10, 20);
-         const jint result = s.during([&] { return PANORAMA(nativeProcess)(env, thiz, handle, frame, 11, 17.5); });
+         const jlong handle = call(PANORAMA(nativeCreate), 4, 2, 1);
+         const jbyteArray frame = java().env->NewByteArray(12);
+         const auto process = [&](float gyroX, float gyroY) {
+             return PANORAMA(nativeProcess)(java().env, thiz, handle, frame, gyroX, gyroY);
+         };
+         process(10, 20);
+         const jint result = s.during([&] { return process(11, 17.5F); });
          end_sweep(handle);
          const jint offset = java().int_field(thiz, "mOffsetX");
          return answer(result == 0 && offset == 70, result == 1 && offset == 0);
@@ -286,34 +249,23 @@ const ShortageCase kOthers[] = {
      true},
     {"PanoramaModule.nativeDestroy",
      [](Shortage& s) {
-         const jlong handle = PANORAMA(nativeCreate)(java().env, nullptr, 4, 2, 1);
-         const jbyteArray frame = java().env->NewByteArray(12);
-         const auto push = [&] { PANORAMA(nativeProcess)(java().env, nullptr, handle, frame, 10, 20); };
+         const jlong handle = call(PANORAMA(nativeCreate), 4, 2, 1);
          PanoramaInterface* panorama = reinterpret_cast<PanoramaInterface*>(handle);
+         const auto push = [&] {
+             int x = 0;
+             int y = 0;
+             unsigned char pixels[12] = {};
+             panorama->addFrame(pixels, 10, 20, x, y);
+         };
          push();
-         PanoramaModulePeer::closeWithAFrameQueued(
-             PanoramaModulePeer::moduleOf(*panorama),
-             [&] {
-                 int x = 0;
-                 int y = 0;
-                 unsigned char pixels[12] = {};
-                 panorama->addFrame(pixels, 10, 20, x, y);
-             },
-             [&] {
-                 s.during([&] {
-                     PANORAMA(nativeDestroy)
-                     (nullptr, nullptr, handle);
-                 });
-             });
+         PanoramaModulePeer::closeWithAFrameQueued(PanoramaModulePeer::moduleOf(*panorama), push, [&] {
+             s.during([&] { PANORAMA(nativeDestroy)(nullptr, nullptr, handle); });
+         });
          return Answer::kDone;
      },
      true},
     {"SuperCaptureMode.nativeCreate",
-     [](Shortage& s) {
-         const jlong handle = s.during([&] { return MODE(nativeCreate)(java().env, nullptr, 4, 2, 1); });
-         MODE(nativeDestroy)(java().env, nullptr, handle);
-         return answer(handle != 0, handle == 0);
-     },
+     opened([] { return call(MODE(nativeCreate), 4, 2, 1); }, [](jlong handle) { call(MODE(nativeDestroy), handle); }),
      true},
     {"SuperCaptureMode.nativeProcess and nativeDestroy",
      [](Shortage& s) {
@@ -354,19 +306,18 @@ struct FilterCalls {
 
 template <typename Work>
 Answer effects_filter_answer(Shortage& s, const FilterCalls& calls, const char* filter, const Work& work) {
-    JNIEnv* env = java().env;
     const jstring name = java().string(filter);
     const jstring strength = java().string("mStrength");
-    const jfloatArray value = env->NewFloatArray(1);
-    const jlong handle = s.during([&] { return calls.open(env, nullptr, name); });
+    const jfloatArray value = java().env->NewFloatArray(1);
+    const jlong handle = s.during([&] { return call(calls.open, name); });
     const Answer opened = effects_answer(handle != 0);
     if (opened != Answer::kDone) {
         return handle == 0 ? opened : Answer::kWrong;
     }
-    s.during([&] { calls.set(env, nullptr, handle, strength, value); });
+    s.during([&] { call(calls.set, handle, strength, value); });
     const Answer set = effects_answer(true);
     const Answer worked = work(handle);
-    s.during([&] { calls.close(env, nullptr, handle); });
+    s.during([&] { call(calls.close, handle); });
     return set == Answer::kDone ? worked : set;
 }
 
@@ -379,7 +330,7 @@ Answer table_answer(Shortage& s, const FilterCalls& calls) {
     const jobject bitmap = new_picture();
     const jstring key = java().string("mFilterBitmap");
     return effects_filter_answer(s, calls, "ImageFilterTable", [&](jlong handle) {
-        s.during([&] { calls.setBitmap(java().env, nullptr, handle, key, bitmap, kWidth, kHeight); });
+        s.during([&] { call(calls.setBitmap, handle, key, bitmap, kWidth, kHeight); });
         return effects_answer(java().lock_count(bitmap) == 0);
     });
 }
@@ -388,78 +339,71 @@ const ShortageCase kEffects[] = {
     {"blur",
      [](Shortage& s) {
          const jobject bitmap = new_picture();
-         s.during([&] { EFFECTS(blur)(java().env, nullptr, bitmap, kWidth, kHeight, 5, 0, 100); });
+         s.during([&] { call(EFFECTS(blur), bitmap, kWidth, kHeight, 5, 0, 100); });
          return effects_answer(picture_answer(bitmap) == Answer::kDone);
      },
      false, true},
     {"palette",
      [](Shortage& s) {
          const jobject bitmap = new_picture();
-         const jintArray colors =
-             s.during([&] { return EFFECTS(palette)(java().env, nullptr, bitmap, kWidth, kHeight, 4); });
+         const jintArray colors = s.during([&] { return call(EFFECTS(palette), bitmap, kWidth, kHeight, 4); });
          return effects_answer(colors != nullptr && java().lock_count(bitmap) == 0);
      }},
     {"stamp",
      [](Shortage& s) {
          const jbyteArray frame = java().env->NewByteArray(640 * 480 * 2);
          const jstring text = java().string("2026");
-         const bool isDone = s.during([&] { return EFFECTS(stamp)(java().env, nullptr, frame, 640, 480, text); });
-         return effects_answer(isDone);
+         return effects_answer(s.during([&] { return call(EFFECTS(stamp), frame, 640, 480, text); }));
      }},
     {"panoramaOpen and panoramaClose",
      [](Shortage& s) {
-         const jlong handle = s.during([] { return EFFECTS(panoramaOpen)(java().env, nullptr, 4, 2, 1); });
-         s.during([&] { EFFECTS(panoramaClose)(java().env, nullptr, handle); });
+         const jlong handle = s.during([] { return call(EFFECTS(panoramaOpen), 4, 2, 1); });
+         s.during([&] { call(EFFECTS(panoramaClose), handle); });
          return effects_answer(handle != 0);
      },
      true},
     {"panoramaFeed",
      [](Shortage& s) {
-         JNIEnv* env = java().env;
-         const jlong handle = EFFECTS(panoramaOpen)(env, nullptr, 4, 2, 1);
-         const jbyteArray frame = env->NewByteArray(12);
-         const jintArray result = env->NewIntArray(3);
-         EFFECTS(panoramaFeed)(env, nullptr, handle, frame, 10, 20, result);
-         const jint code = s.during([&] { return EFFECTS(panoramaFeed)(env, nullptr, handle, frame, 10, 20, result); });
-         EFFECTS(panoramaClose)(env, nullptr, handle);
+         const jlong handle = call(EFFECTS(panoramaOpen), 4, 2, 1);
+         const jbyteArray frame = java().env->NewByteArray(12);
+         const jintArray result = java().env->NewIntArray(3);
+         const auto feed = [&] { return call(EFFECTS(panoramaFeed), handle, frame, 10.0F, 20.0F, result); };
+         feed();
+         const jint code = s.during(feed);
+         call(EFFECTS(panoramaClose), handle);
          return code == PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY ? Answer::kShort : effects_answer(code == 0);
      },
      true},
     {"A burst",
      [](Shortage& s) {
-         JNIEnv* env = java().env;
-         const jbyteArray frame = env->NewByteArray(4 * 2 * 2);
-         const jlong handle = s.during([&] { return EFFECTS(burstOpen)(env, nullptr, 4, 2); });
+         const jbyteArray frame = java().env->NewByteArray(4 * 2 * 2);
+         const jlong handle = s.during([&] { return call(EFFECTS(burstOpen), 4, 2); });
          const Answer opened = effects_answer(handle != 0);
          if (opened != Answer::kDone) {
              return opened;
          }
-         s.during([&] { EFFECTS(burstPush)(env, nullptr, handle, frame); });
+         s.during([&] { call(EFFECTS(burstPush), handle, frame); });
          const Answer pushed = effects_answer(true);
-         const bool isMerged = s.during(
-             [&] { return EFFECTS(burstMerge)(env, nullptr, handle, pushed == Answer::kDone ? 1 : 0, frame); });
-         s.during([&] { EFFECTS(burstClose)(env, nullptr, handle); });
+         const jint count = pushed == Answer::kDone ? 1 : 0;
+         const bool isMerged = s.during([&] { return call(EFFECTS(burstMerge), handle, count, frame); });
+         s.during([&] { call(EFFECTS(burstClose), handle); });
          return pushed == Answer::kDone ? answer(isMerged, !isMerged) : pushed;
      },
      true},
     {"setProgramCacheDirectory",
      [](Shortage& s) {
-         JNIEnv* env = java().env;
          const jstring directory = java().string((testing::TempDir() + "./././././././").c_str());
-         const jstring error = s.during([&] { return EFFECTS(setProgramCacheDirectory)(env, nullptr, directory); });
-         EFFECTS(setProgramCacheDirectory)(env, nullptr, nullptr);
+         const jstring error = s.during([&] { return call(EFFECTS(setProgramCacheDirectory), directory); });
+         call(EFFECTS(setProgramCacheDirectory), nullptr);
          return answer(error == nullptr, error != nullptr);
      }},
     {"filterTable",
-     [](Shortage& s) {
-         const jstring table = s.during([] { return EFFECTS(filterTable)(java().env, nullptr); });
-         return effects_answer(table != nullptr);
-     }},
+     [](Shortage& s) { return effects_answer(s.during([] { return call(EFFECTS(filterTable)); }) != nullptr); }},
     {"filterOpen, filterSet, filterApply and filterClose",
      [](Shortage& s) {
          return effects_filter_answer(s, kOffscreen, "ImageFilterXray", [&](jlong handle) {
              const jobject bitmap = new_picture();
-             s.during([&] { EFFECTS(filterApply)(java().env, nullptr, handle, bitmap, kWidth, kHeight); });
+             s.during([&] { call(EFFECTS(filterApply), handle, bitmap, kWidth, kHeight); });
              const Answer picture = picture_answer(bitmap);
              return picture == Answer::kDone ? effects_answer(true) : picture;
          });
@@ -467,15 +411,12 @@ const ShortageCase kEffects[] = {
      true},
     {"surfaceFilterOpen, surfaceFilterSet, surfaceFilterDraw and surfaceFilterClose",
      [](Shortage& s) {
-         const jint texture = EFFECTS(createCameraTexture)(java().env, nullptr);
+         const jint texture = call(EFFECTS(createCameraTexture));
          const Answer result = effects_filter_answer(s, kOnSurface, "ImageFilterDistorted", [&](jlong handle) {
-             s.during([&] {
-                 EFFECTS(surfaceFilterDraw)
-                 (java().env, nullptr, handle, texture, kWidth, kHeight, kWidth, kHeight);
-             });
+             s.during([&] { call(EFFECTS(surfaceFilterDraw), handle, texture, kWidth, kHeight, kWidth, kHeight); });
              return effects_answer(true);
          });
-         EFFECTS(deleteCameraTexture)(java().env, nullptr, texture);
+         call(EFFECTS(deleteCameraTexture), texture);
          return result;
      },
      true},
@@ -483,8 +424,8 @@ const ShortageCase kEffects[] = {
     {"surfaceFilterSetBitmap", [](Shortage& s) { return table_answer(s, kOnSurface); }, true},
     {"createCameraTexture",
      [](Shortage& s) {
-         const jint texture = s.during([] { return EFFECTS(createCameraTexture)(java().env, nullptr); });
-         s.during([&] { EFFECTS(deleteCameraTexture)(java().env, nullptr, texture); });
+         const jint texture = s.during([] { return call(EFFECTS(createCameraTexture)); });
+         s.during([&] { call(EFFECTS(deleteCameraTexture), texture); });
          return effects_answer(texture != 0);
      },
      false, true},

@@ -56,54 +56,64 @@ constexpr int kWidth = 16;
 constexpr int kHeight = 12;
 
 // For a new object of the library, or null.
-template <typename T>
-Answer object_answer(T* object) {
-    const bool isThere = object != nullptr;
-    delete object;
-    return answer(isThere, !isThere);
+template <typename Make>
+auto making(const Make& make) {
+    return [make](Shortage& shortage) {
+        const auto* object = shortage.during(make);
+        delete object;
+        return answer(object != nullptr, object == nullptr);
+    };
 }
 
-Answer block_answer(void* block) {
-    galloc_free(block);
-    return answer(block != nullptr, block == nullptr);
+template <typename Make>
+auto taking_block(const Make& make) {
+    return [make](Shortage& shortage) {
+        void* block = shortage.during(make);
+        galloc_free(block);
+        return answer(block != nullptr, block == nullptr);
+    };
 }
 
-// For an algorithm that writes `bytes`: its own result, or nothing touched.
+// For an algorithm that writes bytes: its own result, or nothing touched.
 template <typename Call>
-Answer pixels_answer(Shortage& shortage, const Call& call) {
-    const Bytes before = random_bytes(kWidth * kHeight * 4, 3);
-    Bytes expected = before;
-    call(expected.data());
-    Bytes bytes = before;
-    shortage.during([&] { call(bytes.data()); });
-    return answer(bytes == expected, bytes == before);
+auto writing(const Call& call) {
+    return [call](Shortage& shortage) {
+        const Bytes before = random_bytes(kWidth * kHeight * 4, 3);
+        Bytes expected = before;
+        call(expected.data());
+        Bytes bytes = before;
+        shortage.during([&] { call(bytes.data()); });
+        return answer(bytes == expected, bytes == before);
+    };
 }
 
 // The box blurs take one byte a pixel, and spoil their source.
-template <auto kBlur>
-Answer box_answer(Shortage& shortage) {
-    return pixels_answer(shortage, [](unsigned char* pixels) {
+auto box_blurring(void (*blur)(unsigned char*, unsigned char*, int, int, int)) {
+    return writing([blur](unsigned char* pixels) {
         unsigned char scratch[kWidth * kHeight];
         std::copy_n(pixels, sizeof(scratch), scratch);
-        kBlur(scratch, pixels, kWidth, kHeight, 3);
+        blur(scratch, pixels, kWidth, kHeight, 3);
     });
 }
 
 // For a new matrix that `call` makes of an invertible one.
-template <typename Call>
-Answer matrix_answer(Shortage& shortage, const Call& call) {
-    float numbers[] = {2, 0, 0, 1, 0, 3, 0, 1, 0, 0, 4, 1, 1, 1, 1, 9};
-    Matrix matrix(4, numbers);
-    const auto_ptr<Matrix> expected(call(matrix));
-    const auto_ptr<Matrix> result(shortage.during([&] { return call(matrix); }));
-    const auto same = [&] {
-        return std::equal(result->m_Data[0], result->m_Data[0] + result->m_Row * result->m_Col, expected->m_Data[0]);
+auto making_matrix(Matrix* (*call)(Matrix&)) {
+    return [call](Shortage& shortage) {
+        float numbers[] = {2, 0, 0, 1, 0, 3, 0, 1, 0, 0, 4, 1, 1, 1, 1, 9};
+        Matrix matrix(4, numbers);
+        const auto_ptr<Matrix> expected(call(matrix));
+        const auto_ptr<Matrix> result(shortage.during([&] { return call(matrix); }));
+        const auto same = [&] {
+            return std::equal(result->m_Data[0], result->m_Data[0] + result->m_Row * result->m_Col,
+                              expected->m_Data[0]);
+        };
+        return answer(result.get() != nullptr && same(), result.get() == nullptr);
     };
-    return answer(result.get() != nullptr && same(), result.get() == nullptr);
 }
 
-bool is_empty(Image* image) {
-    return image == nullptr || image->getPlanes()[0] == nullptr;
+Answer image_answer(Image* image) {
+    const bool isEmpty = image == nullptr || image->getPlanes()[0] == nullptr;
+    return answer(!isEmpty, isEmpty);
 }
 
 auto_ptr<Image> new_image(ImageFormatType format) {
@@ -126,8 +136,8 @@ std::atomic<int> CountedTask::runs{0};
 std::atomic<int> CountedTask::gone{0};
 
 const ShortageCase kToolkit[] = {
-    {"galloc_malloc", [](Shortage& s) { return block_answer(s.during([] { return galloc_malloc(8); })); }},
-    {"galloc_alloc", [](Shortage& s) { return block_answer(s.during([] { return galloc_alloc(8); })); }},
+    {"galloc_malloc", taking_block([] { return galloc_malloc(8); })},
+    {"galloc_alloc", taking_block([] { return galloc_alloc(8); })},
     {"galloc_realloc",
      [](Shortage& s) {
          void* block = galloc_malloc(8);
@@ -135,39 +145,33 @@ const ShortageCase kToolkit[] = {
          galloc_free(larger != nullptr ? larger : block);
          return answer(larger != nullptr, larger == nullptr);
      }},
-    {"MemoryStream",
-     [](Shortage& s) {
-         return s.during([] {
-             MemoryStream stream(100);
-             return answer(stream.getLength() == 100, stream.getLength() == 0);
-         });
-     }},
-    {"FileStream",
-     [](Shortage& s) {
-         return s.during([] {
-             FileStream stream(KORVANE_TEST_PHOTO, FileStream::FILE_MODE_ONLY_READ);
-             return answer(stream.getLength() > 0, false);
-         });
-     },
+    {"MemoryStream", one_call([] {
+         MemoryStream stream(100);
+         return answer(stream.getLength() == 100, stream.getLength() == 0);
+     })},
+    {"FileStream", one_call([] {
+         FileStream stream(KORVANE_TEST_PHOTO, FileStream::FILE_MODE_ONLY_READ);
+         return answer(stream.getLength() > 0, false);
+     }),
      false, true},
     {"Image::createImage",
      [](Shortage& s) {
          const auto_ptr<Image> image(
              s.during([] { return Image::createImage(4, 2, 1, IMAGE_FORMAT_TYPE_RGB, nullptr); }));
-         return answer(!is_empty(image.get()), is_empty(image.get()));
+         return image_answer(image.get());
      }},
     {"Image::set",
      [](Shortage& s) {
          Image image(4, 2, 1, IMAGE_FORMAT_TYPE_GRAY, nullptr);
          s.during([&] { image.set(8, 2, 1, IMAGE_FORMAT_TYPE_RGB, nullptr); });
-         return answer(!is_empty(&image), is_empty(&image));
+         return image_answer(&image);
      }},
     {"ColorConvert::convert",
      [](Shortage& s) {
          Image image(4, 2, 1, IMAGE_FORMAT_TYPE_RGB, nullptr);
          const auto_ptr<Image> gray(s.during(
              [&] { return ColorConvert::convert(&image, IMAGE_FORMAT_TYPE_RGB * 256 + IMAGE_FORMAT_TYPE_GRAY); }));
-         return answer(!is_empty(gray.get()), is_empty(gray.get()));
+         return image_answer(gray.get());
      }},
     {"ImageDecoderFactory",
      [](Shortage& s) {
@@ -188,10 +192,7 @@ const ShortageCase kToolkit[] = {
          return answer(isDone && image->getWidth() == 512, !isDone && image->getWidth() == kWidth);
      }},
     {"ImageEncoderFactory::createImageEncoder",
-     [](Shortage& s) {
-         return object_answer(
-             s.during([] { return ImageEncoderFactory().createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG); }));
-     }},
+     making([] { return ImageEncoderFactory().createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG); })},
     {"ImageEncoder::encode",
      [](Shortage& s) {
          auto_ptr<Stream> stream(new MemoryStream(100000));
@@ -201,14 +202,11 @@ const ShortageCase kToolkit[] = {
          const bool isDone = s.during([&] { return encoder->encode(stream, image, 80); });
          return answer(isDone, !isDone);
      }},
-    {"Matrix::create",
-     [](Shortage& s) { return matrix_answer(s, [](Matrix&) { return Matrix::create(3, 4); }); }},
-    {"Matrix::multiply",
-     [](Shortage& s) { return matrix_answer(s, [](Matrix& m) { return Matrix::multiply(&m, &m); }); }},
-    {"Matrix::transponse",
-     [](Shortage& s) { return matrix_answer(s, [](Matrix& m) { return m.transponse(); }); }},
-    {"Matrix::adj", [](Shortage& s) { return matrix_answer(s, [](Matrix& m) { return m.adj(); }); }},
-    {"Matrix::inverse", [](Shortage& s) { return matrix_answer(s, [](Matrix& m) { return m.inverse(); }); }},
+    {"Matrix::create", making_matrix([](Matrix&) { return Matrix::create(3, 4); })},
+    {"Matrix::multiply", making_matrix([](Matrix& m) { return Matrix::multiply(&m, &m); })},
+    {"Matrix::transponse", making_matrix([](Matrix& m) { return m.transponse(); })},
+    {"Matrix::adj", making_matrix([](Matrix& m) { return m.adj(); })},
+    {"Matrix::inverse", making_matrix([](Matrix& m) { return m.inverse(); })},
     {"Matrix::det and cofator",
      [](Shortage& s) {
          float numbers[] = {2, 1, 1, 1, 3, 1, 1, 1, 4};
@@ -220,16 +218,10 @@ const ShortageCase kToolkit[] = {
                        isZero && (det == 0.0F || det == 17.0F) && (cofactor == 0.0F || cofactor == 11.0F));
      }},
     {"fast_blur",
-     [](Shortage& s) {
-         return pixels_answer(
-             s, [](unsigned char* p) { fast_blur(reinterpret_cast<unsigned int*>(p), p, kWidth, kHeight, 3); });
-     }},
-    {"box_blur", box_answer<box_blur>, true},
-    {"gauss_blur", box_answer<gauss_blur>, true},
-    {"gaussiir",
-     [](Shortage& s) {
-         return pixels_answer(s, [](unsigned char* p) { gaussiir(p, kWidth, kHeight, 4, kWidth * 4, 2.0F, 2.0F); });
-     }},
+     writing([](unsigned char* p) { fast_blur(reinterpret_cast<unsigned int*>(p), p, kWidth, kHeight, 3); })},
+    {"box_blur", box_blurring(box_blur), true},
+    {"gauss_blur", box_blurring(gauss_blur), true},
+    {"gaussiir", writing([](unsigned char* p) { gaussiir(p, kWidth, kHeight, 4, kWidth * 4, 2.0F, 2.0F); })},
     {"fast16",
      [](Shortage& s) {
          Bytes image(32 * 32);
@@ -243,17 +235,14 @@ const ShortageCase kToolkit[] = {
          corners.shrink_to_fit();
          return result;
      }},
-    {"ColorQuantizer",
-     [](Shortage& s) {
-         return s.during([] {
-             ColorQuantizer quantizer;
-             quantizer.prepare(2, 1);
-             quantizer.addColor(0, 0, 0);
-             quantizer.addColor(255, 255, 255);
-             const size_t colors = quantizer.getPalette(2).size();
-             return answer(colors == 2, colors == 0);
-         });
-     }},
+    {"ColorQuantizer", one_call([] {
+         ColorQuantizer quantizer;
+         quantizer.prepare(2, 1);
+         quantizer.addColor(0, 0, 0);
+         quantizer.addColor(255, 255, 255);
+         const size_t colors = quantizer.getPalette(2).size();
+         return answer(colors == 2, colors == 0);
+     })},
     {"CreateTimestampWatermark",
      [](Shortage& s) {
          unsigned char* strip = nullptr;
@@ -272,7 +261,7 @@ const ShortageCase kToolkit[] = {
              s.during([&] { return make_photo_timestamp_watermark_to_yuyv(frame.data(), 640, 480, "2026", 0); });
          return answer(isDone && frame != before, !isDone && frame == before);
      }},
-    {"ThreadPool", [](Shortage& s) { return s.during([] { return (ThreadPool(2), Answer::kDone); }); }, true},
+    {"ThreadPool", one_call([] { return (ThreadPool(2), Answer::kDone); }), true},
     {"A ThreadPool that works",
      [](Shortage& s) {
          CountedTask::runs = 0;
@@ -353,36 +342,31 @@ Answer picture_answer(const char* name, const Call& call) {
 }
 
 // Makes a filter and lets it work, as an application does.
-Answer filter_answer(Shortage& s, const char* name) {
-    return picture_answer(name, [&](unsigned char* pixels) {
-        const auto_ptr<ImageFilterBaseGL> filter(s.during([&] {
-            ImageFilterBaseGL* created = korvane::create_offscreen_filter(name);
-            if (created != nullptr) {
-                created->process(pixels, kWidth, kHeight);
+auto filtering(const char* name) {
+    return [name](Shortage& s) {
+        return picture_answer(name, [&](unsigned char* pixels) {
+            const auto_ptr<ImageFilterBaseGL> filter(s.during([&] {
+                ImageFilterBaseGL* created = korvane::create_offscreen_filter(name);
+                if (created != nullptr) {
+                    created->process(pixels, kWidth, kHeight);
+                }
+                return created;
+            }));
+            if (filter.get() != nullptr) {
+                filter->release();
             }
-            return created;
-        }));
-        if (filter.get() != nullptr) {
-            filter->release();
-        }
-    });
+        });
+    };
 }
 
 const ShortageCase kGpu[] = {
-    {"GPUEngine::getCurrentEngine",
-     [](Shortage& s) { return object_answer(s.during([] { return GPUEngine::getCurrentEngine(); })); }},
-    {"GPUScriptSource::createScriptSource",
-     [](Shortage& s) {
-         return object_answer(s.during([] { return GPUScriptSource::createScriptSource("name", "text"); }));
-     }},
-    {"GPUScript::addSource",
-     [](Shortage& s) {
-         return s.during([] {
-             GPUScript script(nullptr, nullptr);
-             const bool isAdded = script.addSource("name", "text");
-             return answer(isAdded, !isAdded && script.getScriptSourceByIndex(0).get() == nullptr);
-         });
-     }},
+    {"GPUEngine::getCurrentEngine", making([] { return GPUEngine::getCurrentEngine(); })},
+    {"GPUScriptSource::createScriptSource", making([] { return GPUScriptSource::createScriptSource("name", "text"); })},
+    {"GPUScript::addSource", one_call([] {
+         GPUScript script(nullptr, nullptr);
+         const bool isAdded = script.addSource("name", "text");
+         return answer(isAdded, !isAdded && script.getScriptSourceByIndex(0).get() == nullptr);
+     })},
     {"GPUScript and its cache file",
      [](Shortage& s) {
          std::string directory = testing::TempDir() + "korvane_cache_XXXXXX";
@@ -413,10 +397,7 @@ const ShortageCase kGpu[] = {
          return answer(binary != nullptr, binary == nullptr && length == 0);
      }},
     {"GPUUtils::loadShader",
-     [](Shortage& s) {
-         return answer(s.during([] { return GPUUtils::loadShader(GL_VERTEX_SHADER, "no shader"); }) == 0, false);
-     },
-     true},
+     one_call([] { return answer(GPUUtils::loadShader(GL_VERTEX_SHADER, "no shader") == 0, false); }), true},
     {"set_program_cache_directory",
      [](Shortage& s) {
          const std::string wanted = testing::TempDir() + "././././././././././";
@@ -429,7 +410,7 @@ const ShortageCase kGpu[] = {
      [](Shortage& s) {
          for (const FilterDescription* description : ImageFilterFactory::filters()) {
              const Answer result =
-                 object_answer(s.during([&] { return ImageFilterFactory::createFilter(description->name); }));
+                 making([description] { return ImageFilterFactory::createFilter(description->name); })(s);
              if (result != Answer::kDone) {
                  return result;
              }
@@ -475,8 +456,8 @@ const ShortageCase kGpu[] = {
              s.during([&] { filter->process(pixels, kWidth, kHeight); });
          });
      }},
-    {"ImageFilterNone from end to end", [](Shortage& s) { return filter_answer(s, "ImageFilterNone"); }, true},
-    {"ImageFilterTable from end to end", [](Shortage& s) { return filter_answer(s, "ImageFilterTable"); }, true},
+    {"ImageFilterNone from end to end", filtering("ImageFilterNone"), true},
+    {"ImageFilterTable from end to end", filtering("ImageFilterTable"), true},
 };
 
 TEST(Shortage, OfTheToolkit) {

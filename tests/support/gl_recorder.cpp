@@ -8,7 +8,6 @@
 #include <functional>
 #include <mutex>
 #include <set>
-#include <sstream>
 #include <type_traits>
 #include <utility>
 
@@ -29,22 +28,15 @@ Function* next(const char* name) {
     return function;
 }
 
-#define VALUES_AND_NAMES(...) {__VA_ARGS__}, #__VA_ARGS__
-
-std::map<long long, std::string> by_value(const std::vector<long long>& values, const char* names) {
-    std::istringstream stream(names);
-    std::map<long long, std::string> result;
-    for (const long long value : values) {
-        std::getline(stream >> std::ws, result[value], ',');
-    }
-    return result;
-}
+#define NAMED(name) \
+    { name, #name }
 
 // The name of an enumerator, or the number.
 std::string argument_text(long long value) {
-    static const auto kNames = by_value(
-        VALUES_AND_NAMES(GL_TEXTURE_2D, GL_RGBA, GL_UNSIGNED_BYTE, GL_PIXEL_UNPACK_BUFFER, GL_FRAMEBUFFER,
-                         GL_FRAGMENT_SHADER, EGL_EXTENSIONS, EGL_VERSION, EGL_WIDTH, EGL_HEIGHT, EGL_NATIVE_VISUAL_ID));
+    static const std::map<long long, std::string> kNames = {
+        NAMED(GL_TEXTURE_2D),  NAMED(GL_RGBA),    NAMED(GL_UNSIGNED_BYTE),  NAMED(GL_PIXEL_UNPACK_BUFFER),
+        NAMED(GL_FRAMEBUFFER), NAMED(EGL_WIDTH),  NAMED(EGL_EXTENSIONS),    NAMED(EGL_NATIVE_VISUAL_ID),
+        NAMED(EGL_VERSION),    NAMED(EGL_HEIGHT), NAMED(GL_FRAGMENT_SHADER)};
     const auto found = kNames.find(value);
     return found != kNames.end() ? found->second : std::to_string(value);
 }
@@ -145,14 +137,6 @@ std::string GlRecorder::take_blamed() {
     return names;
 }
 
-void GlRecorder::heal() {
-    m_Answers.clear();
-    m_QueryAnswers.clear();
-    m_FailEveryCall = GL_NO_ERROR;
-    m_GlErrors.clear();
-    m_EglErrors.clear();
-}
-
 std::map<std::string, size_t> GlRecorder::live_names() {
     std::map<std::string, size_t> counts;
     const std::lock_guard<std::mutex> guard(gLiveNamesMutex);
@@ -164,26 +148,26 @@ std::map<std::string, size_t> GlRecorder::live_names() {
 
 void GlRecorder::note(const std::string& entry, bool isGl) {
     m_Entries.push_back(entry);
-    if (isGl && m_FailEveryCall != GL_NO_ERROR) {
-        m_GlErrors = {m_FailEveryCall};
+    if (isGl && m_Injected.failEveryCall != GL_NO_ERROR) {
+        m_Injected.glErrors = {m_Injected.failEveryCall};
     }
 }
 
 bool GlRecorder::find_answer(const char* function, uint64_t* result) {
-    const auto found = m_Answers.find(function);
-    if (found == m_Answers.end()) {
+    const auto found = m_Injected.answers.find(function);
+    if (found == m_Injected.answers.end()) {
         return false;
     }
-    *result = found->second.m_Result;
-    if (found->second.m_Code != 0) {
-        (function[0] == 'g' ? m_GlErrors : m_EglErrors).push_back(found->second.m_Code);
+    *result = found->second.result;
+    if (found->second.code != 0) {
+        (function[0] == 'g' ? m_Injected.glErrors : m_Injected.eglErrors).push_back(found->second.code);
     }
     return true;
 }
 
 bool GlRecorder::find_query_answer(GLenum name, GLint* value) const {
-    const auto found = m_QueryAnswers.find(name);
-    if (found == m_QueryAnswers.end()) {
+    const auto found = m_Injected.queryAnswers.find(name);
+    if (found == m_Injected.queryAnswers.end()) {
         return false;
     }
     *value = found->second;
@@ -191,7 +175,7 @@ bool GlRecorder::find_query_answer(GLenum name, GLint* value) const {
 }
 
 GLenum GlRecorder::next_error(bool isGl) {
-    std::deque<GLenum>& errors = isGl ? m_GlErrors : m_EglErrors;
+    std::deque<GLenum>& errors = isGl ? m_Injected.glErrors : m_Injected.eglErrors;
     const GLenum code = errors.empty() ? 0 : errors.front();
     if (!errors.empty()) {
         errors.pop_front();
@@ -240,6 +224,7 @@ FORWARD(GLenum, glCheckFramebufferStatus, (GLenum a), a)
 FORWARD(void, glDrawArrays, (GLenum a, GLint b, GLsizei c), a, b, c)
 FORWARD(void, glFramebufferTexture2D, (GLenum a, GLenum b, GLenum c, GLuint d, GLint e), a, b, c, d, e)
 FORWARD(void, glGetProgramBinary, (GLuint a, GLsizei b, GLsizei* c, GLenum* d, void* e), a, b, c, d, e)
+FORWARD(void, glDrawBuffers, (GLsizei a, const GLenum* b), a, b)
 FORWARD(GLint, glGetUniformLocation, (GLuint a, const GLchar* b), a, b)
 FORWARD(void*, glMapBufferRange, (GLenum a, GLintptr b, GLsizeiptr c, GLbitfield d), a, b, c, d)
 FORWARD(void, glPixelStorei, (GLenum a, GLint b), a, b)
@@ -275,16 +260,6 @@ FORWARD(EGLBoolean, eglQuerySurface, (EGLDisplay a, EGLSurface b, EGLint c, EGLi
 FORWARD(const char*, eglQueryString, (EGLDisplay a, EGLint b), a, b)
 FORWARD(EGLBoolean, eglSwapBuffers, (EGLDisplay a, EGLSurface b), a, b)
 FORWARD(EGLBoolean, eglTerminate, (EGLDisplay a), a)
-
-extern "C" void glDrawBuffers(GLsizei a, const GLenum* b) {
-    static auto* const driver = next<void(GLsizei, const GLenum*)>("glDrawBuffers");
-    if (gRecorder != nullptr) {
-        std::string text = "glDrawBuffers(" + std::to_string(a);
-        std::for_each(b, b + a, [&](GLenum buffer) { text += ", " + argument_text(static_cast<long long>(buffer)); });
-        gRecorder->note(text + ")", true);
-    }
-    driver(a, b);
-}
 
 // Shaders and programs, whose names come one at a time.
 #define FORWARD_NAME(Kind, parameters, ...)                                               \

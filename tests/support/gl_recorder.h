@@ -32,19 +32,21 @@ class GlRecorder {
     std::string take_blamed();
 
     // From now on the function does not reach the driver, answers `result` and leaves the error `code` each time.
-    void answer(const std::string& function, uint64_t result, GLenum code = 0) { m_Answers[function] = {result, code}; }
+    void answer(const std::string& function, uint64_t result, GLenum code = 0) {
+        m_Injected.answers[function] = {result, code};
+    }
 
     // Queries of this value of a shader or program answer `value`.
-    void answer_query(GLenum name, GLint value) { m_QueryAnswers[name] = value; }
+    void answer_query(GLenum name, GLint value) { m_Injected.queryAnswers[name] = value; }
 
     // Each GL call leaves an error of this code, so that the log shows where each check stands and whom it blames.
-    void fail_every_call(GLenum code) { m_FailEveryCall = code; }
+    void fail_every_call(GLenum code) { m_Injected.failEveryCall = code; }
 
-    void queue_gl_errors(const std::deque<GLenum>& codes) { m_GlErrors = codes; }
-    void queue_egl_errors(const std::deque<GLenum>& codes) { m_EglErrors = codes; }
+    void queue_gl_errors(const std::deque<GLenum>& codes) { m_Injected.glErrors = codes; }
+    void queue_egl_errors(const std::deque<GLenum>& codes) { m_Injected.eglErrors = codes; }
 
     // No more injected failures.
-    void heal();
+    void heal() { m_Injected = {}; }
 
     // Names that the driver gave and nobody deleted yet, by the function that made them ("glGenTextures").
     static std::map<std::string, size_t> live_names();
@@ -57,18 +59,21 @@ class GlRecorder {
 
   private:
     struct Answer {
-        uint64_t m_Result;
-        GLenum m_Code;
+        uint64_t result;
+        GLenum code;
+    };
+    struct Injected {
+        std::map<std::string, Answer> answers;
+        std::map<GLenum, GLint> queryAnswers;
+        GLenum failEveryCall = GL_NO_ERROR;
+        std::deque<GLenum> glErrors;
+        std::deque<GLenum> eglErrors;
     };
 
     static void log_sink(void* user, int priority, const char* tag, const char* text);
 
     std::vector<std::string> m_Entries;
-    std::map<std::string, Answer> m_Answers;
-    std::map<GLenum, GLint> m_QueryAnswers;
-    GLenum m_FailEveryCall = GL_NO_ERROR;
-    std::deque<GLenum> m_GlErrors;
-    std::deque<GLenum> m_EglErrors;
+    Injected m_Injected;
 };
 
 #endif  // KORVANE_TESTS_SUPPORT_GL_RECORDER_H_

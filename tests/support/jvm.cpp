@@ -56,27 +56,19 @@ void JvmTest::expect_no_exception(const char* what) {
 }
 
 jmethodID JvmTest::method(jobject object, const char* name, const char* signature) {
-    const jmethodID id = env->GetMethodID(env->GetObjectClass(object), name, signature);
-    expect_no_exception(name);
-    return id;
+    return checked(env->GetMethodID(env->GetObjectClass(object), name, signature), name);
 }
 
 jfieldID JvmTest::field(jobject object, const char* name, const char* signature) {
-    const jfieldID id = env->GetFieldID(env->GetObjectClass(object), name, signature);
-    expect_no_exception(name);
-    return id;
+    return checked(env->GetFieldID(env->GetObjectClass(object), name, signature), name);
 }
 
 jclass JvmTest::find_class(const char* name) {
-    const jclass type = env->FindClass(name);
-    expect_no_exception(name);
-    return type;
+    return checked(env->FindClass(name), name);
 }
 
 jstring JvmTest::string(const char* text) {
-    const jstring result = text == nullptr ? nullptr : env->NewStringUTF(text);
-    expect_no_exception("NewStringUTF");
-    return result;
+    return checked(text == nullptr ? nullptr : env->NewStringUTF(text), "NewStringUTF");
 }
 
 jobject JvmTest::new_bitmap(int width, int height, const std::vector<unsigned char>& pixels) {

@@ -27,17 +27,13 @@ class JvmTest : public testing::Test {
     jobject new_object(const char* className, const char* signature, Arguments... arguments) {
         const jclass type = find_class(className);
         const jmethodID id = type == nullptr ? nullptr : env->GetMethodID(type, "<init>", signature);
-        const jobject object = id == nullptr ? nullptr : env->NewObject(type, id, arguments...);
-        expect_no_exception(className);
-        return object;
+        return checked(id == nullptr ? nullptr : env->NewObject(type, id, arguments...), className);
     }
     template <typename... Arguments>
     jobject call_static_object(const char* className, const char* name, const char* signature, Arguments... arguments) {
         const jclass type = find_class(className);
         const jmethodID id = type == nullptr ? nullptr : env->GetStaticMethodID(type, name, signature);
-        const jobject result = id == nullptr ? nullptr : env->CallStaticObjectMethod(type, id, arguments...);
-        expect_no_exception(name);
-        return result;
+        return checked(id == nullptr ? nullptr : env->CallStaticObjectMethod(type, id, arguments...), name);
     }
     template <typename... Arguments>
     void call_void(jobject object, const char* name, const char* signature, Arguments... arguments) {
@@ -87,8 +83,12 @@ class JvmTest : public testing::Test {
     Result call(Result (JNIEnv::*function)(jobject, jmethodID, ...), jobject object, const char* name,
                 const char* signature, Arguments... arguments) {
         const jmethodID id = method(object, name, signature);
-        const Result result = id == nullptr ? Result() : (env->*function)(object, id, arguments...);
-        expect_no_exception(name);
+        return checked(id == nullptr ? Result() : (env->*function)(object, id, arguments...), name);
+    }
+
+    template <typename T>
+    T checked(T result, const char* what) {
+        expect_no_exception(what);
         return result;
     }
 

@@ -46,7 +46,7 @@ accepts sweep track.csv a.jpg b.jpg
 prints "$expected"
 refuses 'other.jpg is not of the size of a.jpg' sweep track.csv a.jpg other.jpg
 refuses 'cannot read missing.csv: No such file' sweep missing.csv
-for line in '10' '10;20' '10,20,30' 'x,y' '10,20 degrees'; do
+for line in 'nan,1' '1,inf' '1,361' '10' '10;20' '10,20,30' 'x,y' '10,20 degrees'; do
     printf '1,2\n%s\n' "$line" >bad.csv
     refuses 'bad.csv, line 2: expected two angles' sweep bad.csv
 done

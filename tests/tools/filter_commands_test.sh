@@ -7,7 +7,15 @@ accepts filters
 for name in None Table Distorted Extrusion Mirror Temperature Timetunnel Xray; do
     holds grep -q "^ImageFilter$name: " out.log
 done
-holds grep -qE '^ +mStrength +float +any +0\.2 ' out.log
+for row in 'mStrength +float +-0\.5 \.\.\. 10 +0\.2' 'mRadius +float +0 \.\.\. 1 +0\.4472'; do
+    holds grep -qE "^ +$row " out.log
+done
+# The shown default changes nothing.
+for filter in distorted timetunnel; do
+    accepts filter $filter scene.jpg -o default.png
+    accepts filter $filter scene.jpg -o set.png --set mRadius=0.4472
+    holds test "$(compare -metric MAE default.png set.png null: 2>&1 | cut -d. -f1)" -lt 20
+done
 
 accepts doctor
 for line in 'EGL vendor' 'GL renderer' 'limit texture size' 'program binaries'; do
@@ -28,6 +36,11 @@ accepts filter Table scene.jpg -o table-out.jpg --table table.jpg --set mStrengt
 
 refuses "no filter 'Sepia'" filter Sepia scene.jpg -o new.jpg
 refuses "no parameter 'mRadius'" filter Mirror scene.jpg -o new.jpg --set mRadius=1
+for row in 'distorted mRadius nan' 'Distorted mRadius 1.01' 'DISTORTED mStrength -1e30' 'Mirror mCenterx -0.1' \
+    'imagefilterextrusion mStrength -0.6' 'Extrusion mStrength 11' 'Table mStrength inf' 'Timetunnel mRadius 1e99'; do
+    read -r filter parameter value <<<"$row"
+    refuses "$parameter=$value' (is not within|holds no finite)" filter "$filter" scene.jpg -o new.jpg --set "$parameter=$value"
+done
 refuses "needs 1 number" filter Mirror scene.jpg -o new.jpg --set mCenterx=wide
 refuses "needs 8 numbers" filter None scene.jpg -o new.jpg --set mTexVertices=0,0,1
 refuses "write key=value" filter None scene.jpg -o new.jpg --set mTexVertices

@@ -54,13 +54,10 @@ TEST_F(BlurRenderTest, SendsEachColorToItsByteAndLeavesTheTail) {
     EXPECT_EQ(processed(13, 1, 0, 0x77102030, 256), expected);
 }
 
-TEST_F(BlurRenderTest, TouchesNothingWithoutASize) {
+TEST_F(BlurRenderTest, TouchesNothingWithoutASizeOrPixels) {
     EXPECT_EQ(processed(0, kHeight, 9, 0, 128), m_Before);
     EXPECT_EQ(processed(kWidth, -1, 9, 0, 128), m_Before);
     EXPECT_EQ(processed(-4, -8, 9, 0, 128), m_Before);
-}
-
-TEST_F(BlurRenderTest, UnlocksABitmapThatGivesNoPixels) {
     const jobject bitmap = new_bitmap(kWidth, kHeight, m_Before);
     call_void(bitmap, "recycle", "()V");
     process(bitmap, kWidth, kHeight, 9, 0, 128);

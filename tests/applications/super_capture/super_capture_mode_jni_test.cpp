@@ -1,15 +1,9 @@
+#include <com_tervo_media_supercapture_mode_SuperCaptureMode.h>
 #include <gmock/gmock.h>
 
 #include "tests/support/jvm.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/standard_error.h"
-
-// This program's own copy, for objects that are no SuperCaptureMode.
-extern "C" void Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeProcess(JNIEnv*, jobject, jlong,
-                                                                                      jbyteArray);
-extern "C" jlong Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeCreate(JNIEnv*, jobject, jint, jint,
-                                                                                      jint);
-extern "C" void Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeDestroy(JNIEnv*, jobject, jlong);
 
 namespace {
 
@@ -59,6 +53,7 @@ TEST_F(SuperCaptureModeTest, AdvisesTheJavaObject) {
 }
 
 TEST_F(SuperCaptureModeTest, AnObjectWithoutTheCallbackIsLoggedAndLeftInPeace) {
+    // This program's own copy of the methods takes an object that is no SuperCaptureMode.
     LogCapture log;
     const jobject other = string("no callback here");
     const jlong handle = Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeCreate(env, other, 4, 2, 0);

@@ -26,6 +26,20 @@ using Bytes = std::vector<unsigned char>;
 
 constexpr size_t kRefused = std::numeric_limits<size_t>::max();
 
+// A stream without anything behind it: its answer to transfers, and to seeks.
+void expect_refusals(Stream* stream, size_t count, int64_t distance) {
+    char byte = 'x';
+    EXPECT_EQ(stream->read(&byte, 1), count);
+    EXPECT_EQ(stream->write(&byte, 1), count);
+    EXPECT_EQ(stream->skip(1), count);
+    EXPECT_EQ(stream->seek(0, SEEK_ORIGIN_BEGIN), distance);
+    EXPECT_EQ(stream->getLength(), 0U);
+    EXPECT_FALSE(stream->rewind());
+    stream->flush();
+    stream->close();
+    EXPECT_EQ(byte, 'x');
+}
+
 // --- MemoryStream
 
 TEST(MemoryStream, WithoutABlockRefusesEverything) {
@@ -35,15 +49,7 @@ TEST(MemoryStream, WithoutABlockRefusesEverything) {
     MemoryStream closed(16);
     closed.close();
     for (Stream* stream : {&borrowedNothing, &empty, &tooLarge, &closed}) {
-        char byte = 'x';
-        EXPECT_EQ(stream->read(&byte, 1), kRefused);
-        EXPECT_EQ(stream->write(&byte, 1), kRefused);
-        EXPECT_EQ(stream->skip(1), kRefused);
-        EXPECT_EQ(stream->seek(0, SEEK_ORIGIN_BEGIN), -1);
-        EXPECT_EQ(stream->getLength(), 0U);
-        EXPECT_EQ(byte, 'x');
-        stream->flush();
-        stream->close();
+        expect_refusals(stream, kRefused, -1);
     }
 }
 
@@ -135,16 +141,7 @@ TEST_F(FileStreamTest, NotOpenAnswersNothing) {
     FileStream closed(path.c_str(), FileStream::FILE_MODE_ONLY_READ);
     closed.close();
     for (FileStream* stream : {&modeless, &missing, &pathless, &unwritable, &closed}) {
-        char byte = 'x';
-        EXPECT_EQ(stream->read(&byte, 1), 0U);
-        EXPECT_EQ(stream->write(&byte, 1), 0U);
-        EXPECT_EQ(stream->skip(1), 0U);
-        EXPECT_EQ(stream->seek(0, SEEK_ORIGIN_BEGIN), 0);
-        EXPECT_EQ(stream->getLength(), 0U);
-        EXPECT_FALSE(stream->rewind());
-        stream->flush();
-        stream->close();
-        EXPECT_EQ(byte, 'x');
+        expect_refusals(stream, 0, 0);
     }
     EXPECT_EQ(content(), "0123456789");
 }
@@ -261,11 +258,7 @@ TYPED_TEST(WrapperTest, ForwardsAndEndsWhatItWraps) {
 
 TYPED_TEST(WrapperTest, AnswersWithoutAStream) {
     TypeParam wrapper(static_cast<Stream*>(nullptr));
-    char byte = 0;
-    EXPECT_EQ(wrapper.read(&byte, 1), kRefused);
-    EXPECT_EQ(wrapper.write(&byte, 1), kRefused);
-    EXPECT_EQ(wrapper.seek(0, SEEK_ORIGIN_BEGIN), -1);
-    EXPECT_EQ(wrapper.getLength(), 0U);
+    expect_refusals(&wrapper, kRefused, -1);
 }
 
 TEST(TypedStreams, ValuesKeepTheProcessorsBytes) {

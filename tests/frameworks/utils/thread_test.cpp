@@ -10,21 +10,15 @@
 
 namespace {
 
-class CountingRunnable : public IRunnable {
+template <typename Base>
+class Counted : public Base {
   public:
-    explicit CountingRunnable(std::atomic<int>* runs) : m_Runs(runs) {}
-    void run() override { ++*m_Runs; }
-
-  private:
-    std::atomic<int>* m_Runs;
-};
-
-class OwnRun : public Thread {
-  public:
-    using Thread::Thread;
+    using Base::Base;
     void run() override { ++runs; }
     std::atomic<int> runs{0};
 };
+
+using OwnRun = Counted<Thread>;
 
 // join() sets the stop flag, and a thread that has not begun by then runs nothing. So tests wait for the run first.
 void wait_for(const std::atomic<int>& runs) {
@@ -34,13 +28,13 @@ void wait_for(const std::atomic<int>& runs) {
 }
 
 TEST(Thread, RunsItsRunnableOrElseItself) {
-    std::atomic<int> runs{0};
-    auto_ptr<IRunnable> runnable(new CountingRunnable(&runs));
+    auto* counted = new Counted<IRunnable>;
+    auto_ptr<IRunnable> runnable(counted);
     OwnRun withRunnable(runnable);
     EXPECT_EQ(withRunnable.start(), 0);
-    wait_for(runs);
+    wait_for(counted->runs);
     EXPECT_EQ(withRunnable.join(), 0);
-    EXPECT_EQ(runs, 1);
+    EXPECT_EQ(counted->runs, 1);
     EXPECT_EQ(withRunnable.runs, 0);
 
     OwnRun alone;

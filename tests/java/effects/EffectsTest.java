@@ -29,25 +29,8 @@ import korvane.effects.TimestampStamp;
 import org.junit.Test;
 
 /** What korvane.effects does without a GPU, and how it refuses wrong use. */
-public class EffectsTest {
+public class EffectsTest extends Refusals {
     private static final Bitmap.Config ARGB = Bitmap.Config.ARGB_8888;
-
-    private interface Call {
-        void run() throws Exception;
-    }
-
-    private static void refused(Class<? extends Exception> kind, String reason, Call call) {
-        Exception thrown = assertThrows(reason, kind, call::run);
-        assertTrue(thrown.getMessage(), thrown.getMessage().contains(reason));
-    }
-
-    private static void badArgument(String reason, Call call) {
-        refused(IllegalArgumentException.class, reason, call);
-    }
-
-    private static void badState(String reason, Call call) {
-        refused(IllegalStateException.class, reason, call);
-    }
 
     private static Bitmap noise(int width, int height, int seed) {
         Bitmap bitmap = Bitmap.createBitmap(width, height, ARGB);

@@ -3,7 +3,6 @@ import static org.junit.Assert.assertArrayEquals;
 import static org.junit.Assert.assertEquals;
 import static org.junit.Assert.assertFalse;
 import static org.junit.Assert.assertNotEquals;
-import static org.junit.Assert.assertThrows;
 import static org.junit.Assert.assertTrue;
 
 import android.graphics.Bitmap;
@@ -24,28 +23,11 @@ import korvane.effects.ProgramCache;
 import org.junit.Test;
 
 /** Filter and FilterRenderer on a real GL implementation. */
-public class FilterTest {
+public class FilterTest extends Refusals {
     private static final int RED = 0xFFFF0000;
     private static final int GREEN = 0xFF00FF00;
     private static final int BLUE = 0xFF0000FF;
     private static final int GREY = 0xFF808080;
-
-    private interface Call {
-        void run() throws Exception;
-    }
-
-    private static void refused(Class<? extends Exception> kind, String reason, Call call) {
-        Exception thrown = assertThrows(reason, kind, call::run);
-        assertTrue(thrown.getMessage(), thrown.getMessage().contains(reason));
-    }
-
-    private static void badArgument(String reason, Call call) {
-        refused(IllegalArgumentException.class, reason, call);
-    }
-
-    private static void badState(String reason, Call call) {
-        refused(IllegalStateException.class, reason, call);
-    }
 
     // Four fields of one color each: red and green above, blue and grey below.
     private static Bitmap fields(int width, int height) {
