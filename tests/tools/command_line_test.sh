@@ -30,7 +30,7 @@ refuses "--method.*'median' is none of stack, box, " "${blur[@]}" --method media
 refuses '--radius.*81.*--method iir' "${blur[@]}" --method iir --radius 81
 refuses '--radius.*2001' "${blur[@]}" --method gauss --radius 2001
 refuses '--alpha.*257' "${blur[@]}" --alpha 257
-for colour in '#12345' '#1234567' 'red' '#12345g' '#-12345' '' '##12345'; do
+for colour in '#12345' '#1234567' 'redd' '#12g' '#-12' '#12345g' '#-12345' '' '##12345'; do
     refuses "'$colour' is not a colour" "${blur[@]}" --color "$colour"
 done
 
@@ -78,6 +78,23 @@ accepts blur copy.jpg -o copy.jpg --radius 0
 for method in stack box gauss fast iir; do
     accepts blur copy.jpg -o copy.jpg --radius 0 --method $method
 done
+# The same strength with every method, whatever its radius means; half of the colour unless told.
+accepts blur scene.jpg -o even.png --method gauss --radius 6
+for method in stack box fast iir; do
+    accepts blur scene.jpg -o sigma.png --method $method --sigma 6
+    holds test "$(compare -metric MAE even.png sigma.png null: 2>&1 | cut -d. -f1)" -lt 600
+done
+accepts blur scene.jpg -o half.png --radius 9 --color '#0000ff' --alpha 128
+for color in '#00f' blue BLUE 0000Ff; do
+    accepts blur scene.jpg -o color.png --radius 9 --color $color
+    holds cmp -s half.png color.png
+done
+for sigma in nan inf -1 24.1 x; do
+    refuses '--sigma' "${blur[@]}" --method iir "--sigma=$sigma"
+done
+refuses 'excludes' "${blur[@]}" --sigma 3 --radius 3
+refuses "'2026-01-02 03:04' does not fit into a photo of 7 x 41" stamp narrow.jpg -o new.jpg --text '2026-01-02 03:04'
+
 accepts blur -o './-.jpg' ./scene.jpg --alpha 0
 holds test -z "$(find . -name '*.tmp')"
 
