@@ -2,19 +2,33 @@
 # The program as a whole, reading and writing photos, and the commands blur and scene.
 source "$(dirname "$0")/checks.sh"
 
-accepts --version
-holds grep -qxE 'korvane [0-9]+\.[0-9]+\.[0-9]+' out.log
-for help in --help 'blur --help' 'scene --help'; do
-    # shellcheck disable=SC2086
-    accepts $help
-    holds grep -q Usage out.log
+for version in --version -V; do
+    accepts $version
+    holds grep -qxE 'korvane [0-9]+\.[0-9]+\.[0-9]+' out.log
 done
+accepts help
+for word in 'Exit codes: 0' 'blur' 'help COMMAND'; do
+    holds grep -q "$word" out.log
+done
+cp out.log main.log
+for command in $(sed -n '/^Subcommands/,/^$/s/^  \([a-z]*\) .*/\1/p' out.log); do
+    accepts help "$command"
+    holds grep -A1 Example: out.log
+    holds grep -qE "^  korvane $command" out.log
+    holds test -z "$(cat main.log out.log | grep -E '.{101}')"
+    cp out.log explained.log
+    accepts "$command" --help
+    holds cmp -s explained.log out.log
+    refuses "see korvane $command --help" "$command" --bogus
+done
+refuses "no command 'bulr'" help bulr
 refuses 'subcommand is required'
 refuses "no command 'bulr'" bulr
 refuses 'subcommand is required' --bogus
 
 accepts scene scene.jpg --size 320x180
 accepts scene narrow.jpg --size 7x41
+run stamp scene.jpg -o stamped.jpg --text 12 --verbose || complain verbose
 for size in 320 0x9 9x9x9 -9x9; do
     refuses "'$size' is not a size" scene new.jpg "--size=$size"
 done
