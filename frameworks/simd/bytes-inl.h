@@ -110,6 +110,20 @@ HWY_INLINE LaneVector HalvedSum(LaneVector a, LaneVector b) {
     return LaneVector(vreinterpretq_u16_s16(half));
 }
 
+// The product is doubled, so Centred shifts by one less.
+constexpr int kScalingShift = 1;
+
+HWY_INLINE SignedVector ScaledTowardZero(SignedVector x, SignedVector multipliers) {
+    const uint16x8_t product = vreinterpretq_u16_s16(vqdmulhq_s16(x.raw, multipliers.raw));
+    return SignedVector(vreinterpretq_s16_u16(vsraq_n_u16(product, vreinterpretq_u16_s16(x.raw), 15)));
+}
+
+// Shifting with saturation clamps, and leaves the byte where another shift inserts it.
+HWY_INLINE ByteVector ClampedBytes(SignedVector even, SignedVector odd) {
+    const uint16x8_t high = vqshluq_n_s16(odd.raw, 8);
+    return hn::BitCast(ByteTag(), LaneVector(vsriq_n_u16(high, vqshluq_n_s16(even.raw, 8), 8)));
+}
+
 HWY_INLINE void StoreQuarterSums(LaneVector a, LaneVector b, uint8_t* toA, uint8_t* toB) {
     const uint8x8_t quarters = vadd_u8(vshrn_n_u16(vpaddq_u16(a.raw, b.raw), 2), vdup_n_u8(128));
     const uint32x2_t both = vreinterpret_u32_u8(quarters);
@@ -147,6 +161,23 @@ HWY_INLINE LaneVector HalvedSum(LaneVector a, LaneVector b) {
     return hn::BitCast(LaneTag(), hn::ShiftRight<1>(hn::BitCast(SignedTag(), hn::Add(a, b))));
 }
 
+constexpr int kScalingShift = 0;
+
+// x * multiplier / 65536, truncated toward zero, for a multiplier that is positive and x from Centred.
+HWY_INLINE SignedVector ScaledTowardZero(SignedVector x, SignedVector multipliers) {
+    return hn::Sub(hn::MulHigh(x, multipliers), hn::ShiftRight<15>(x));
+}
+
+// The lanes clamped to bytes.
+HWY_INLINE ByteVector ClampedBytes(SignedVector even, SignedVector odd) {
+    const SignedTag d;
+    const LaneTag dLanes;
+    const auto clamped = [&](SignedVector lanes) KORVANE_INLINE {
+        return hn::BitCast(dLanes, hn::Min(hn::Max(lanes, hn::Zero(d)), hn::Set(d, 255)));
+    };
+    return JoinedBytes(clamped(even), clamped(odd));
+}
+
 // 128 + (even lane + odd lane) / 4 of signed lanes above -256, rounded down, in 32-bit lanes.
 HWY_INLINE QuadVector QuarterSums(LaneVector lanes) {
     const QuadTag d;
@@ -179,20 +210,16 @@ HWY_INLINE ByteVector AlternatingBytes(uint8_t even, uint8_t odd) {
     return hn::BitCast(ByteTag(), hn::Set(LaneTag(), static_cast<uint16_t>(even | odd << 8)));
 }
 
-// x * multiplier / 65536, truncated toward zero, for a multiplier that is positive.
-HWY_INLINE SignedVector ScaledTowardZero(SignedVector x, SignedVector multipliers) {
-    return hn::Sub(hn::MulHigh(x, multipliers), hn::ShiftRight<15>(x));
-}
-
 HWY_INLINE SignedVector ScaledTowardZero(SignedVector x, int16_t multiplier) {
     return ScaledTowardZero(x, hn::Set(SignedTag(), multiplier));
 }
 
-// (byte - kOffset) * 2^kShift, for lanes that hold bytes.
+// (byte - kOffset) * 2^kShift, ready to be scaled, for lanes that hold bytes.
 template <int kOffset, int kShift>
 HWY_INLINE SignedVector Centred(LaneVector bytes) {
+    constexpr int kOwnShift = kShift - kScalingShift;
     const SignedTag d;
-    return hn::Sub(hn::BitCast(d, hn::ShiftLeft<kShift>(bytes)), hn::Set(d, kOffset << kShift));
+    return hn::Sub(hn::BitCast(d, hn::ShiftLeft<kOwnShift>(bytes)), hn::Set(d, kOffset << kOwnShift));
 }
 
 #if HWY_ARCH_X86
