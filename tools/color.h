@@ -12,7 +12,8 @@ struct RgbColor {
     int blue;
 };
 
-// Reads "#RRGGBB" or "RRGGBB", with upper or lower case digits. Throws CommandError for anything else.
+// Reads "#RRGGBB" or "#RGB", also without the "#", and the color names of CSS, all in any case. Throws CommandError for
+// anything else.
 RgbColor parse_color(const std::string& text);
 
 }  // namespace korvane

@@ -35,6 +35,7 @@ class CommandError : public std::runtime_error {
 struct Command {
     const char* name;
     const char* description;
+    const char* example;
     std::function<void()> (*setup)(CLI::App& app);
 };
 
@@ -48,7 +49,7 @@ int run_program(std::span<const Command> commands, const std::vector<std::string
 // One line on standard error.
 void print_warning(const std::string& text);
 
-#define KORVANE_COMMAND(name, description) std::function<void()> setup_##name##_command(CLI::App& app);
+#define KORVANE_COMMAND(name, description, example) std::function<void()> setup_##name##_command(CLI::App& app);
 #include "tools/commands.def"
 #undef KORVANE_COMMAND
 

@@ -34,6 +34,9 @@ struct Nv21Frame {
     std::vector<unsigned char> bytes;
 };
 
+constexpr const char* kReferenceHint =
+    "the first reading only sets the reference angles and answers 3 (INVALID_PARAMETER), and so does every reading "
+    "while a reference angle is exactly 0";
 constexpr const char* kResultNames[] = {"NO_ERROR", "OUT_OF_MEMRORY", "WRONG_DIRECTION", "INVALID_PARAMETER",
                                         "INVALID_OPERATOR"};
 constexpr const char* kDirectionNames[] = {"NONE", "LEFT_TO_RIGHT", "RIGHT_TO_LEFT", "TOP_TO_BOTTOM", "BOTTOM_TO_TOP"};
@@ -120,6 +123,9 @@ void sweep(const SweepOptions& options) {
         report << i + 1 << ',' << kResultNames[result] << ',' << kDirectionNames[panorama.getDirectionType()] << ','
                << offsetX << ',' << offsetY << '\n';
     }
+    if (report.str().find(kResultNames[PANORAMA_RESULT_TYPE_INVALID_PARAMETER]) != std::string::npos) {
+        report << "# INVALID_PARAMETER: " << kReferenceHint << '\n';
+    }
     std::cout << report.str();
     // Closing would wait for one more frame. The destructor ends the worker without it.
 }
@@ -128,7 +134,10 @@ void sweep(const SweepOptions& options) {
 
 std::function<void()> setup_sweep_command(CLI::App& app) {
     auto options = std::make_shared<SweepOptions>();
-    app.add_option("track", options->track, "The gyroscope's readings: a text file with lines gyroX,gyroY in degrees")
+    app.add_option(
+           "track", options->track,
+           std::string("The gyroscope's readings: a text file with lines gyroX,gyroY in degrees, -360 to 360; ") +
+               kReferenceHint)
         ->required();
     app.add_option("frames", options->frames,
                    "Photos of one size, one for each reading; the last one serves the readings that follow");

@@ -4,9 +4,9 @@
 //
 // Even and odd pixels are 16-bit lanes of vectors of their own. So a pair of pixels is one lane of each, a quad is two
 // neighbouring lanes of each, and the sums over them are vertical. The entries of color_tables.h are computed. For a
-// byte i, the truncated product with a coefficient of Y, U or V is the high half of i * m. For a signed x = i - offset
-// it is the signed high half of 4x * m or 8x * m, plus 1 below 0. The multipliers m were chosen to give the entry of
-// every i.
+// byte i, the truncated product with a coefficient of Y, U or V is the high half of i * m; each m is even, since NEON
+// takes half of it. For a signed x = i - offset it is the signed high half of 4x * m or 8x * m, plus 1 below 0. The
+// multipliers m were chosen to give the entry of every i.
 #if defined(KORVANE_FRAMEWORKS_IMAGES_COLOR_BT601_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KORVANE_FRAMEWORKS_IMAGES_COLOR_BT601_INL_H_
 #undef KORVANE_FRAMEWORKS_IMAGES_COLOR_BT601_INL_H_
@@ -32,29 +32,40 @@ namespace {
 
 // ---- RGB to luma and chroma
 
-HWY_INLINE LaneVector Luma(LaneVector r, LaneVector g, LaneVector b) {
-    const LaneVector sum = hn::Add(hn::Add(ScaledBytes<16842>(r), ScaledBytes<33031>(g)), ScaledBytes<6420>(b));
-    return hn::Add(sum, hn::Set(LaneTag(), 16));
+// What is added at the end, to whole vectors of bytes.
+constexpr uint8_t kLumaOffset = 16;
+constexpr uint8_t kChromaOffset = 128;
+
+HWY_INLINE LaneVector RawLuma(LaneVector r, LaneVector g, LaneVector b) {
+    return hn::Add(hn::Add(ScaledBytes<16842>(r), ScaledBytes<33032>(g)), ScaledBytes<6420>(b));
 }
 
 // Chroma around 0, modulo 2^16.
 HWY_INLINE LaneVector RawU(LaneVector r, LaneVector g, LaneVector b) {
-    return hn::Sub(ScaledBytes<28765>(b), hn::Add(ScaledBytes<9700>(r), ScaledBytes<19070>(g)));
+    return hn::Sub(ScaledBytes<28766>(b), hn::Add(ScaledBytes<9700>(r), ScaledBytes<19070>(g)));
 }
 
 HWY_INLINE LaneVector RawV(LaneVector r, LaneVector g, LaneVector b) {
-    return hn::Sub(ScaledBytes<28765>(r), hn::Add(ScaledBytes<24118>(g), ScaledBytes<4651>(b)));
+    return hn::Sub(ScaledBytes<28766>(r), hn::Add(ScaledBytes<24118>(g), ScaledBytes<4652>(b)));
 }
 
-// What a vector of RGB pixels encodes to, by even and odd pixels.
+HWY_INLINE ByteVector JoinedLuma(LaneVector even, LaneVector odd) {
+    return hn::Add(JoinedBytes(even, odd), hn::Set(ByteTag(), kLumaOffset));
+}
+
+HWY_INLINE ByteVector JoinedChroma(LaneVector even, LaneVector odd) {
+    return hn::Add(JoinedLowBytes(even, odd), hn::Set(ByteTag(), kChromaOffset));
+}
+
+// What a vector of RGB pixels encodes to, by even and odd pixels and without the offsets.
 HWY_INLINE void LoadEncoded(const uint8_t* rgb, LaneVector& yEven, LaneVector& yOdd, LaneVector& uEven,
                             LaneVector& uOdd, LaneVector& vEven, LaneVector& vOdd) {
     ByteVector r, g, b;
     LoadRgb(rgb, r, g, b);
-    yEven = Luma(EvenBytes(r), EvenBytes(g), EvenBytes(b));
+    yEven = RawLuma(EvenBytes(r), EvenBytes(g), EvenBytes(b));
     uEven = RawU(EvenBytes(r), EvenBytes(g), EvenBytes(b));
     vEven = RawV(EvenBytes(r), EvenBytes(g), EvenBytes(b));
-    yOdd = Luma(OddBytes(r), OddBytes(g), OddBytes(b));
+    yOdd = RawLuma(OddBytes(r), OddBytes(g), OddBytes(b));
     uOdd = RawU(OddBytes(r), OddBytes(g), OddBytes(b));
     vOdd = RawV(OddBytes(r), OddBytes(g), OddBytes(b));
 }

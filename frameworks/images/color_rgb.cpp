@@ -36,13 +36,11 @@ void Rgba2Rgb(const uint8_t* rgba, uint8_t* rgb, size_t pixels) {
 
 void Rgb2Yuv(const uint8_t* rgb, uint8_t* yuv, size_t pixels) {
     const ByteTag d;
-    const LaneVector middle = hn::Set(LaneTag(), 128);
     const size_t done = ForWholeSteps(0, pixels, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
         LaneVector yEven, yOdd, uEven, uOdd, vEven, vOdd;
         LoadEncoded(rgb + 3 * i, yEven, yOdd, uEven, uOdd, vEven, vOdd);
-        const ByteVector u = JoinedBytes(hn::Add(uEven, middle), hn::Add(uOdd, middle));
-        const ByteVector v = JoinedBytes(hn::Add(vEven, middle), hn::Add(vOdd, middle));
-        hn::StoreInterleaved3(JoinedBytes(yEven, yOdd), u, v, d, yuv + 3 * i);
+        hn::StoreInterleaved3(JoinedLuma(yEven, yOdd), JoinedChroma(uEven, uOdd), JoinedChroma(vEven, vOdd), d,
+                              yuv + 3 * i);
     });
     rgb2yuv_scalar(rgb + 3 * done, yuv + 3 * done, pixels - done);
 }

@@ -23,23 +23,8 @@ namespace {
 
 #if KORVANE_HAS_VECTORS
 
-using SignedQuadTag = hn::RebindToSigned<QuadTag>;
 // As many bytes as there are 32-bit lanes.
 using QuarterByteTag = hn::Rebind<uint8_t, QuadTag>;
-
-// The mean of four samples whose sums by two lie in neighbouring lanes, in the low byte of each 32-bit lane.
-HWY_INLINE QuadVector QuadMean(LaneVector pairSums) {
-    const QuadTag d;
-    // The bias keeps each half positive, so that none borrows from the other.
-    const QuadVector biased = hn::BitCast(d, hn::Add(pairSums, hn::Set(LaneTag(), 256)));
-    const QuadVector sum = hn::Add(hn::And(biased, hn::Set(d, 0xFFFF)), hn::ShiftRight<16>(biased));
-    return hn::ShiftRight<2>(sum);
-}
-
-HWY_INLINE void StoreQuadMeans(LaneVector even, LaneVector odd, uint8_t* to) {
-    const QuarterByteTag d;
-    hn::StoreU(hn::DemoteTo(d, hn::BitCast(SignedQuadTag(), QuadMean(hn::Add(even, odd)))), d, to);
-}
 
 void Rgb2Yv12OrYu12(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t quads) {
     const ByteTag d;
@@ -47,27 +32,22 @@ void Rgb2Yv12OrYu12(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size
         LaneVector yEven, yOdd, uEven, uOdd, vEven, vOdd;
         PrefetchRgb(rgb + 12 * i, kAheadBytes);
         LoadEncoded(rgb + 12 * i, yEven, yOdd, uEven, uOdd, vEven, vOdd);
-        hn::StoreU(JoinedBytes(yEven, yOdd), d, y + 4 * i);
-        StoreQuadMeans(uEven, uOdd, u + i);
-        StoreQuadMeans(vEven, vOdd, v + i);
+        hn::StoreU(JoinedLuma(yEven, yOdd), d, y + 4 * i);
+        StoreQuarterSums(hn::Add(uEven, uOdd), hn::Add(vEven, vOdd), u + i, v + i);
     });
     rgb2yv12oryu12_scalar(rgb + 12 * done, y + 4 * done, u + done, v + done, quads - done);
 }
 
 void Rgb2Nv12(const uint8_t* rgb, uint8_t* y, uint8_t* uv, size_t quads) {
     const ByteTag d;
-    const hn::Rebind<uint16_t, QuadTag> dHalf;
-    const hn::Repartition<uint8_t, decltype(dHalf)> dHalfBytes;
     const size_t done = ForWholeSteps(0, quads, hn::Lanes(QuadTag()), [&](size_t i) KORVANE_INLINE {
         LaneVector yEven, yOdd, uEven, uOdd, vEven, vOdd;
         PrefetchRgb(rgb + 12 * i, kAheadBytes);
         LoadEncoded(rgb + 12 * i, yEven, yOdd, uEven, uOdd, vEven, vOdd);
-        hn::StoreU(JoinedBytes(yEven, yOdd), d, y + 4 * i);
+        hn::StoreU(JoinedLuma(yEven, yOdd), d, y + 4 * i);
         // V counts the first pixel in place of the second one: in even lanes, V0 + V0; in odd ones, V2 + V3.
         const LaneVector vSums = hn::Add(vEven, hn::OddEven(vOdd, vEven));
-        const QuadVector chroma = hn::Or(QuadMean(hn::Add(uEven, uOdd)), hn::ShiftLeft<8>(QuadMean(vSums)));
-        const auto pairs = hn::DemoteTo(dHalf, hn::BitCast(SignedQuadTag(), chroma));
-        hn::StoreU(hn::BitCast(dHalfBytes, pairs), dHalfBytes, uv + 2 * i);
+        StoreQuarterSumPairs(hn::Add(uEven, uOdd), vSums, uv + 2 * i);
     });
     rgb2nv12_scalar(rgb + 12 * done, y + 4 * done, uv + 2 * done, quads - done);
 }
@@ -77,22 +57,23 @@ void Rgb2Nv12(const uint8_t* rgb, uint8_t* y, uint8_t* uv, size_t quads) {
 HWY_NOINLINE void Rgb2Nv21Rows(const uint8_t* top, const uint8_t* bottom, uint8_t* yTop, uint8_t* yBottom, uint8_t* vu,
                                size_t pairs) {
     const ByteTag d;
-    const LaneVector rounding = hn::Set(LaneTag(), 512);
     const size_t toNextPairBytes = 2 * static_cast<size_t>(bottom - top);
     const size_t done = ForWholeSteps(0, pairs, hn::Lanes(LaneTag()), [&](size_t i) KORVANE_INLINE {
         LaneVector yEven, yOdd, uEven, uOdd, vEven, vOdd;
         PrefetchRgb(top + 6 * i, toNextPairBytes);
         PrefetchRgb(bottom + 6 * i, toNextPairBytes);
         LoadEncoded(top + 6 * i, yEven, yOdd, uEven, uOdd, vEven, vOdd);
-        hn::StoreU(JoinedBytes(yEven, yOdd), d, yTop + 2 * i);
-        // U counts the top left pixel in place of the top right one.
-        const LaneVector uTop = hn::Add(uEven, uEven);
+        hn::StoreU(JoinedLuma(yEven, yOdd), d, yTop + 2 * i);
+        // U counts the top left pixel in place of the top right one: halving twice gives what a quarter of the sum
+        // does.
+        const LaneVector uTop = uEven;
         const LaneVector vTop = hn::Add(vEven, vOdd);
         LoadEncoded(bottom + 6 * i, yEven, yOdd, uEven, uOdd, vEven, vOdd);
-        hn::StoreU(JoinedBytes(yEven, yOdd), d, yBottom + 2 * i);
-        const LaneVector uSum = hn::Add(hn::Add(uTop, rounding), hn::Add(uEven, uOdd));
-        const LaneVector vSum = hn::Add(hn::Add(vTop, rounding), hn::Add(vEven, vOdd));
-        hn::StoreU(JoinedBytes(hn::ShiftRight<2>(vSum), hn::ShiftRight<2>(uSum)), d, vu + 2 * i);
+        hn::StoreU(JoinedLuma(yEven, yOdd), d, yBottom + 2 * i);
+        const LaneVector u = HalvedSum(uTop, HalvedSum(uEven, uOdd));
+        const LaneVector vSum = hn::Add(vTop, hn::Add(vEven, vOdd));
+        const LaneVector v = hn::BitCast(LaneTag(), hn::ShiftRight<2>(hn::BitCast(SignedTag(), vSum)));
+        hn::StoreU(JoinedChroma(v, u), d, vu + 2 * i);
     });
     rgb2nv21_rows_scalar(top + 6 * done, bottom + 6 * done, yTop + 2 * done, yBottom + 2 * done, vu + 2 * done,
                          pairs - done);

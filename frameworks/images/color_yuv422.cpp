@@ -23,8 +23,14 @@ namespace {
 
 #if KORVANE_HAS_VECTORS
 
-HWY_INLINE LaneVector PairMean(LaneVector even, LaneVector odd) {
-    return hn::ShiftRight<1>(hn::Add(hn::Add(even, odd), hn::Set(LaneTag(), 256)));
+// Luma in the low bytes and the mean of two chroma values in the high ones.
+HWY_INLINE LaneVector PackedLanes(LaneVector luma, LaneVector evenChroma, LaneVector oddChroma) {
+    const ByteVector bytes = JoinedBytes(luma, HalvedSum(evenChroma, oddChroma));
+    return hn::BitCast(LaneTag(), hn::Add(bytes, AlternatingBytes(kLumaOffset, kChromaOffset)));
+}
+
+HWY_INLINE void StorePairMeans(LaneVector even, LaneVector odd, uint8_t* to) {
+    StoreLowBytes(hn::Add(HalvedSum(even, odd), hn::Set(LaneTag(), kChromaOffset)), to);
 }
 
 template <bool kUFirst>
@@ -32,9 +38,9 @@ HWY_INLINE size_t EncodePacked(const uint8_t* rgb, uint8_t* packed, size_t pairs
     return ForWholeSteps(0, pairs, hn::Lanes(LaneTag()), [&](size_t i) KORVANE_INLINE {
         LaneVector yEven, yOdd, uEven, uOdd, vEven, vOdd;
         LoadEncoded(rgb + 6 * i, yEven, yOdd, uEven, uOdd, vEven, vOdd);
-        const LaneVector u = hn::ShiftLeft<8>(PairMean(uEven, uOdd));
-        const LaneVector v = hn::ShiftLeft<8>(PairMean(vEven, vOdd));
-        StoreLanePairs(hn::Or(yEven, kUFirst ? u : v), hn::Or(yOdd, kUFirst ? v : u), packed + 4 * i);
+        const LaneVector first = PackedLanes(yEven, kUFirst ? uEven : vEven, kUFirst ? uOdd : vOdd);
+        const LaneVector second = PackedLanes(yOdd, kUFirst ? vEven : uEven, kUFirst ? vOdd : uOdd);
+        StoreLanePairs(first, second, packed + 4 * i);
     });
 }
 
@@ -54,9 +60,9 @@ void Rgb2Yuv422p(const uint8_t* rgb, uint8_t* y, uint8_t* u, uint8_t* v, size_t 
         LaneVector yEven, yOdd, uEven, uOdd, vEven, vOdd;
         PrefetchRgb(rgb + 6 * i, kAheadBytes);
         LoadEncoded(rgb + 6 * i, yEven, yOdd, uEven, uOdd, vEven, vOdd);
-        hn::StoreU(JoinedBytes(yEven, yOdd), d, y + 2 * i);
-        StoreLowBytes(PairMean(uEven, uOdd), u + i);
-        StoreLowBytes(PairMean(vEven, vOdd), v + i);
+        hn::StoreU(JoinedLuma(yEven, yOdd), d, y + 2 * i);
+        StorePairMeans(uEven, uOdd, u + i);
+        StorePairMeans(vEven, vOdd, v + i);
     });
     rgb2yuv422p_scalar(rgb + 6 * done, y + 2 * done, u + done, v + done, pairs - done);
 }

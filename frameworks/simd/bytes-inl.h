@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "frameworks/simd/kernel-inl.h"
 
@@ -51,11 +52,6 @@ HWY_INLINE LaneVector OddBytes(ByteVector bytes) {
     return OddBytes(LaneTag(), bytes);
 }
 
-// From lanes of values up to 255.
-HWY_INLINE ByteVector JoinedBytes(LaneVector even, LaneVector odd) {
-    return hn::BitCast(ByteTag(), hn::Or(even, hn::ShiftLeft<8>(odd)));
-}
-
 // From the high bytes of the lanes.
 HWY_INLINE ByteVector JoinedHighBytes(LaneVector even, LaneVector odd) {
     return hn::BitCast(ByteTag(), hn::Or(hn::ShiftRight<8>(even), hn::AndNot(hn::Set(LaneTag(), 0x00FF), odd)));
@@ -89,26 +85,141 @@ HWY_INLINE SignedVector AlternatingLanes(int16_t even, int16_t odd) {
 
 // ---- Operations with a form of their own on some processor
 
-// byte * kMultiplier / 65536, for lanes that hold bytes.
+#if HWY_TARGET == HWY_NEON
+
+// NEON has no high half of 16-bit products: Highway makes it of three instructions. The high half of the doubled
+// product is one. NEON also inserts bytes, halves sums and adds neighbours in one instruction each.
+
+template <uint16_t kMultiplier>
+HWY_INLINE LaneVector ScaledBytes(LaneVector bytes) {
+    static_assert(kMultiplier % 2 == 0);
+    const int16x8_t product = vqdmulhq_s16(vreinterpretq_s16_u16(bytes.raw), vdupq_n_s16(kMultiplier / 2));
+    return LaneVector(vreinterpretq_u16_s16(product));
+}
+
+HWY_INLINE ByteVector JoinedLowBytes(LaneVector even, LaneVector odd) {
+    return hn::BitCast(ByteTag(), LaneVector(vsliq_n_u16(even.raw, odd.raw, 8)));
+}
+
+HWY_INLINE ByteVector JoinedBytes(LaneVector even, LaneVector odd) {
+    return JoinedLowBytes(even, odd);
+}
+
+HWY_INLINE LaneVector HalvedSum(LaneVector a, LaneVector b) {
+    const int16x8_t half = vhaddq_s16(vreinterpretq_s16_u16(a.raw), vreinterpretq_s16_u16(b.raw));
+    return LaneVector(vreinterpretq_u16_s16(half));
+}
+
+// The product is doubled, so Centred shifts by one less.
+constexpr int kScalingShift = 1;
+
+HWY_INLINE SignedVector ScaledTowardZero(SignedVector x, SignedVector multipliers) {
+    const uint16x8_t product = vreinterpretq_u16_s16(vqdmulhq_s16(x.raw, multipliers.raw));
+    return SignedVector(vreinterpretq_s16_u16(vsraq_n_u16(product, vreinterpretq_u16_s16(x.raw), 15)));
+}
+
+// Shifting with saturation clamps, and leaves the byte where another shift inserts it.
+HWY_INLINE ByteVector ClampedBytes(SignedVector even, SignedVector odd) {
+    const uint16x8_t high = vqshluq_n_s16(odd.raw, 8);
+    return hn::BitCast(ByteTag(), LaneVector(vsriq_n_u16(high, vqshluq_n_s16(even.raw, 8), 8)));
+}
+
+HWY_INLINE void StoreQuarterSums(LaneVector a, LaneVector b, uint8_t* toA, uint8_t* toB) {
+    const uint8x8_t quarters = vadd_u8(vshrn_n_u16(vpaddq_u16(a.raw, b.raw), 2), vdup_n_u8(128));
+    const uint32x2_t both = vreinterpret_u32_u8(quarters);
+    const uint32_t ofA = vget_lane_u32(both, 0);
+    const uint32_t ofB = vget_lane_u32(both, 1);
+    std::memcpy(toA, &ofA, sizeof(ofA));
+    std::memcpy(toB, &ofB, sizeof(ofB));
+}
+
+HWY_INLINE void StoreQuarterSumPairs(LaneVector a, LaneVector b, uint8_t* to) {
+    const uint16x8_t sums = vaddq_u16(vtrn1q_u16(a.raw, b.raw), vtrn2q_u16(a.raw, b.raw));
+    vst1_u8(to, vadd_u8(vshrn_n_u16(sums, 2), vdup_n_u8(128)));
+}
+
+#else
+
+// byte * kMultiplier / 65536, for lanes that hold bytes. The multiplier is even.
 template <uint16_t kMultiplier>
 HWY_INLINE LaneVector ScaledBytes(LaneVector bytes) {
     return hn::MulHigh(bytes, hn::Set(LaneTag(), kMultiplier));
 }
 
-// x * multiplier / 65536, truncated toward zero, for a multiplier that is positive.
+// From lanes of values up to 255 and the low bytes of `odd`.
+HWY_INLINE ByteVector JoinedBytes(LaneVector even, LaneVector odd) {
+    return hn::BitCast(ByteTag(), hn::Or(even, hn::ShiftLeft<8>(odd)));
+}
+
+// From the low bytes of both.
+HWY_INLINE ByteVector JoinedLowBytes(LaneVector even, LaneVector odd) {
+    return hn::BitCast(ByteTag(), hn::OrAnd(hn::ShiftLeft<8>(odd), even, hn::Set(LaneTag(), 0x00FF)));
+}
+
+// (a + b) / 2 of signed lanes, rounded down. The sum fits a lane.
+HWY_INLINE LaneVector HalvedSum(LaneVector a, LaneVector b) {
+    return hn::BitCast(LaneTag(), hn::ShiftRight<1>(hn::BitCast(SignedTag(), hn::Add(a, b))));
+}
+
+constexpr int kScalingShift = 0;
+
+// x * multiplier / 65536, truncated toward zero, for a multiplier that is positive and x from Centred.
 HWY_INLINE SignedVector ScaledTowardZero(SignedVector x, SignedVector multipliers) {
     return hn::Sub(hn::MulHigh(x, multipliers), hn::ShiftRight<15>(x));
+}
+
+// The lanes clamped to bytes.
+HWY_INLINE ByteVector ClampedBytes(SignedVector even, SignedVector odd) {
+    const SignedTag d;
+    const LaneTag dLanes;
+    const auto clamped = [&](SignedVector lanes) KORVANE_INLINE {
+        return hn::BitCast(dLanes, hn::Min(hn::Max(lanes, hn::Zero(d)), hn::Set(d, 255)));
+    };
+    return JoinedBytes(clamped(even), clamped(odd));
+}
+
+// 128 + (even lane + odd lane) / 4 of signed lanes above -256, rounded down, in 32-bit lanes.
+HWY_INLINE QuadVector QuarterSums(LaneVector lanes) {
+    const QuadTag d;
+    // The bias keeps each half positive, so that none borrows from the other.
+    const QuadVector biased = hn::BitCast(d, hn::Add(lanes, hn::Set(LaneTag(), 256)));
+    return hn::ShiftRight<2>(hn::Add(hn::And(biased, hn::Set(d, 0xFFFF)), hn::ShiftRight<16>(biased)));
+}
+
+// These sums of `a` and of `b` as bytes, each to its own place.
+HWY_INLINE void StoreQuarterSums(LaneVector a, LaneVector b, uint8_t* toA, uint8_t* toB) {
+    const hn::Rebind<uint8_t, QuadTag> d;
+    const hn::RebindToSigned<QuadTag> dSigned;
+    hn::StoreU(hn::DemoteTo(d, hn::BitCast(dSigned, QuarterSums(a))), d, toA);
+    hn::StoreU(hn::DemoteTo(d, hn::BitCast(dSigned, QuarterSums(b))), d, toB);
+}
+
+// The same in turn, one of `a` first.
+HWY_INLINE void StoreQuarterSumPairs(LaneVector a, LaneVector b, uint8_t* to) {
+    const hn::Rebind<uint16_t, QuadTag> d;
+    const hn::Repartition<uint8_t, decltype(d)> dBytes;
+    const QuadVector both = hn::Or(QuarterSums(a), hn::ShiftLeft<8>(QuarterSums(b)));
+    const auto pairs = hn::DemoteTo(d, hn::BitCast(hn::RebindToSigned<QuadTag>(), both));
+    hn::StoreU(hn::BitCast(dBytes, pairs), dBytes, to);
+}
+
+#endif
+
+// Bytes to add to pairs: one value to even bytes and another to odd ones.
+HWY_INLINE ByteVector AlternatingBytes(uint8_t even, uint8_t odd) {
+    return hn::BitCast(ByteTag(), hn::Set(LaneTag(), static_cast<uint16_t>(even | odd << 8)));
 }
 
 HWY_INLINE SignedVector ScaledTowardZero(SignedVector x, int16_t multiplier) {
     return ScaledTowardZero(x, hn::Set(SignedTag(), multiplier));
 }
 
-// (byte - kOffset) * 2^kShift, for lanes that hold bytes.
+// (byte - kOffset) * 2^kShift, ready to be scaled, for lanes that hold bytes.
 template <int kOffset, int kShift>
 HWY_INLINE SignedVector Centred(LaneVector bytes) {
+    constexpr int kOwnShift = kShift - kScalingShift;
     const SignedTag d;
-    return hn::Sub(hn::BitCast(d, hn::ShiftLeft<kShift>(bytes)), hn::Set(d, kOffset << kShift));
+    return hn::Sub(hn::BitCast(d, hn::ShiftLeft<kOwnShift>(bytes)), hn::Set(d, kOffset << kOwnShift));
 }
 
 #if HWY_ARCH_X86

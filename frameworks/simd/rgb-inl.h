@@ -188,12 +188,7 @@ HWY_INLINE void LoadRgb(const uint8_t* rgb, ByteVector& r, ByteVector& g, ByteVe
 }
 
 HWY_INLINE ByteVector ClampedChannel(SignedVector evenPixels, SignedVector oddPixels) {
-    const SignedTag d;
-    const LaneTag dLanes;
-    const SignedVector most = hn::Set(d, 255);
-    const SignedVector even = hn::Min(hn::Max(evenPixels, hn::Zero(d)), most);
-    const SignedVector odd = hn::Min(hn::Max(oddPixels, hn::Zero(d)), most);
-    return JoinedBytes(hn::BitCast(dLanes, even), hn::BitCast(dLanes, odd));
+    return ClampedBytes(evenPixels, oddPixels);
 }
 
 HWY_INLINE void StoreClampedRgb(ByteVector r, ByteVector g, ByteVector b, uint8_t* rgb) {

@@ -135,6 +135,13 @@ class CountedTask : public IRunnable {
 std::atomic<int> CountedTask::runs{0};
 std::atomic<int> CountedTask::gone{0};
 
+struct Burst {
+    ~Burst() { super_capture_module_destroy(handle); }
+    Bytes frame = Bytes(kWidth * kHeight * 2, 99);
+    unsigned char* planes[4] = {frame.data()};
+    const intptr_t handle = super_capture_module_init(kWidth, kHeight, 1);
+};
+
 const ShortageCase kToolkit[] = {
     {"galloc_malloc", taking_block([] { return galloc_malloc(8); })},
     {"galloc_alloc", taking_block([] { return galloc_alloc(8); })},
@@ -295,31 +302,25 @@ const ShortageCase kToolkit[] = {
      }},
     {"super_capture_module_push_frame",
      [](Shortage& s) {
-         Bytes frame(kWidth * kHeight * 2, 99);
-         unsigned char* planes[4] = {frame.data()};
-         const intptr_t handle = super_capture_module_init(kWidth, kHeight, 1);
-         const int result = s.during([&] { return super_capture_module_push_frame(handle, planes); });
-         super_capture_module_destroy(handle);
+         Burst burst;
+         const int result = s.during([&] { return super_capture_module_push_frame(burst.handle, burst.planes); });
          return answer(result == 0, result == -3);
      }},
     {"super_capture_module_pop_frame, and the worker",
      [](Shortage& s) {
-         Bytes frame(kWidth * kHeight * 2, 99);
-         unsigned char* planes[4] = {frame.data()};
-         const intptr_t handle = super_capture_module_init(kWidth, kHeight, 1);
+         Burst burst;
          s.during([&] {
              size_t pushed = 0;
              for (const int value : {99, 101}) {
-                 std::fill(frame.begin(), frame.end(), static_cast<unsigned char>(value));
-                 if (super_capture_module_push_frame(handle, planes) == 0) {
-                     reinterpret_cast<SuperCapture*>(handle)->waitUntilTaken(++pushed);
+                 burst.frame.assign(burst.frame.size(), static_cast<unsigned char>(value));
+                 if (super_capture_module_push_frame(burst.handle, burst.planes) == 0) {
+                     reinterpret_cast<SuperCapture*>(burst.handle)->waitUntilTaken(++pushed);
                  }
              }
-             super_capture_module_pop_frame(handle, planes);
+             super_capture_module_pop_frame(burst.handle, burst.planes);
          });
-         super_capture_module_destroy(handle);
          // The mean of both frames, or one of them.
-         return answer(frame[0] == 100, frame[0] == 99 || frame[0] == 101);
+         return answer(burst.frame[0] == 100, burst.frame[0] == 99 || burst.frame[0] == 101);
      }},
 };
 

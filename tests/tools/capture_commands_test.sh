@@ -39,7 +39,8 @@ printf '# degrees\n10,20\n\n 10.4, 17.5 \r\n10,30' >track.csv
 expected='row,result,direction,offset_x,offset_y
 1,INVALID_PARAMETER,NONE,0,0
 2,NO_ERROR,LEFT_TO_RIGHT,70,0
-3,WRONG_DIRECTION,LEFT_TO_RIGHT,-350,0'
+3,WRONG_DIRECTION,LEFT_TO_RIGHT,-350,0
+# INVALID_PARAMETER: the first reading only sets the reference angles and answers 3 (INVALID_PARAMETER), and so does every reading while a reference angle is exactly 0'
 accepts sweep track.csv
 prints "$expected"
 accepts sweep track.csv a.jpg b.jpg

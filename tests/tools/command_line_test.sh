@@ -2,19 +2,33 @@
 # The program as a whole, reading and writing photos, and the commands blur and scene.
 source "$(dirname "$0")/checks.sh"
 
-accepts --version
-holds grep -qxE 'korvane [0-9]+\.[0-9]+\.[0-9]+' out.log
-for help in --help 'blur --help' 'scene --help'; do
-    # shellcheck disable=SC2086
-    accepts $help
-    holds grep -q Usage out.log
+for version in --version -V; do
+    accepts $version
+    holds grep -qxE 'korvane [0-9]+\.[0-9]+\.[0-9]+' out.log
 done
+accepts help
+for word in 'Exit codes: 0' 'blur' 'help COMMAND'; do
+    holds grep -q "$word" out.log
+done
+cp out.log main.log
+for command in $(sed -n '/^Subcommands/,/^$/s/^  \([a-z]*\) .*/\1/p' out.log); do
+    accepts help "$command"
+    holds grep -A1 Example: out.log
+    holds grep -qE "^  korvane $command" out.log
+    holds test -z "$(cat main.log out.log | grep -E '.{101}')"
+    cp out.log explained.log
+    accepts "$command" --help
+    holds cmp -s explained.log out.log
+    refuses "see korvane $command --help" "$command" --bogus
+done
+refuses "no command 'bulr'" help bulr
 refuses 'subcommand is required'
 refuses "no command 'bulr'" bulr
 refuses 'subcommand is required' --bogus
 
 accepts scene scene.jpg --size 320x180
 accepts scene narrow.jpg --size 7x41
+run stamp scene.jpg -o stamped.jpg --text 12 --verbose || complain verbose
 for size in 320 0x9 9x9x9 -9x9; do
     refuses "'$size' is not a size" scene new.jpg "--size=$size"
 done
@@ -30,7 +44,7 @@ refuses "--method.*'median' is none of stack, box, " "${blur[@]}" --method media
 refuses '--radius.*81.*--method iir' "${blur[@]}" --method iir --radius 81
 refuses '--radius.*2001' "${blur[@]}" --method gauss --radius 2001
 refuses '--alpha.*257' "${blur[@]}" --alpha 257
-for colour in '#12345' '#1234567' 'red' '#12345g' '#-12345' '' '##12345'; do
+for colour in '#12345' '#1234567' 'redd' '#12g' '#-12' '#12345g' '#-12345' '' '##12345'; do
     refuses "'$colour' is not a colour" "${blur[@]}" --color "$colour"
 done
 
@@ -78,6 +92,23 @@ accepts blur copy.jpg -o copy.jpg --radius 0
 for method in stack box gauss fast iir; do
     accepts blur copy.jpg -o copy.jpg --radius 0 --method $method
 done
+# The same strength with every method, whatever its radius means; half of the colour unless told.
+accepts blur scene.jpg -o even.png --method gauss --radius 6
+for method in stack box fast iir; do
+    accepts blur scene.jpg -o sigma.png --method $method --sigma 6
+    holds test "$(compare -metric MAE even.png sigma.png null: 2>&1 | cut -d. -f1)" -lt 600
+done
+accepts blur scene.jpg -o half.png --radius 9 --color '#0000ff' --alpha 128
+for color in '#00f' blue BLUE 0000Ff; do
+    accepts blur scene.jpg -o color.png --radius 9 --color $color
+    holds cmp -s half.png color.png
+done
+for sigma in nan inf -1 24.1 x; do
+    refuses '--sigma' "${blur[@]}" --method iir "--sigma=$sigma"
+done
+refuses 'excludes' "${blur[@]}" --sigma 3 --radius 3
+refuses "'2026-01-02 03:04' does not fit into a photo of 7 x 41" stamp narrow.jpg -o new.jpg --text '2026-01-02 03:04'
+
 accepts blur -o './-.jpg' ./scene.jpg --alpha 0
 holds test -z "$(find . -name '*.tmp')"
 

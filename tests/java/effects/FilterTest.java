@@ -116,7 +116,7 @@ public class FilterTest extends Refusals {
     }
 
     @Test
-    public void wrongUseIsRefused() throws Exception {
+    public void wrongUseIsRefusedAndATableIsTaken() throws Exception {
         Bitmap bitmap = fields(4, 4);
         Filter filter = Filter.open("ImageFilterTable");
         badArgument("name is null", () -> Filter.open(null));
@@ -139,23 +139,15 @@ public class FilterTest extends Refusals {
             filter.close();
             return null;
         }));
-        filter.apply(bitmap);
+        Bitmap table = Bitmap.createBitmap(4096, 64);
+        table.eraseColor(BLUE);
+        filter.set("mFilterBitmap", table).set("mStrength", 1).apply(bitmap);
+        assertArrayEquals(new int[] {BLUE, BLUE, BLUE, BLUE}, corners(bitmap));
         filter.close();
         filter.close();
         badState("is closed", () -> filter.apply(bitmap));
         badState("is closed", () -> filter.set("mStrength", 1));
         assertEquals(0, bitmap.getLockCount());
-    }
-
-    @Test
-    public void tableFilterTakesATable() {
-        Bitmap table = Bitmap.createBitmap(4096, 64);
-        table.eraseColor(BLUE);
-        try (Filter filter = Filter.open("ImageFilterTable")) {
-            Bitmap bitmap = fields(8, 8);
-            filter.set("mFilterBitmap", table).set("mStrength", 1).apply(bitmap);
-            assertArrayEquals(new int[] {BLUE, BLUE, BLUE, BLUE}, corners(bitmap));
-        }
     }
 
     @Test
