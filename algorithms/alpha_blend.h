@@ -1,4 +1,4 @@
-// Alpha blend: dims an image towards a solid colour, in fixed point with weights out of 256.
+// Alpha blend: dims an image towards a solid color, in fixed point with weights out of 256.
 //
 // Pixels are 4 bytes each without padding; bytes 0, 1 and 2 move towards `r`, `g` and `b`, byte 3 (alpha) stays. A
 // byte c becomes (a * color + c * (256 - a)) >> 8, of which the low 8 bits are stored; arithmetic wraps, so arguments
@@ -8,7 +8,7 @@
 
 #include "frameworks/core/export.h"
 
-// Blends `size` pixels: `a` = 0 leaves them, `a` = 256 makes them the colour. A `size` below 1 does nothing.
+// Blends `size` pixels: `a` = 0 leaves them, `a` = 256 makes them the color. A `size` below 1 does nothing.
 KORVANE_API void alpha_blend(unsigned char* dest, int size, int r, int g, int b, int a);
 
 // The blend of the bitmap path, which steps by 8 pixels and holds its weight in 8 bits. Between `a` = 1 and 256 it

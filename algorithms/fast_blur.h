@@ -1,4 +1,4 @@
-// Fast blur: a box blur of colour pixels whose cost does not depend on the radius.
+// Fast blur: a box blur of color pixels whose cost does not depend on the radius.
 //
 // Pixels are 32-bit words with blue in bits 0 to 7, green in 8 to 15, red in 16 to 23; on little-endian processors that
 // is the byte order B, G, R, A, and since the three channels are treated alike, R, G, B, A does as well. Nothing is

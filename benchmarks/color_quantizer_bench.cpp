@@ -1,4 +1,4 @@
-// A palette of 256 colours for one megapixel against libimagequant at speed 10, which makes its palette only here too,
+// A palette of 256 colors for one megapixel against libimagequant at speed 10, which makes its palette only here too,
 // and against the same work with the plain search for nearest colors.
 #include <hwy/highway.h>
 #include <hwy/targets.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// RGB to luma and chroma and back, as the colour kernels of all layouts share it. For kernel files only: included once
+// RGB to luma and chroma and back, as the color kernels of all layouts share it. For kernel files only: included once
 // for each instruction set.
 //
 // Even and odd pixels are 16-bit lanes of vectors of their own. So a pair of pixels is one lane of each, a quad is two

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the public colour conversions share: the test of their arguments. Internal.
+// What the public color conversions share: the test of their arguments. Internal.
 #ifndef KORVANE_FRAMEWORKS_IMAGES_COLOR_GROUPS_H_
 #define KORVANE_FRAMEWORKS_IMAGES_COLOR_GROUPS_H_
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The scalar twins of the colour conversions. Counts are in pixels, in pairs or in quads of consecutive pixels.
+// The scalar twins of the color conversions. Counts are in pixels, in pairs or in quads of consecutive pixels.
 #ifndef KORVANE_FRAMEWORKS_IMAGES_COLOR_SCALAR_H_
 #define KORVANE_FRAMEWORKS_IMAGES_COLOR_SCALAR_H_
 

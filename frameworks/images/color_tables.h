@@ -1,4 +1,4 @@
-// The coefficients of the colour conversions: BT.601 in studio range, in tables of whole numbers.
+// The coefficients of the color conversions: BT.601 in studio range, in tables of whole numbers.
 //
 // Entry i is coefficient x (i - offset), truncated toward zero. The products are formed in thousandths, where they are
 // exact; single and double precision truncate to the same entries. Source: ITU-R BT.601, with three decimals.

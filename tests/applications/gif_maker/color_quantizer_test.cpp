@@ -200,7 +200,7 @@ void expect_exhaustive_palettes(const Pixels& pixels) {
 TEST(ColorQuantizer, EqualsTheExhaustiveSplitterOnTinyImages) {
     for (uint32_t seed = 0; seed < 120; ++seed) {
         SCOPED_TRACE(seed);
-        // Coarse steps make boxes of one colour, ties between axes and pixels as far from one entry as from another.
+        // Coarse steps make boxes of one color, ties between axes and pixels as far from one entry as from another.
         expect_exhaustive_palettes(random_pixels(1 + seed % 60, seed, seed % 3 == 0 ? 1 : (seed % 3 == 1 ? 51 : 85)));
     }
     const Pixels whole = photo();
@@ -295,7 +295,7 @@ TEST(PaletteRefinement, EqualsItsTwin) {
             }
             refined(pixels, entries, guesses);
         }
-        // As far from the first colour as the farthest pixel of its cell is from the second, which is the guess.
+        // As far from the first color as the farthest pixel of its cell is from the second, which is the guess.
         const std::vector<int32_t> second(korvane::kHistogramCells, 1);
         const Sums tied = refined({{87, 87, 87}}, {{94, 94, 94}, {80, 80, 80}}, second);
         EXPECT_THAT(tied[3], testing::ElementsAre(1, 0));
@@ -305,7 +305,7 @@ TEST(PaletteRefinement, EqualsItsTwin) {
 TEST(ColorQuantizer, FewColors) {
     EXPECT_THAT(palette_of(Pixels(50, {12, 200, 255}), 256), testing::ElementsAre(Color{12, 200, 255, 255}));
     EXPECT_THAT(palette_of(Pixels(50, {0, 0, 0}), 256), testing::ElementsAre(Color{0, 0, 0, 255}));
-    // Two colours of one cell cannot be told apart.
+    // Two colors of one cell cannot be told apart.
     EXPECT_THAT(palette_of({{8, 8, 8}, {13, 9, 8}}, 256), testing::ElementsAre(Color{10, 8, 8, 255}));
     EXPECT_THAT(palette_of({{0, 0, 0}, {255, 255, 255}}, 256),
                 testing::UnorderedElementsAre(Color{0, 0, 0, 255}, Color{255, 255, 255, 255}));
