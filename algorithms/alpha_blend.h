@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Alpha blend: dims an image towards a solid color, in fixed point with weights out of 256.
 //
 // Pixels are 4 bytes each without padding; bytes 0, 1 and 2 move towards `r`, `g` and `b`, byte 3 (alpha) stays. A

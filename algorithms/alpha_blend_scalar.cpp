@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "algorithms/alpha_blend_scalar.h"
 
 void korvane::blend_scalar(unsigned char* dest, size_t pixels, const BlendTerms& terms) {

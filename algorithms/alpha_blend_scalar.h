@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scalar twin of the blends.
 #ifndef KORVANE_ALGORITHMS_ALPHA_BLEND_SCALAR_H_
 #define KORVANE_ALGORITHMS_ALPHA_BLEND_SCALAR_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The window of the box blurs: its width, and how a sum of the bytes under it is divided.
 #ifndef KORVANE_ALGORITHMS_BOX_WINDOW_H_
 #define KORVANE_ALGORITHMS_BOX_WINDOW_H_

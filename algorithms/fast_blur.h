@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fast blur: a box blur of color pixels whose cost does not depend on the radius.
 //
 // Pixels are 32-bit words with blue in bits 0 to 7, green in 8 to 15, red in 16 to 23; on little-endian processors that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "algorithms/fast_blur_scalar.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scalar twin of the fast blur.
 #ifndef KORVANE_ALGORITHMS_FAST_BLUR_SCALAR_H_
 #define KORVANE_ALGORITHMS_FAST_BLUR_SCALAR_H_

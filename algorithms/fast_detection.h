@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FAST corner detection: pixels whose circle of 16 neighbours has an arc of nine that are all darker, or all brighter,
 // than the centre by more than a threshold.
 //

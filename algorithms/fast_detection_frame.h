@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the corner detector and its twin share: which pixels are tested, and the thinning. Internal.
 #ifndef KORVANE_ALGORITHMS_FAST_DETECTION_FRAME_H_
 #define KORVANE_ALGORITHMS_FAST_DETECTION_FRAME_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "algorithms/fast_detection_scalar.h"
 
 #include <cstring>

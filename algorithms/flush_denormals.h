@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FlushDenormals: while it lives, the thread's arithmetic takes and gives denormal numbers as zero, on x86-64 and
 // 64-bit ARM. It is for speed; other processors go without.
 //

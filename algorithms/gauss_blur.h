@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Gaussian blur by box blurs: three box blurs in turn come close to a Gaussian. The cost does not depend on the radius.
 //
 // Images are one byte a pixel, rows packed (the stride is the width), width x height bytes. `src` and `dst` are two

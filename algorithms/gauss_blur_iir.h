@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Recursive Gaussian blur: a true Gaussian whose cost does not depend on the deviation.
 //
 // Each line is filtered once forwards and once backwards by recursions of the fourth order, whose sum is the result

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "algorithms/gauss_blur_iir_coefficients.h"
 
 #include <cmath>

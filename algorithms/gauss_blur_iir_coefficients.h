@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the recursive Gaussian and its twin share: from a distance in pixels to a deviation.
 #ifndef KORVANE_ALGORITHMS_GAUSS_BLUR_IIR_COEFFICIENTS_H_
 #define KORVANE_ALGORITHMS_GAUSS_BLUR_IIR_COEFFICIENTS_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scalar twin of the recursive Gaussian, line by line.
 #ifndef KORVANE_ALGORITHMS_GAUSS_BLUR_IIR_SCALAR_H_
 #define KORVANE_ALGORITHMS_GAUSS_BLUR_IIR_SCALAR_H_

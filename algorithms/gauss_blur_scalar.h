@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scalar twins of the box passes. Radii are 1 or more, and at most half of the line.
 #ifndef KORVANE_ALGORITHMS_GAUSS_BLUR_SCALAR_H_
 #define KORVANE_ALGORITHMS_GAUSS_BLUR_SCALAR_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // LBP pyramid features: local binary patterns of every level of an image pyramid, as one sparse 0/1 feature vector for
 // a linear classifier.
 //

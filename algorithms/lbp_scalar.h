@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scalar twins of the LBP functions. Pointers are not null.
 #ifndef KORVANE_ALGORITHMS_LBP_SCALAR_H_
 #define KORVANE_ALGORITHMS_LBP_SCALAR_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The walk over an LBP pyramid that the kernel and its twin share. Internal.
 #ifndef KORVANE_ALGORITHMS_LBP_WALK_H_
 #define KORVANE_ALGORITHMS_LBP_WALK_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sliding box sums along rows and down columns, the common part of the box blurs. For kernel files only: included once
 // for each instruction set.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stack blur: a fast approximation of a Gaussian blur, in place, at a cost per pixel that does not depend on the
 // radius.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scalar twin of the stack blur.
 #ifndef KORVANE_ALGORITHMS_STACK_BLUR_SCALAR_H_
 #define KORVANE_ALGORITHMS_STACK_BLUR_SCALAR_H_

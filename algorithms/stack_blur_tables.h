@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The multipliers and shifts that stand in for the division by the weights' sum in the stack blur.
 #ifndef KORVANE_ALGORITHMS_STACK_BLUR_TABLES_H_
 #define KORVANE_ALGORITHMS_STACK_BLUR_TABLES_H_

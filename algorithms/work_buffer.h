@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // WorkBuffer<T>: the scratch memory of one call, from the galloc family and given back with the scope.
 #ifndef KORVANE_ALGORITHMS_WORK_BUFFER_H_
 #define KORVANE_ALGORITHMS_WORK_BUFFER_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The box blurs: fast_blur on colour pixels, gauss_blur on gray ones.
 #include <cstddef>
 #include <memory>

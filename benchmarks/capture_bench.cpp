@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Burst merging, light metering and panorama intake: loops that read a frame once, and so run at the speed of memory.
 #include <libyuv.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A palette of 256 colors for one megapixel against libimagequant at speed 10, which makes its palette only here too,
 // and against the same work with the plain search for nearest colors.
 #include <hwy/highway.h>

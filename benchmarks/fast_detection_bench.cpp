@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Corner detection against the detector of OpenCV with the same threshold and suppression, and the scalar twin.
 #include <memory>
 #include <opencv2/features2d.hpp>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The filters against the least GL program that does the same: what the filter's classes add must not be felt. Both run
 // in one context, on the same shader and driver. The program that counts moves pixels as the filters do, through a
 // pixel buffer for each direction, which lets a GPU fetch them while the processor goes on; a second one hands client

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The recursive Gaussian: its time must depend neither on the deviation nor on what the picture shows.
 #include <algorithm>
 #include <cstddef>

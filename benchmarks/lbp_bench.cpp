@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // LBP features of a 2-megapixel image over five levels: sparse against a copy of the image, dense against the bare
 // minimum of memory traffic, one increment in each position's block of 256 bytes.
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The timestamp against a copy of the frame that it goes into: a stamp must never be what delays a photo.
 #include <algorithm>
 #include <memory>

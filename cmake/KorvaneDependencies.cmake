@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What the library stands on. Every package is installed by `./dev setup`.
 find_package(Threads REQUIRED)
 find_package(JPEG REQUIRED)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # `cmake --install`: the library, the public headers in their folders, the CMake package and the pkg-config file.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)

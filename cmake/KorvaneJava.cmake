@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The Java compiler is the one of the JDK whose jni.h and virtual machine are used.
 set(Java_JAVA_EXECUTABLE "${KORVANE_JDK_HOME}/bin/java")
 set(Java_JAVAC_EXECUTABLE "${KORVANE_JDK_HOME}/bin/javac")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # libkorvane.so for clients, and the same objects as an internal static library for tests of private parts.
 add_library(korvane SHARED)
 add_library(korvane::korvane ALIAS korvane)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # korvane_sources(PUBLIC_HEADERS ... SOURCES ...): adds a folder's files to the library. Public headers are installed;
 # everything else under SOURCES stays inside. Lists are explicit so that a stray file never reaches a build.
 function(korvane_sources)

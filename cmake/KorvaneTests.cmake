@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # korvane_add_test(NAME SOURCES ... [LIBRARIES ...] [LABELS ...] [ENVIRONMENT ...] [WRAPPER command...]): one test program
 # with its own line in ctest. Test and program are called NAME; the target is korvane_NAME, so that it cannot clash with
 # one of a project that takes this one in. It links the static library, so it sees private parts. Labels: "gpu" needs a

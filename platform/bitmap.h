@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bitmap seam: Android's own functions over android.graphics.Bitmap on a device, the desktop twin elsewhere.
 #ifndef KORVANE_PLATFORM_BITMAP_H_
 #define KORVANE_PLATFORM_BITMAP_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The EGL seam: displays that many may open and close, and what EGL takes for a native window.
 #ifndef KORVANE_PLATFORM_EGL_H_
 #define KORVANE_PLATFORM_EGL_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The log seam: Android's own log on a device, the desktop twin elsewhere.
 //
 // All diagnostics go out at debug priority with the tag "@@@". Each text is part of the interface, also whether it ends

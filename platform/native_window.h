@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The native window seam: Android's own ANativeWindow on a device, the desktop twin elsewhere.
 #ifndef KORVANE_PLATFORM_NATIVE_WINDOW_H_
 #define KORVANE_PLATFORM_NATIVE_WINDOW_H_

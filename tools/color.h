@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Colours on the command line.
 #ifndef KORVANE_TOOLS_COLOR_H_
 #define KORVANE_TOOLS_COLOR_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How a subcommand joins the command line program.
 //
 // A command NAME is one file, tools/command_NAME.cpp, that defines `setup_NAME_command`, plus one row in

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Blurs and dims a picture from C++ (korvane blur) and from Java (BlurRender on a Java virtual machine), and checks that
 # both come to the same. Called by ./dev demo.
 # usage: tools/demo.sh BUILD_DIR OUT_DIR [PHOTO.jpg]

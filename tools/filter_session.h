@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the filter commands share: a filter by its name, with an off-screen context of its own.
 #ifndef KORVANE_TOOLS_FILTER_SESSION_H_
 #define KORVANE_TOOLS_FILTER_SESSION_H_

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Breaks the library in small ways, one at a time, and looks whether the tests notice; see the list for its form.
 # Works on a copy of a revision under out/mutations; the working tree is never touched.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Makes the pictures of the README anew. usage: tools/readme_pictures.sh BUILD_DIR
 set -euo pipefail
 tools=$(cd "$1/tools" && pwd)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The test scene: a picture drawn in code, so that demo, tests and benchmarks need no photo.
 //
 // A house on a meadow in front of hills. A turned or mirrored picture always differs from the original. It has smooth

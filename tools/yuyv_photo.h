@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Photos as YUYV frames, as a camera delivers them.
 #ifndef KORVANE_TOOLS_YUYV_PHOTO_H_
 #define KORVANE_TOOLS_YUYV_PHOTO_H_

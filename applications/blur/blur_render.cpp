@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/blur/blur_render.h"
 
 #include <cstdint>

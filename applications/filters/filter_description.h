@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a filter is, as data: its name, its shader, its parameters and its uniforms.
 //
 // A filter's class adds little to this: ImageFilterBaseGL reads the tables for it, the factory finds it by its name,

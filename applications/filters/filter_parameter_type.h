@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The types of filter parameters: they say which typed setter of the Java class fits a parameter's name. Names and
 // values are fixed by the interface.
 #ifndef KORVANE_APPLICATIONS_FILTERS_FILTER_PARAMETER_TYPE_H_

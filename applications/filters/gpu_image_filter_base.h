@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ImageFilterBaseGL: the base of every filter that runs on the GPU.
 //
 // It owns the GPU objects of a filter, builds the shader from a fixed vertex shader, a fixed header and the filter's

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A swirl: inside a circle the picture is turned about the centre, most in the middle and not at all at the rim. The
 // radius that a caller gives is squared; only the default is used as it stands.
 #include <new>

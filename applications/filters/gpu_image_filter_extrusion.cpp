@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A bulge: points move along their offset from the centre by a power of their squared distance, times a zoom. The
 // shader uses the horizontal centre for both axes; the vertical one is sent and not read, and saved effects rely on
 // that look.

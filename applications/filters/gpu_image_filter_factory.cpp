@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/filters/gpu_image_filter_factory.h"
 
 #include <cstring>

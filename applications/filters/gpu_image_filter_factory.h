@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ImageFilterFactory: filters by name.
 #ifndef KORVANE_APPLICATIONS_FILTERS_GPU_IMAGE_FILTER_FACTORY_H_
 #define KORVANE_APPLICATIONS_FILTERS_GPU_IMAGE_FILTER_FACTORY_H_

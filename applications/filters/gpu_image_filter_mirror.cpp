@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A mirror: what lies beyond a line shows the reflection of what lies before it. A line at 1 is off, and setting one
 // axis switches the other off.
 #include <new>

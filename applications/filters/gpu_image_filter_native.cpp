@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The native methods of com.tervo.media.effects.renderer.render.FiltersRender. A handle is a filter's address; the Java
 // object owns the filter until nativeOnSurfaceDestroyed.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A colour lookup table of 64 levels a channel, mixed with the input.
 //
 // The table is an RGB image of 4096 x 64: row r, column g * 64 + b holds the colour for red, green and blue levels r, g

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A false-colour heat map: luma on a ramp from blue over cyan, green and yellow to red, each quarter shaped by a
 // parabola.
 #include <new>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A tunnel: points outside a circle around the middle show its rim. The shader compares squared distances, so the
 // square that is stored is the square of the radius that a caller gives; the default is a squared radius as it stands.
 #include <new>

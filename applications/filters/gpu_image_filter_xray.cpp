@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The inverted mean of the three channels as grey.
 #include <new>
 

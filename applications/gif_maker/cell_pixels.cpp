@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/gif_maker/cell_pixels.h"
 
 #include <cstring>

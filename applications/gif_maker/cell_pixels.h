@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The pixels of an image sorted by the cell of the color histogram that they fall in. Internal.
 //
 // The pixels of a cell then lie side by side in memory, and what is computed for a cell serves all its pixels.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ColorQuantizer: reduces the colors of one RGB image to a palette, for animated-image making.
 //
 // The RGB cube, 32 cells a side, is split greedily by orthogonal planes where a split lowers the variance most; sums

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/gif_maker/palette_refinement.h"
 
 #include <algorithm>

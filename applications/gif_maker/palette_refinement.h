@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sends every pixel to the nearest color of a palette and adds it to that entry's sums. Internal.
 #ifndef KORVANE_APPLICATIONS_GIF_MAKER_PALETTE_REFINEMENT_H_
 #define KORVANE_APPLICATIONS_GIF_MAKER_PALETTE_REFINEMENT_H_

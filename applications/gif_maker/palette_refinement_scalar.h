@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scalar twin of the refinement: every pixel against every color.
 #ifndef KORVANE_APPLICATIONS_GIF_MAKER_PALETTE_REFINEMENT_SCALAR_H_
 #define KORVANE_APPLICATIONS_GIF_MAKER_PALETTE_REFINEMENT_SCALAR_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Camera preview frames to planar YV12.
 //
 // All frames are 4:2:0 with width * height luma bytes first. NV12 goes on with interleaved U, V; NV21 with V, U; YV12

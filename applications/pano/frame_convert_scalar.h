@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scalar twins of the loops under frame_convert.h.
 #ifndef KORVANE_APPLICATIONS_PANO_FRAME_CONVERT_SCALAR_H_
 #define KORVANE_APPLICATIONS_PANO_FRAME_CONVERT_SCALAR_H_

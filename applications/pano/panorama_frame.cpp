@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/pano/panorama_frame.h"
 
 #include "frameworks/core/memory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PanoramaFrame: one counted preview frame of a sweep. Queued frames are always YV12.
 #ifndef KORVANE_APPLICATIONS_PANO_PANORAMA_FRAME_H_
 #define KORVANE_APPLICATIONS_PANO_PANORAMA_FRAME_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/pano/panorama_interface.h"
 
 result_t PanoramaInterface::startup(int width, int height, int format, PanoramaOnErrorCallback onErrorCb) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PanoramaInterface: what the Java binding holds: one panorama module by value, with the operations it needs.
 #ifndef KORVANE_APPLICATIONS_PANO_PANORAMA_INTERFACE_H_
 #define KORVANE_APPLICATIONS_PANO_PANORAMA_INTERFACE_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The native methods of com.tervo.media.effects.pano.PanoramaModule. The handle is the address of a PanoramaInterface.
 //
 // When memory is short, nativeCreate returns 0 and nativeProcess 1 (PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY).

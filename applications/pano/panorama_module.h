@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PanoramaModule: frame intake of a panorama sweep.
 //
 // Each preview frame comes with the gyroscope's two angles. The first frame only gives the reference angles; the next

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /*
  * The timestamp's glyph bitmaps, cut out of the images in artwork/. Embedding at assembly needs no program that runs on
  * the building machine, so it works alike for the desktop, a cross build and the NDK. Each image is a PGM header, whose

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The glyphs of the photo timestamp: digits, colon, dash and blank, in two sets.
 //
 // One set is drawn for 4:3 frames (reference long side 5248 pixels), one for 16:9 frames (4608). All glyphs of a set

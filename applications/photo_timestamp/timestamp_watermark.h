@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A date and time stamped into the bottom right corner of a camera frame.
 //
 // The text (digits, ":", "-" and blanks) is laid out as a strip of 8-bit coverage from the glyphs for the frame's

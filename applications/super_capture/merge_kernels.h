@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The loops of burst merging and light metering: vector code chosen for the processor at run time.
 //
 // Accumulators hold one 32-bit integer for each frame byte. They are far larger than any cache, so these loops run at
@@ -30,8 +31,8 @@ void merged_mean(const int* sums, uint8_t* frame, size_t count, int frames);
 uint32_t luma_sum(const uint8_t* plane, size_t pixels);
 uint32_t luma_sum_yuyv(const uint8_t* yuyv, size_t pixels);
 
-// A luma sum divided by its area, both as signed 32-bit numbers, truncated; 0 for the area 0. A very bright frame of 8.4
-// megapixels or more has a sum of 2^31 or more and so a negative mean, which counts as dark.
+// A luma sum divided by its area, both as signed 32-bit numbers, truncated; 0 for the area 0. A very bright frame
+// of 8.4 megapixels or more has a sum of 2^31 or more and so a negative mean, which counts as dark.
 inline int mean_luma(uint32_t sum, uint32_t area) {
     // In 64 bits, where -2^31 / -1 has an answer.
     return area == 0 ? 0 : static_cast<int>(int64_t{static_cast<int32_t>(sum)} / int64_t{static_cast<int32_t>(area)});

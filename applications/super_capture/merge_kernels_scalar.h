@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scalar twins of merge_kernels.h.
 #ifndef KORVANE_APPLICATIONS_SUPER_CAPTURE_MERGE_KERNELS_SCALAR_H_
 #define KORVANE_APPLICATIONS_SUPER_CAPTURE_MERGE_KERNELS_SCALAR_H_

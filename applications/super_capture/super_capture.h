@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SuperCapture: the multi-frame capture engine. The camera pushes a burst of YUYV frames; a worker thread merges them
 // and hands the result over when it is popped.
 //

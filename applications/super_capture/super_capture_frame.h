@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SuperCaptureFrame: one counted YUYV frame of a burst, and the sizes that go with it.
 #ifndef KORVANE_APPLICATIONS_SUPER_CAPTURE_SUPER_CAPTURE_FRAME_H_
 #define KORVANE_APPLICATIONS_SUPER_CAPTURE_SUPER_CAPTURE_FRAME_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SuperCaptureMode: the brightness advisor of the camera preview.
 //
 // Each preview frame's mean luma goes into a short history; when the mean of the last five has moved by more than 10

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The native methods of com.tervo.media.supercapture.mode.SuperCaptureMode. The handle is the object's address.
 //
 // When memory is short, nativeCreate returns 0 and nativeProcess does nothing.

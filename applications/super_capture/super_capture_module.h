@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Burst capture: merges the frames of a burst into one YUYV picture on a thread of its own. Entry points with plain C
 // names; the handle is the engine's address as an integer, 0 is no engine.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Merge strategies of the super capture engine.
 //
 // A scheme folds frames, luma and chroma bytes alike, into one 32-bit accumulator a byte: in low light the brightest

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Comparison: our kernel against its scalar twin, peers and floors, as ratios measured inside one run.
 //
 // Milliseconds change with the machine and its mood; the ratio of two things that ran in turn, within the same second,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Vectors on huge pages, where the system grants them. On small pages the time of a loop that runs at the speed of
 // memory depends on where in memory its buffers happen to lie, and that differs from buffer to buffer and from run to
 // run.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the figures were measured on.
 #ifndef KORVANE_BENCHMARKS_SUPPORT_MACHINE_H_
 #define KORVANE_BENCHMARKS_SUPPORT_MACHINE_H_

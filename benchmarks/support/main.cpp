@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // korvane_bench: ratios of the kernels against peers and floors. README.md in this program's folder says how to read
 // it.
 #include <benchmark/benchmark.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Pictures to measure on.
 #ifndef KORVANE_BENCHMARKS_SUPPORT_PICTURE_H_
 #define KORVANE_BENCHMARKS_SUPPORT_PICTURE_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The loop as one writes it first, one element at a time. Scalar twins look alike, but compilers turn most of them into
 // vector or branchless code, which may then run at the speed of memory too.
 #ifndef KORVANE_BENCHMARKS_SUPPORT_PLAIN_LOOP_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reporter: the table that a person reads, one block a comparison, and the count of goals met and missed.
 #ifndef KORVANE_BENCHMARKS_SUPPORT_REPORTER_H_
 #define KORVANE_BENCHMARKS_SUPPORT_REPORTER_H_

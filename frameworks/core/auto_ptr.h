@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // auto_ptr<T>: the library's counted strong pointer over any RefBase.
 //
 // A copy shares the object and counts it; std::auto_ptr moved it instead. The last holder deletes the object, so a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What clients of libkorvane.so may use is marked here, and nothing else leaves the library.
 //
 // It is built with hidden visibility. A class or function with KORVANE_API keeps its symbol, and the linker's version

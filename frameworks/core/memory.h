@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The galloc family: thin wrappers over the C allocator with defined answers for null and zero.
 //
 // The _leap forms take a source file name and a line, ignore both and do what the plain forms do. Blocks are freed with

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Object: the root of every class with virtual operations in the library.
 //
 // Fixed by the interface, here and in all classes below it: names, parameter types, the order of virtual operations

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // RefBase: an object with a strong count of its own.
 //
 // A new object's count is 0: nobody owns it until the first auto_ptr<T> (or an explicit incStrong) takes it. The object

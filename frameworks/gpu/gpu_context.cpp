@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/gpu/gpu_context.h"
 
 GPUContext::GPUContext(ANativeWindow* window, uint32_t width, uint32_t height)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GPUContext: the record of one EGL display, surface and context that every GPU object keeps a reference to.
 //
 // Passive: it never calls EGL and owns nothing, neither the window nor the EGL objects. So any code may make one by

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GPUEngine: makes, owns and destroys an EGL surface and an OpenGL ES 3 context.
 //
 // Order of use: construct; setup(); startup() on the rendering thread; GPU work; flush() to show the frame in a window;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GPUFramebuffer: one GL framebuffer, for drawing into several textures, reading and copying between attachments, and
 // the shortcut to draw into one texture.
 //

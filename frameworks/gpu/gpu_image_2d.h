@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GPUImage2D: a texture that is filled from memory and read back, or a wrapper of a texture that the caller owns.
 //
 // The format code is the number of bytes a pixel in every size computation:

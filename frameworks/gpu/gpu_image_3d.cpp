@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/gpu/gpu_image_3d.h"
 
 #include "frameworks/gpu/gpu_texture_layout.h"

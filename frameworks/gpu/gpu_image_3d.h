@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GPUImage3D: a 3D texture that is filled from memory (such as a colour lookup volume), or a wrapper of the caller's.
 //
 // Format codes and the layout are those of GPUImage2D, one slice after the other; the target is GL_TEXTURE_3D for codes

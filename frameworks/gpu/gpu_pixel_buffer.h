@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GPUPixelBuffer: the buffer object through which texture contents go up and come back.
 //
 // Each transfer gets a new store and one copy into or out of its mapping, so that the driver never waits for an earlier

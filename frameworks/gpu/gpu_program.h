@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GPUProgram: a script made into a GL program, run one full-viewport pass at a time.
 //
 // A pass: beganCompute(), and stop if it returns 0; an output, by setOutputTarget() or a framebuffer of one's own;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GPUScript: a named list of shader texts and, if given, the linked program in the driver's own binary format.
 //
 // The binary is kept in the program cache, one file a script, so that later runs need not compile. The file is

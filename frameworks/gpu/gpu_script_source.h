@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GPUScriptSource: one named shader text.
 #ifndef KORVANE_FRAMEWORKS_GPU_GPU_SCRIPT_SOURCE_H_
 #define KORVANE_FRAMEWORKS_GPU_GPU_SCRIPT_SOURCE_H_

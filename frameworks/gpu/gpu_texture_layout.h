@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What an image's format code means to GL, and how many bytes its pixels take.
 #ifndef KORVANE_FRAMEWORKS_GPU_GPU_TEXTURE_LAYOUT_H_
 #define KORVANE_FRAMEWORKS_GPU_GPU_TEXTURE_LAYOUT_H_

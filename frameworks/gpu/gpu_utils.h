@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GPUUtils: functions that all GPU classes use. They log GL and EGL errors and make shaders and programs.
 //
 // The checks never stop the caller. All but the EGL checks need a context that is current on the calling thread.

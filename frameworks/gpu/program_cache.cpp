@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/gpu/program_cache.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where compiled GPU programs are kept between runs, so that the next start compiles nothing.
 //
 // Every script that has a name reads NAME.osb from this directory and writes it back; a directory that cannot be read

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Conversions between raw pixel buffers in RGB, RGBA, gray and seven YUV layouts, and between images.
 //
 // Each color_convert_ function takes its source planes, its destination planes, width and height, and returns 1 when it

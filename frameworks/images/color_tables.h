@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The coefficients of the color conversions: BT.601 in studio range, in tables of whole numbers.
 //
 // Entry i is coefficient x (i - offset), truncated toward zero. The products are formed in thousandths, where they are

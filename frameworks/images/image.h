@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Image: a picture in main memory, one allocation seen through up to four plane pointers.
 //
 // The pixels lie in plain scan order without row padding. N below is width x height x depth; depth is a multiplier on

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/images/image_decoder.h"
 
 bool ImageDecoder::decode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ImageDecoder: reads an Image from a Stream in some file format.
 //
 // Decoders keep nothing between calls: one object may serve several threads at once as long as each call has a stream

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/images/image_decoder_factory.h"
 
 #include "frameworks/core/guard.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ImageDecoderFactory: finds the decoder for a stream by its first bytes.
 #ifndef KORVANE_FRAMEWORKS_IMAGES_IMAGE_DECODER_FACTORY_H_
 #define KORVANE_FRAMEWORKS_IMAGES_IMAGE_DECODER_FACTORY_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ImageEncoder: writes an Image to a Stream in some file format.
 //
 // Encoders keep nothing between calls: one object may serve several threads at once as long as each call has a stream

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ImageEncoderFactory: makes an encoder for a file format.
 #ifndef KORVANE_FRAMEWORKS_IMAGES_IMAGE_ENCODER_FACTORY_H_
 #define KORVANE_FRAMEWORKS_IMAGES_IMAGE_ENCODER_FACTORY_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JpegDecoder: JPEG to Image through libjpeg.
 //
 // A grayscale file gives a GRAY image, a YCbCr or RGB file an RGB one, each with depth 1. A CMYK or YCCK file decodes

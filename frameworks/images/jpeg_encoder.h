@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JpegEncoder: Image to baseline JPEG through libjpeg.
 //
 // GRAY, RGB, RGBA (alpha dropped) and packed YUV images can be written; every file has three components, also that of

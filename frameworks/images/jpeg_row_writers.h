@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Row writers: each turns one row of `width` pixels into 3 bytes a pixel, as libjpeg takes them. `src` and `dst` must
 // not overlap. A width below 1 or a null pointer writes nothing.
 #ifndef KORVANE_FRAMEWORKS_IMAGES_JPEG_ROW_WRITERS_H_

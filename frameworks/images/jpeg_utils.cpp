@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/images/jpeg_utils.h"
 
 #include "platform/log.h"

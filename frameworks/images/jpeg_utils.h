@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // libjpeg's source, destination and error managers over a Stream. This header needs libjpeg's own (API version 62).
 //
 // Each structure extends libjpeg's own as its first part, so that the callbacks can cast one to the other. They live on

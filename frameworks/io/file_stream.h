@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // FileStream: a Stream over a file of the standard library, always in binary.
 //
 // A stream whose file could not be opened, or that was closed, answers 0 (false for rewind) to everything.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/io/java_input_stream.h"
 
 #include <jni.h>

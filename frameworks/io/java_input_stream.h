@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JavaInputStream: a Stream that reads from a java.io.InputStream.
 //
 // Bytes pass through a Java byte array of the caller's. The stream takes no global references and holds the JNIEnv: it

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JavaOutputStream: a Stream that writes to a java.io.OutputStream.
 //
 // Bytes pass through a Java byte array of the caller's. The stream takes no global references and holds the JNIEnv: it

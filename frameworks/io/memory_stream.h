@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MemoryStream: a Stream over one block of memory of fixed size.
 //
 // The block never grows: what does not fit is cut off. A stream without a block (null, not allocated, closed) and a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/io/stream.h"
 
 size_t Stream::skip(size_t count) {

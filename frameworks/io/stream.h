@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stream: bytes to read and to write, in a file, a block of memory or a Java object.
 //
 // No operation throws or keeps an error state. What a class cannot do gives a fixed neutral value; failures are return

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // StreamReader: typed reading over another stream.
 //
 // Values are the bytes as they lie in memory, in the processor's own byte order, without a length or a tag. The reader

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // StreamWriter: typed writing over another stream, the counterpart of StreamReader.
 //
 // Values go out as they lie in memory, in the processor's own byte order, without a length or a tag. The writer

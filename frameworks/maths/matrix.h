@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Matrix: a small dense matrix of single-precision numbers, for colour and geometry transforms.
 //
 // Determinant, cofactors and inverse are plain Laplace expansions. They cost about n! operations, which is fine up to
@@ -7,10 +8,10 @@
 // to read and to write. A matrix with a size below 1, or for which memory was short, has no storage: m_Data is null.
 // Operations that need its elements give null or 0. One matrix must not be used by two threads at once.
 //
-// Operations that return a new matrix return it with count 0: take it into an auto_ptr<Matrix> or delete it. When memory
-// is short they return null, and a determinant or cofactor is 0. In-place operations return their first argument, so
-// that calls can be chained. Operands are only read, also where their type is not const: the types are part of the
-// interface, as are all names of this class.
+// Operations that return a new matrix return it with count 0: take it into an auto_ptr<Matrix> or delete it. When
+// memory is short they return null, and a determinant or cofactor is 0. In-place operations return their first
+// argument, so that calls can be chained. Operands are only read, also where their type is not const: the types are
+// part of the interface, as are all names of this class.
 #ifndef KORVANE_FRAMEWORKS_MATHS_MATRIX_H_
 #define KORVANE_FRAMEWORKS_MATHS_MATRIX_H_
 

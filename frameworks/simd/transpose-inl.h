@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small transpositions that turn rows into columns, so that vector lanes hold neighbouring rows. For kernel files only:
 // included once for each instruction set.
 #if defined(KORVANE_FRAMEWORKS_SIMD_TRANSPOSE_INL_H_) == defined(HWY_TARGET_TOGGLE)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/utils/atomic.h"
 
 uint32_t atomic_inc32(void* p) {

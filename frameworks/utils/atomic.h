@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sequentially consistent read-modify-write on a 32-bit word. Each returns the new value, not the old one.
 #ifndef KORVANE_FRAMEWORKS_UTILS_ATOMIC_H_
 #define KORVANE_FRAMEWORKS_UTILS_ATOMIC_H_

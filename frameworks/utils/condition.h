@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Condition: a counted wrapper over a POSIX condition variable. Always used with one Mutex, which the caller holds
 // while it waits.
 #ifndef KORVANE_FRAMEWORKS_UTILS_CONDITION_H_

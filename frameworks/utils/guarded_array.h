@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GuardedArray<T>: a queue that guards itself.
 //
 // The capture workers and the thread pool look at their queues without the lock that the other side holds. Here a short

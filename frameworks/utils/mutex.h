@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Mutex: a counted wrapper over a POSIX mutex.
 #ifndef KORVANE_FRAMEWORKS_UTILS_MUTEX_H_
 #define KORVANE_FRAMEWORKS_UTILS_MUTEX_H_

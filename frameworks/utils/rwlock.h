@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // RWLock: a counted wrapper over a POSIX reader-writer lock.
 #ifndef KORVANE_FRAMEWORKS_UTILS_RWLOCK_H_
 #define KORVANE_FRAMEWORKS_UTILS_RWLOCK_H_

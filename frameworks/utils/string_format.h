@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // string_format: printf into one buffer that the library owns.
 #ifndef KORVANE_FRAMEWORKS_UTILS_STRING_FORMAT_H_
 #define KORVANE_FRAMEWORKS_UTILS_STRING_FORMAT_H_

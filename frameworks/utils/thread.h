@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Thread: a POSIX thread that runs a counted IRunnable, or its own run().
 //
 // The system's thread does not own the Thread object. The caller keeps the object until the thread has ended, and joins

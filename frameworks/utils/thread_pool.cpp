@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/utils/thread_pool.h"
 
 #include <mutex>

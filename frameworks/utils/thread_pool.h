@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ThreadPool: a fixed number of worker threads that run tasks from one first-in, first-out queue.
 //
 // Workers are made stopped and started together. Shutting down waits until the queue is empty and then drops the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Time in nanoseconds and the time-out arithmetic on it.
 #ifndef KORVANE_FRAMEWORKS_UTILS_TIMERS_H_
 #define KORVANE_FRAMEWORKS_UTILS_TIMERS_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The desktop twin of Android's bitmap functions, over the desktop's own android.graphics.Bitmap
 // (java/android/graphics).
 //

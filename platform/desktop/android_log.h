@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The desktop twin of Android's log: standard error when the environment variable KORVANE_LOG is set, and a sink that
 // tests can hang in.
 #ifndef KORVANE_PLATFORM_DESKTOP_ANDROID_LOG_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The desktop twin of Android's native window: an X11 window and what was asked of its buffers.
 #ifndef KORVANE_PLATFORM_DESKTOP_ANDROID_NATIVE_WINDOW_H_
 #define KORVANE_PLATFORM_DESKTOP_ANDROID_NATIVE_WINDOW_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "algorithms/stack_blur.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plain sum under a window on a line that goes on with its border values: what the sliding sums must equal.
 #ifndef KORVANE_TESTS_ALGORITHMS_WINDOW_SUM_H_
 #define KORVANE_TESTS_ALGORITHMS_WINDOW_SUM_H_

@@ -35,10 +35,11 @@ struct jpeg_error_mgr;
 struct jpeg_utils_error_mgr;
 using Source = const unsigned char*;
 using Target = unsigned char*;
-#define PACKED_CONVERSIONS(ROW)                                                                                     \
-    ROW(gray2rgb)                                                                                                   \
-    ROW(gray2rgba) ROW(rgb2gray) ROW(rgba2gray) ROW(rgb2rgba) ROW(rgba2rgb) ROW(rgb2yuv) ROW(yuv2rgb) ROW(yuv2gray) \
-        ROW(rgb2yuyv) ROW(yuyv2rgb) ROW(rgb2yvyu) ROW(yvyu2rgb)
+#define PACKED_CONVERSIONS(ROW)                                                                                    \
+    ROW(gray2rgb)                                                                                                  \
+    ROW(gray2rgba)                                                                                                 \
+    ROW(rgb2gray) ROW(rgba2gray) ROW(rgb2rgba) ROW(rgba2rgb) ROW(rgb2yuv) ROW(yuv2rgb) ROW(yuv2gray) ROW(rgb2yuyv) \
+        ROW(yuyv2rgb) ROW(rgb2yvyu) ROW(yvyu2rgb)
 #define CONVERSION(name) CLIENT(int, color_convert_##name, Source, Target, int, int);
 PACKED_CONVERSIONS(CONVERSION)
 #define LINE(name) CLIENT(void, Write_##name, Source, Target, int);
@@ -66,8 +67,8 @@ CLIENT(void, calculate_gauss_blur_coef, float, int, gauss_blur_coef*);
 CLIENT(void, fast_blur, unsigned int*, unsigned char*, int, int, int);
 #define BOX_BLUR(name) CLIENT(void, name, unsigned char*, unsigned char*, int, int, int);
 BOX_BLUR(box_blurH)
-BOX_BLUR(box_blurV) BOX_BLUR(box_blur) BOX_BLUR(gauss_blur)
-    CLIENT(void, gaussiir, unsigned char*, int, int, int, int, float, float);
+BOX_BLUR(box_blurV)
+BOX_BLUR(box_blur) BOX_BLUR(gauss_blur) CLIENT(void, gaussiir, unsigned char*, int, int, int, int, float, float);
 CLIENT(void, calculate_gauss_iir_coefficients, gaussiirContext*, float);
 CLIENT(void, blur_line, gaussiirContext*, unsigned char*, unsigned char*, int, int);
 CLIENT(void, make_offsets, int*, unsigned int);
@@ -120,11 +121,12 @@ uint32_t (*use_binary)(uint32_t, void*, int) = GPUUtils::createProgram;
 #define FILTERS(name) CLIENT(void, Java_com_tervo_media_effects_renderer_render_FiltersRender_native##name);
 #define MODE(name) CLIENT(void, Java_com_tervo_media_supercapture_mode_SuperCaptureMode_native##name);
 #define OBJECT_METHODS(ROW) ROW(Create) ROW(Process) ROW(Destroy)
-#define FILTER_METHODS(ROW)                                                                                      \
-    ROW(Create)                                                                                                  \
-    ROW(OnSurfaceCreated) ROW(SetTexture) ROW(SetBitmap) ROW(OnDrawFrame) ROW(Process) ROW(OnSurfaceDestroyed)   \
-        ROW(GetParameterType) ROW(SetParametersBoolean) ROW(SetParametersBooleanArray) ROW(SetParametersInteger) \
-            ROW(SetParametersIntegerArray) ROW(SetParametersFloat) ROW(SetParametersFloatArray)                  \
+#define FILTER_METHODS(ROW)                                                                                    \
+    ROW(Create)                                                                                                \
+    ROW(OnSurfaceCreated)                                                                                      \
+    ROW(SetTexture) ROW(SetBitmap) ROW(OnDrawFrame) ROW(Process) ROW(OnSurfaceDestroyed) ROW(GetParameterType) \
+        ROW(SetParametersBoolean) ROW(SetParametersBooleanArray) ROW(SetParametersInteger)                     \
+            ROW(SetParametersIntegerArray) ROW(SetParametersFloat) ROW(SetParametersFloatArray)                \
                 ROW(SetParametersDouble) ROW(SetParametersDoubleArray) ROW(SetParametersLong) ROW(SetParametersBitmap)
 extern "C" {
 CLIENT(intptr_t, super_capture_module_init, uint32_t, uint32_t, uint32_t);

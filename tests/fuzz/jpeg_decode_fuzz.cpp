@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any bytes at all as a JPEG file: the decoder must answer, keep its memory together, and on failure leave the caller's
 // image as it was. The sanitizers see the rest.
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes one small file of each kind of JPEG into the folder given: the fuzzer's first corpus.
 #include <cstdio>
 #include <string>

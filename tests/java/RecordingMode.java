@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 import com.tervo.media.supercapture.mode.SuperCaptureMode;
 
 /** Keeps the last advice and counts; throws when told to. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/bitmap.h"
 
 #include "platform/native_window.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/support/gl_recorder.h"
 
 #include <GLES2/gl2ext.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GlRecorder: sees every GL and EGL call of the library on its way to the driver, and can make calls fail.
 //
 // A program that links korvane_gpu_support has forwarding entry points in place of the driver's; without a living

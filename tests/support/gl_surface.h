@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What an application brings to the filters: a context of its own, current on this thread, and camera textures.
 #ifndef KORVANE_TESTS_SUPPORT_GL_SURFACE_H_
 #define KORVANE_TESTS_SUPPORT_GL_SURFACE_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bytes at a chosen misalignment between two guard zones, to see on every instruction set what the address sanitizer
 // sees on one: a store beside the buffer.
 #ifndef KORVANE_TESTS_SUPPORT_GUARDED_BYTES_H_

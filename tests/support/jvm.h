@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A Java virtual machine inside the test program, started with -Xcheck:jni on first use, one for the whole process.
 //
 // Its class path holds the product's classes and those of tests/java; its library path leads to the built

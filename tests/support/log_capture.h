@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Collects the library's log lines while it lives. One at a time.
 #ifndef KORVANE_TESTS_SUPPORT_LOG_CAPTURE_H_
 #define KORVANE_TESTS_SUPPORT_LOG_CAPTURE_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Test bytes that are the same on every machine and in every run.
 #ifndef KORVANE_TESTS_SUPPORT_RANDOM_BYTES_H_
 #define KORVANE_TESTS_SUPPORT_RANDOM_BYTES_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs a test body once for every vector instruction set that was compiled in and that this processor has.
 #ifndef KORVANE_TESTS_SUPPORT_SIMD_TARGETS_H_
 #define KORVANE_TESTS_SUPPORT_SIMD_TARGETS_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Collects what the process writes to file descriptor 2 while it lives, and keeps it off the terminal.
 #ifndef KORVANE_TESTS_SUPPORT_STANDARD_ERROR_H_
 #define KORVANE_TESTS_SUPPORT_STANDARD_ERROR_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -55,10 +56,8 @@ TEST(BlurCommand, BlursThenDims) {
         {"stack", stack_blur},
         {"box", [](auto... image) { blur_channels(box_blur, image...); }},
         {"gauss", [](auto... image) { blur_channels(gauss_blur, image...); }},
-        {"fast",
-         [](unsigned char* pixels, int width, int height, int radius) {
-             fast_blur(reinterpret_cast<unsigned int*>(pixels), pixels, width, height, radius);
-         }},
+        {"fast", [](unsigned char* pixels, int width, int height,
+                    int radius) { fast_blur(reinterpret_cast<unsigned int*>(pixels), pixels, width, height, radius); }},
         {"iir",
          [](unsigned char* pixels, int width, int height, int radius) {
              const auto distance = static_cast<float>(radius);

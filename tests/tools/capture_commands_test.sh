@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The commands merge, advise and sweep.
 source "$(dirname "$0")/checks.sh"
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # For tests of the command line program: source this with the program (and the emulator that runs it, if any) as the
 # script's arguments, write rows, end with `finish`. Each script works in an empty folder of its own.
 set -u

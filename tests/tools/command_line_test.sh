@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The program as a whole, reading and writing photos, and the commands blur and scene.
 source "$(dirname "$0")/checks.sh"
 

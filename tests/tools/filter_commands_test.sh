@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The commands filter, filters and doctor, on the display that the test was given.
 source "$(dirname "$0")/checks.sh"
 

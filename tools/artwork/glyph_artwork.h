@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Draws the glyphs of the photo timestamp: digits, colon and dash, in the two sizes that the library carries.
 //
 // The face is a monoline: every glyph is a path of straight and cubic pieces in a unit box, drawn with one round pen,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // korvane_glyphs FOLDER [SPECIMEN.jpg]: writes the timestamp's artwork into FOLDER, and a specimen of both sets.
 #include <cstdio>
 #include <cstring>

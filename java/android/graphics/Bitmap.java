@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 package android.graphics;
 
 import java.nio.Buffer;

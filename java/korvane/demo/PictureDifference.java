@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 package korvane.demo;
 
 import java.awt.image.BufferedImage;

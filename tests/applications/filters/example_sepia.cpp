@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The example of docs/adding-a-filter.md: sepia, as strong as asked for.
 #include <new>
 

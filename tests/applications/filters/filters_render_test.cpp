@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The Java renderer's filters, called from Java in the library that an application loads.
 #include <algorithm>
 #include <array>

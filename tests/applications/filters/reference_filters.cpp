@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/applications/filters/reference_filters.h"
 
 #include <gtest/gtest.h>

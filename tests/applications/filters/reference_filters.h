@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The filters on the processor, in double precision: what each shader means, written down a second time.
 #ifndef KORVANE_TESTS_APPLICATIONS_FILTERS_REFERENCE_FILTERS_H_
 #define KORVANE_TESTS_APPLICATIONS_FILTERS_REFERENCE_FILTERS_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/gif_maker/color_quantizer.h"
 
 #include <gmock/gmock.h>

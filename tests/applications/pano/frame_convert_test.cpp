@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/pano/frame_convert.h"
 
 #include <gtest/gtest.h>

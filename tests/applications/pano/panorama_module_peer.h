@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reaches into a panorama sweep for what a test needs to end it for certain and to see what came out.
 #ifndef KORVANE_TESTS_APPLICATIONS_PANO_PANORAMA_MODULE_PEER_H_
 #define KORVANE_TESTS_APPLICATIONS_PANO_PANORAMA_MODULE_PEER_H_

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/pano/panorama_module.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/photo_timestamp/timestamp_watermark.h"
 
 #include <gtest/gtest.h>

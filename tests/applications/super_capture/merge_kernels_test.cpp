@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/super_capture/merge_kernels.h"
 
 #include <gtest/gtest.h>

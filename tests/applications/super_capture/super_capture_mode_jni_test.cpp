@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <com_tervo_media_supercapture_mode_SuperCaptureMode.h>
 #include <gmock/gmock.h>
 

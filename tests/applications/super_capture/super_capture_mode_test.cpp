@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "applications/super_capture/super_capture_mode.h"
 
 #include <gmock/gmock.h>

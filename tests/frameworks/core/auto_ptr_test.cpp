@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/core/auto_ptr.h"
 
 #include <gtest/gtest.h>

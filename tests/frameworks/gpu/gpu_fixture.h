@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An off-screen engine, current on the test's thread, and drawing as plainly as can be. No context, no test: the suite
 // fails where none can be had.
 #ifndef KORVANE_TESTS_FRAMEWORKS_GPU_GPU_FIXTURE_H_

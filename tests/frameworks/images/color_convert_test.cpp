@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "frameworks/images/color_convert.h"
 
 #include <gtest/gtest.h>

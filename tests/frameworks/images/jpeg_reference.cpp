@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/frameworks/images/jpeg_reference.h"
 
 #include <cstdio>  // IWYU pragma: keep

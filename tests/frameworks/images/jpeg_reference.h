@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JPEG files for tests, made and read by a plain loop over libjpeg with its own memory buffers: what the codec is
 // measured against, and the kinds of file that the encoder cannot write.
 #ifndef KORVANE_TESTS_FRAMEWORKS_IMAGES_JPEG_REFERENCE_H_
