@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "algorithms/fast_detection.h"
+#include "algorithms/fast_detection_frame.h"
 #include "algorithms/fast_detection_scalar.h"
 #include "algorithms/lbp.h"
 #include "algorithms/lbp_scalar.h"
@@ -21,16 +22,15 @@ std::vector<uint8_t> bytes_of(const T* items, size_t count) {
 }
 
 Cost corners_cost(const char* name, int nonmax) {
-    const auto detected = [nonmax](auto detect) {
-        return [=](Scene& s) {
-            // Bins of two columns in bands of one row hardly thin anything out.
-            const FastParams params = {20, nonmax, 2, 0, 3, 3};
-            detect(s.gray.data(), s.corners, Scene::kWidth, Scene::kHeight, &params);
-        };
-    };
-    return {name, detected(fast16), detected(fast16_scalar), {}, [](const Scene& s) {
-                return bytes_of(s.corners.data(), s.corners.size());
-            }};
+    // Bins of two columns in bands of one row hardly thin anything out.
+    const FastParams params = {20, nonmax, 2, 0, 3, 3};
+    return {name,
+            [=](Scene& s) { fast16(s.gray.data(), s.corners, Scene::kWidth, Scene::kHeight, &params); },
+            [=](Scene& s) {
+                fast16_scalar(s.gray.data(), s.corners, FastFrame(Scene::kWidth, Scene::kHeight, params), params);
+            },
+            {},
+            [](const Scene& s) { return bytes_of(s.corners.data(), s.corners.size()); }};
 }
 
 unsigned slots() {

@@ -138,9 +138,12 @@ std::vector<Item> joined(const Lists&... lists) {
 
 int main(int count, char** arguments) {
     using namespace korvane::arm;
-    // Fixed, or it would grow with what earlier kernels gave back, and a kernel's figure depend on who came before.
+    // Or a kernel's figure would depend on who came before, by what the heap has grown to or given back.
+    // Pictures come fresh from the system; the heap for what is smaller never has room for one.
     constexpr int kPictureBytes = 1 << 20;
     mallopt(M_MMAP_THRESHOLD, kPictureBytes);
+    mallopt(M_TOP_PAD, kPictureBytes / 2);
+    mallopt(M_TRIM_THRESHOLD, kPictureBytes);
     Runner runner(options_of(count, arguments));
     std::vector<Peer> peers = codec_peers();
 #if defined(KORVANE_ARM_PEERS)
