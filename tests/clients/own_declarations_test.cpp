@@ -35,12 +35,12 @@ struct jpeg_error_mgr;
 struct jpeg_utils_error_mgr;
 using Source = const unsigned char*;
 using Target = unsigned char*;
-#define PACKED_CONVERSIONS(ROW)                                                                                    \
-    ROW(gray2rgb)                                                                                                  \
-    ROW(gray2rgba)                                                                                                 \
-    ROW(rgb2gray)                                                                                                  \
-    ROW(rgba2gray) ROW(rgb2rgba) ROW(rgba2rgb) ROW(rgb2yuv) ROW(yuv2rgb) ROW(yuv2gray) ROW(rgb2yuyv) ROW(yuyv2rgb) \
-        ROW(rgb2yvyu) ROW(yvyu2rgb)
+// By hand: the formatter breaks this list anew at each run.
+// clang-format off
+#define PACKED_CONVERSIONS(ROW) \
+    ROW(gray2rgb) ROW(gray2rgba) ROW(rgb2gray) ROW(rgba2gray) ROW(rgb2rgba) ROW(rgba2rgb) ROW(rgb2yuv) \
+    ROW(yuv2rgb) ROW(yuv2gray) ROW(rgb2yuyv) ROW(yuyv2rgb) ROW(rgb2yvyu) ROW(yvyu2rgb)
+// clang-format on
 #define CONVERSION(name) CLIENT(int, color_convert_##name, Source, Target, int, int);
 PACKED_CONVERSIONS(CONVERSION)
 #define LINE(name) CLIENT(void, Write_##name, Source, Target, int);
@@ -122,14 +122,14 @@ uint32_t (*use_binary)(uint32_t, void*, int) = GPUUtils::createProgram;
 #define FILTERS(name) CLIENT(void, Java_com_tervo_media_effects_renderer_render_FiltersRender_native##name);
 #define MODE(name) CLIENT(void, Java_com_tervo_media_supercapture_mode_SuperCaptureMode_native##name);
 #define OBJECT_METHODS(ROW) ROW(Create) ROW(Process) ROW(Destroy)
-#define FILTER_METHODS(ROW)                                                                     \
-    ROW(Create)                                                                                 \
-    ROW(OnSurfaceCreated)                                                                       \
-    ROW(SetTexture)                                                                             \
-    ROW(SetBitmap) ROW(OnDrawFrame) ROW(Process) ROW(OnSurfaceDestroyed) ROW(GetParameterType)  \
-        ROW(SetParametersBoolean) ROW(SetParametersBooleanArray) ROW(SetParametersInteger)      \
-            ROW(SetParametersIntegerArray) ROW(SetParametersFloat) ROW(SetParametersFloatArray) \
-                ROW(SetParametersDouble) ROW(SetParametersDoubleArray) ROW(SetParametersLong) ROW(SetParametersBitmap)
+// By hand: the formatter breaks this list anew at each run.
+// clang-format off
+#define FILTER_METHODS(ROW) \
+    ROW(Create) ROW(OnSurfaceCreated) ROW(SetTexture) ROW(SetBitmap) ROW(OnDrawFrame) ROW(Process) \
+    ROW(OnSurfaceDestroyed) ROW(GetParameterType) ROW(SetParametersBoolean) ROW(SetParametersBooleanArray) \
+    ROW(SetParametersInteger) ROW(SetParametersIntegerArray) ROW(SetParametersFloat) ROW(SetParametersFloatArray) \
+    ROW(SetParametersDouble) ROW(SetParametersDoubleArray) ROW(SetParametersLong) ROW(SetParametersBitmap)
+// clang-format on
 extern "C" {
 CLIENT(intptr_t, super_capture_module_init, uint32_t, uint32_t, uint32_t);
 CLIENT(int32_t, super_capture_module_push_frame, intptr_t, unsigned char**);
