@@ -8,6 +8,7 @@
 
 #include <exception>
 #include <stdexcept>
+#include <string>
 
 #include "frameworks/jni/locked_bitmap.h"
 

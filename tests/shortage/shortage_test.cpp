@@ -23,7 +23,7 @@
 #include "applications/photo_timestamp/timestamp_watermark.h"
 #include "applications/super_capture/super_capture.h"
 #include "applications/super_capture/super_capture_module.h"
-#include "frameworks/core/galloc_ptr.h"
+#include "frameworks/core/memory.h"
 #include "frameworks/gpu/gpu_script.h"
 #include "frameworks/gpu/gpu_utils.h"
 #include "frameworks/gpu/program_cache.h"

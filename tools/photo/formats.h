@@ -6,8 +6,10 @@
 #ifndef KORVANE_TOOLS_PHOTO_FORMATS_H_
 #define KORVANE_TOOLS_PHOTO_FORMATS_H_
 
+#include <array>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "tools/photo/photo.h"
 

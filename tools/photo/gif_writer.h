@@ -2,6 +2,8 @@
 #ifndef KORVANE_TOOLS_PHOTO_GIF_WRITER_H_
 #define KORVANE_TOOLS_PHOTO_GIF_WRITER_H_
 
+#include <vector>
+
 #include "tools/photo/formats.h"
 
 struct GifFileType;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/photo/interrupts.h"
 
-#include <pthread.h>
 #include <signal.h>
 #include <unistd.h>
 

@@ -11,7 +11,6 @@
 #include "frameworks/io/stream.h"
 #include "tools/photo/cmyk.h"
 #include "tools/photo/formats.h"
-#include "tools/photo/metadata.h"
 
 namespace korvane {
 namespace {
@@ -188,7 +187,9 @@ void take_metadata(JpegFile& file, Metadata& metadata) {
 
 void take_style(const jpeg_decompress_struct& info, JpegStyle& style) {
     for (int i = 0; i < std::min(info.num_components, 2); ++i) {
-        const JQUANT_TBL* table = info.quant_tbl_ptrs[info.comp_info[i].quant_tbl_no];
+        // libjpeg looks at this number only when it decodes the component.
+        const int number = info.comp_info[i].quant_tbl_no;
+        const JQUANT_TBL* table = number >= 0 && number < NUM_QUANT_TBLS ? info.quant_tbl_ptrs[number] : nullptr;
         if (table == nullptr) {
             style.tables.clear();
             return;

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <string_view>
 
 #include "frameworks/images/jpeg_report.h"
 #include "tools/photo/formats.h"
-#include "tools/photo/metadata.h"
 
 namespace korvane {
 namespace {

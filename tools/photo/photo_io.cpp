@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <iostream>
 
 #include "tools/command.h"
 #include "tools/photo/file_io.h"

@@ -10,7 +10,6 @@
 #include <string_view>
 
 #include "tools/photo/formats.h"
-#include "tools/photo/metadata.h"
 
 namespace korvane {
 namespace {
