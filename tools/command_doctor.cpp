@@ -11,6 +11,7 @@
 #include "frameworks/gpu/gpu_engine.h"
 #include "korvane/version.h"
 #include "tools/command.h"
+#include "tools/gl_context.h"
 
 namespace korvane {
 namespace {
@@ -38,14 +39,12 @@ void print_limit(const char* name, GLenum what) {
 
 void examine() {
     auto_ptr<GPUEngine> engine(new GPUEngine(nullptr, 16, 16));
-    const bool usable = engine->setup();
+    engine->setup();
     engine->startup();
-    if (!usable || eglGetCurrentContext() == EGL_NO_CONTEXT) {
-        engine->destroy();
-        throw CommandError("no usable EGL display: run under X, or as 'xvfb-run -a korvane doctor'");
-    }
+    const char* platform = require_gl_context();
     EGLDisplay display = eglGetCurrentDisplay();
     std::printf("korvane            %s\n", KORVANE_VERSION);
+    std::printf("EGL platform       %s\n", platform);
     std::printf("EGL vendor         %s\n", text_or(eglQueryString(display, EGL_VENDOR)));
     std::printf("EGL version        %s\n", text_or(eglQueryString(display, EGL_VERSION)));
     std::printf("EGL client APIs    %s\n", text_or(eglQueryString(display, EGL_CLIENT_APIS)));

@@ -12,7 +12,7 @@
 namespace korvane {
 
 // A filter ready to process, by its full name or without the "ImageFilter" before it, in any case. Throws CommandError
-// for an unknown name and where no EGL display can be used.
+// for an unknown name and where the driver gives no context.
 auto_ptr<ImageFilterBaseGL> open_filter(const std::string& name);
 
 // Stores the parameter named in `setting`, "key=value" with commas between several values. Throws CommandError for an

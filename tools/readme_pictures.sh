@@ -13,7 +13,7 @@ cd "$folder"
 "$tools/korvane_strip" "$images/strip.jpg" 180 scene.jpg blurred.jpg dimmed.jpg
 filtered=()
 for filter in Distorted Mirror Xray Temperature; do
-    xvfb-run -a -s -noreset "$tools/korvane" filter ImageFilter$filter scene.jpg -o $filter.jpg
+    "$tools/korvane" filter ImageFilter$filter scene.jpg -o $filter.jpg
     filtered+=($filter.jpg)
 done
 "$tools/korvane_strip" "$images/filters.jpg" 150 "${filtered[@]}"

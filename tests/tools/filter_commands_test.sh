@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# The commands filter, filters and doctor, on the display that the test was given.
+# The commands filter, filters and doctor, without a display and with one.
 source "$(dirname "$0")/checks.sh"
+unset DISPLAY WAYLAND_DISPLAY
 
 accepts scene scene.jpg --size 97x61
 accepts filters
@@ -19,7 +20,7 @@ for filter in distorted timetunnel; do
 done
 
 accepts doctor
-for line in 'EGL vendor' 'GL renderer' 'limit texture size' 'program binaries'; do
+for line in 'EGL platform  *\(device\|surfaceless\)$' 'EGL vendor' 'GL renderer' 'limit texture size' 'program binaries'; do
     holds grep -q "^$line" out.log
 done
 
@@ -49,7 +50,13 @@ refuses "give it with --table" filter Table scene.jpg -o new.jpg --set mFilterBi
 refuses "4096 x 64" filter Table scene.jpg -o new.jpg --table scene.jpg
 refuses "takes no lookup table" filter Xray scene.jpg -o new.jpg --table table.jpg
 refuses "none.such" filter Xray none.such -o new.jpg
-unset DISPLAY WAYLAND_DISPLAY
+accepts filter Distorted scene.jpg -o without.png
+program=(xvfb-run -a -s -noreset "${program[@]}")
+accepts filter Distorted scene.jpg -o with.png
+holds cmp -s without.png with.png
+accepts doctor
+holds grep -qxE 'EGL platform +display' out.log
+export __EGL_VENDOR_LIBRARY_FILENAMES=/none
 refuses "no usable EGL display" filter Xray scene.jpg -o new.jpg
 refuses "no usable EGL display" doctor
 finish
