@@ -8,6 +8,7 @@
 
 #include "applications/super_capture/super_capture_mode.h"
 #include "tools/command.h"
+#include "tools/json.h"
 #include "tools/photo/photo_io.h"
 #include "tools/yuyv_photo.h"
 
@@ -17,6 +18,7 @@ namespace {
 struct AdviseOptions {
     std::vector<std::string> frames;
     ReadOptions read;
+    bool wantsJson = false;
 };
 
 // The advisor reports to a Java object. Without one, a changed m_LastLumAvg shows that it made a report.
@@ -29,9 +31,15 @@ class Advisor : public SuperCaptureMode {
         return m_LastLumAvg != before;
     }
     std::string advice() const {
+        return "aperture " + aperture() + ", gain " + std::to_string(m_Gain) + " (mean luma " +
+               std::to_string(m_LastLumAvg) + ')';
+    }
+    Json json() const { return {{"aperture", std::stod(aperture())}, {"gain", m_Gain}, {"mean_luma", m_LastLumAvg}}; }
+
+  private:
+    std::string aperture() const {
         std::ostringstream text;
-        text << std::fixed << std::setprecision(1) << "aperture " << m_Aperture << ", gain " << m_Gain << " (mean luma "
-             << m_LastLumAvg << ')';
+        text << std::fixed << std::setprecision(1) << m_Aperture;
         return text.str();
     }
 };
@@ -47,6 +55,7 @@ std::vector<unsigned char> luma_of(const YuyvFrame& frame) {
 void advise(const AdviseOptions& options) {
     Advisor advisor;
     std::ostringstream report;
+    Json frames = Json::array();
     int width = 0;
     int height = 0;
     for (const std::string& path : options.frames) {
@@ -60,9 +69,11 @@ void advise(const AdviseOptions& options) {
             throw CommandError(path + " is not of the size of " + options.frames.front());
         }
         std::vector<unsigned char> luma = luma_of(frame);
-        report << path << ": " << (advisor.process(luma) ? advisor.advice() : "no change") << '\n';
+        const bool isChange = advisor.process(luma);
+        report << path << ": " << (isChange ? advisor.advice() : "no change") << '\n';
+        frames.push_back({{"file", path}, {"advice", isChange ? advisor.json() : Json()}});
     }
-    std::cout << report.str();
+    std::cout << (options.wantsJson ? json_line({{"frames", frames}}) + '\n' : report.str());
 }
 
 }  // namespace
@@ -71,6 +82,7 @@ std::function<void()> setup_advise_command(CLI::App& app) {
     auto options = std::make_shared<AdviseOptions>();
     app.add_option("frames", options->frames, "The photos in their order, all of one size")->required();
     add_read_options(app, options->read);
+    add_json(app, options->wantsJson);
     return [options] { advise(*options); };
 }
 

@@ -10,6 +10,7 @@
 #include "algorithms/fast_detection.h"
 #include "frameworks/images/color_convert.h"
 #include "tools/command.h"
+#include "tools/json.h"
 #include "tools/photo/photo_io.h"
 
 namespace korvane {
@@ -19,6 +20,7 @@ struct CornersOptions {
     PhotoOptions photo;
     FastParams params = {20, 1, 8, 0, 3, 3};
     bool keepAll = false;
+    bool wantsJson = false;
 };
 
 // Draws the outline of a square around the corner. The corner itself stays visible.
@@ -37,8 +39,31 @@ void mark(Image& photo, const KeyPoint& corner) {
     }
 }
 
+std::string json(const std::vector<KeyPoint>& corners, const std::vector<unsigned char>& gray, int width, int height,
+                 int threshold) {
+    constexpr int kCirclePixels = 16;
+    int circle[25];
+    makeOffsets(circle, width, kCirclePixels);
+    Json rows = Json::array();
+    for (const KeyPoint& corner : corners) {
+        const size_t at = static_cast<size_t>(corner.y) * static_cast<size_t>(width) + static_cast<size_t>(corner.x);
+        rows.push_back(
+            {{"x", corner.x}, {"y", corner.y}, {"score", cornerScore16(gray.data() + at, circle, threshold)}});
+    }
+    return json_line({{"width", width}, {"height", height}, {"corners", rows}}) + '\n';
+}
+
+std::string text(const std::vector<KeyPoint>& corners) {
+    return std::to_string(corners.size()) + (corners.size() == 1 ? " corner\n" : " corners\n");
+}
+
 void corners(CornersOptions options) {
-    check_output(options.photo.output, options.photo.write);
+    const std::string& output = options.photo.output;
+    if (!output.empty()) {
+        check_output(output, options.photo.write);
+    } else if (!options.wantsJson) {
+        throw CommandError("--output is required, or --json");
+    }
     Photo photo = read_photo(options.photo.input, IMAGE_FORMAT_TYPE_RGB, options.photo.read);
     const int width = static_cast<int>(photo.image->getWidth());
     const int height = static_cast<int>(photo.image->getHeight());
@@ -47,18 +72,23 @@ void corners(CornersOptions options) {
     options.params.nonmax_suppression = options.keepAll ? 0 : 1;
     std::vector<KeyPoint> found;
     fast16(gray.data(), found, width, height, &options.params);
-    for (const KeyPoint& corner : found) {
-        mark(*photo.image, corner);
+    if (!output.empty()) {
+        for (const KeyPoint& corner : found) {
+            mark(*photo.image, corner);
+        }
+        write_photo(output, std::move(photo), options.photo.write);
     }
-    write_photo(options.photo.output, std::move(photo), options.photo.write);
-    std::cout << found.size() << (found.size() == 1 ? " corner\n" : " corners\n");
+    report_stream(output) << (options.wantsJson ? json(found, gray, width, height, options.params.threshold)
+                                                : text(found));
 }
 
 }  // namespace
 
 std::function<void()> setup_corners_command(CLI::App& app) {
     auto options = std::make_shared<CornersOptions>();
-    add_photo_options(app, options->photo);
+    add_input(app, options->photo);
+    add_output(app, options->photo.output, options->photo.write)->required(false);
+    add_json(app, options->wantsJson);
     app.add_option("--threshold", options->params.threshold,
                    "By how much the pixels about a corner are darker or brighter than it, at the least")
         ->check(CLI::Range(0, 255))

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
 #include <string>
 
 #include "applications/effects/effects_filter_table.h"
 #include "applications/filters/filter_description.h"
 #include "applications/filters/gpu_image_filter_factory.h"
 #include "tools/command.h"
+#include "tools/json.h"
 
 namespace korvane {
 namespace {
@@ -45,10 +49,47 @@ void print_filters() {
     }
 }
 
+Json json(const FilterDescription& filter, std::span<const FilterParameter> parameters) {
+    Json rows = Json::array();
+    for (const FilterParameter& parameter : parameters) {
+        double least = 0;
+        double most = 0;
+        const bool isBounded = std::sscanf(parameter.range, "%lf ... %lf", &least, &most) == 2;
+        const std::string value = default_of(filter, parameter);
+        rows.push_back({{"name", parameter.name},
+                        {"type", type_name(parameter.type)},
+                        {"count", parameter.count},
+                        {"range", parameter.range},
+                        {"minimum", isBounded ? Json(least) : Json()},
+                        {"maximum", isBounded ? Json(most) : Json()},
+                        {"default", value == "-" ? Json() : Json(std::strtod(value.c_str(), nullptr))},
+                        {"summary", parameter.summary}});
+    }
+    return rows;
+}
+
+Json json_of_filters() {
+    Json filters = Json::array();
+    for (const FilterDescription* filter : ImageFilterFactory::filters()) {
+        filters.push_back(
+            {{"name", filter->name}, {"summary", filter->summary}, {"parameters", json(*filter, filter->parameters)}});
+    }
+    return {{"filters", filters},
+            {"every_filter", json(*ImageFilterFactory::filters().front(), ImageFilterBaseGL::base_parameters())}};
+}
+
 }  // namespace
 
-std::function<void()> setup_filters_command(CLI::App& /*app*/) {
-    return print_filters;
+std::function<void()> setup_filters_command(CLI::App& app) {
+    auto wantsJson = std::make_shared<bool>(false);
+    add_json(app, *wantsJson);
+    return [wantsJson] {
+        if (*wantsJson) {
+            std::cout << json_line(json_of_filters()) << '\n';
+        } else {
+            print_filters();
+        }
+    };
 }
 
 }  // namespace korvane

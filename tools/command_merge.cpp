@@ -85,8 +85,9 @@ void merge(const MergeOptions& options) {
     }
     from_yuyv(frame, photo.image);
     write_photo(options.output, std::move(photo), options.write);
-    std::cout << (summary.isLowLight ? "low light (maximum)" : "high light (mean)") << ", mean luma "
-              << summary.meanLuma << ", " << summary.framesMerged << " frames merged\n";
+    report_stream(options.output) << (summary.isLowLight ? "low light (maximum)" : "high light (mean)")
+                                  << ", mean luma " << summary.meanLuma << ", " << summary.framesMerged
+                                  << " frames merged\n";
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "applications/gif_maker/color_quantizer.h"
 #include "tools/command.h"
+#include "tools/json.h"
 #include "tools/photo/file_io.h"
 #include "tools/photo/formats.h"
 #include "tools/photo/palette.h"
@@ -25,6 +26,7 @@ constexpr int kMaxPngColors = 256;
 struct PaletteOptions {
     PhotoOptions photo;
     int colors = 16;
+    bool wantsJson = false;
 };
 
 // The palette's colours as rows of equal swatches. The unused rest of the last row is white.
@@ -68,6 +70,35 @@ void write_indexed(Photo& photo, const std::vector<Rgb>& palette, const PaletteO
     write_file(options.photo.output, write_indexed_png(picture, photo.metadata), options.photo.write.noClobber);
 }
 
+std::string name_of(const Rgb& color) {
+    char name[8];
+    std::snprintf(name, sizeof(name), "#%02X%02X%02X", color[0], color[1], color[2]);
+    return name;
+}
+
+std::string text(const std::vector<Rgb>& palette) {
+    std::string lines;
+    for (const Rgb& color : palette) {
+        lines += name_of(color) + '\n';
+    }
+    return lines;
+}
+
+// The share of a colour is that of the pixels that it is the nearest to.
+std::string json(const std::vector<Rgb>& palette, const Photo& photo) {
+    NearestEntry nearest(palette);
+    std::vector<size_t> counts(palette.size());
+    for (size_t i = 0; i < photo.pixelCount(); ++i) {
+        ++counts[nearest(photo.pixels() + 3 * i)];
+    }
+    Json rows = Json::array();
+    for (size_t i = 0; i < palette.size(); ++i) {
+        const double share = static_cast<double>(counts[i]) / static_cast<double>(photo.pixelCount());
+        rows.push_back({{"color", name_of(palette[i])}, {"share", share}});
+    }
+    return json_line({{"colors", rows}}) + '\n';
+}
+
 void palette(const PaletteOptions& options) {
     const std::string& output = options.photo.output;
     if (!output.empty()) {
@@ -81,17 +112,14 @@ void palette(const PaletteOptions& options) {
         throw CommandError("--colors: a PNG file has at most 256");
     }
     const std::vector<Rgb> colors = make_palette({photo}, options.colors);
+    const std::string report = options.wantsJson ? json(colors, photo) : text(colors);
     if (isIndexed) {
         write_indexed(photo, colors, options);
     } else if (!output.empty()) {
         reduce(photo, colors);
         write_photo(output, std::move(photo), options.photo.write);
     }
-    for (const Rgb& color : colors) {
-        char line[9];
-        std::snprintf(line, sizeof(line), "#%02X%02X%02X\n", color[0], color[1], color[2]);
-        std::cout << line;
-    }
+    report_stream(output) << report;
 }
 
 }  // namespace
@@ -106,6 +134,7 @@ std::function<void()> setup_palette_command(CLI::App& app) {
                    "The photo in these colours: a PNG file with exactly this palette (up to 256 colours), or a JPEG or "
                    "WebP file with a strip of swatches below");
     add_write_options(app, options->photo.write);
+    add_json(app, options->wantsJson);
     return [options] { palette(*options); };
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -12,6 +13,7 @@
 #include "applications/pano/panorama_interface.h"
 #include "frameworks/images/color_convert.h"
 #include "tools/command.h"
+#include "tools/json.h"
 #include "tools/photo/photo_io.h"
 #include "tools/yuyv_photo.h"
 
@@ -22,11 +24,19 @@ struct SweepOptions {
     std::string track;
     std::vector<std::string> frames;
     ReadOptions read;
+    bool wantsJson = false;
 };
 
 struct Reading {
     float gyroX;
     float gyroY;
+};
+
+struct Answer {
+    result_t result = 0;
+    PanoramaDirectionType direction = {};
+    int offsetX = 0;
+    int offsetY = 0;
 };
 
 struct Nv21Frame {
@@ -100,6 +110,38 @@ Nv21Frame blank_frame() {
     return {2, 2, std::vector<unsigned char>(6)};
 }
 
+bool needs_hint(const std::vector<Answer>& answers) {
+    return std::any_of(answers.begin(), answers.end(),
+                       [](const Answer& answer) { return answer.result == PANORAMA_RESULT_TYPE_INVALID_PARAMETER; });
+}
+
+std::string table(const std::vector<Answer>& answers) {
+    std::ostringstream text;
+    text << "row,result,direction,offset_x,offset_y\n";
+    for (size_t i = 0; i < answers.size(); ++i) {
+        const Answer& answer = answers[i];
+        text << i + 1 << ',' << kResultNames[answer.result] << ',' << kDirectionNames[answer.direction] << ','
+             << answer.offsetX << ',' << answer.offsetY << '\n';
+    }
+    if (needs_hint(answers)) {
+        text << "# INVALID_PARAMETER: " << kReferenceHint << '\n';
+    }
+    return text.str();
+}
+
+Json json(const std::vector<Answer>& answers) {
+    Json rows = Json::array();
+    for (size_t i = 0; i < answers.size(); ++i) {
+        const Answer& answer = answers[i];
+        rows.push_back({{"row", i + 1},
+                        {"result", kResultNames[answer.result]},
+                        {"direction", kDirectionNames[answer.direction]},
+                        {"offset_x", answer.offsetX},
+                        {"offset_y", answer.offsetY}});
+    }
+    return {{"readings", rows}, {"hint", needs_hint(answers) ? Json(kReferenceHint) : Json()}};
+}
+
 void sweep(const SweepOptions& options) {
     const std::vector<Reading> track = read_track(options.track);
     Nv21Frame frame = options.frames.empty() ? blank_frame() : read_frame(options.frames.front(), options.read);
@@ -109,8 +151,7 @@ void sweep(const SweepOptions& options) {
     if (panorama.startup(width, height, PANORAMA_FRAME_FORMAT_NV21, nullptr) != PANORAMA_RESULT_TYPE_NO_ERROR) {
         throw CommandError("the sweep cannot be started");
     }
-    std::ostringstream report;
-    report << "row,result,direction,offset_x,offset_y\n";
+    std::vector<Answer> answers(track.size());
     for (size_t i = 0; i < track.size(); ++i) {
         if (i > 0 && i < options.frames.size()) {
             frame = read_frame(options.frames[i], options.read);
@@ -118,16 +159,12 @@ void sweep(const SweepOptions& options) {
         if (frame.width != width || frame.height != height) {
             throw CommandError(options.frames[i] + " is not of the size of " + options.frames.front());
         }
-        int offsetX = 0;
-        int offsetY = 0;
-        const result_t result = panorama.addFrame(frame.bytes.data(), track[i].gyroX, track[i].gyroY, offsetX, offsetY);
-        report << i + 1 << ',' << kResultNames[result] << ',' << kDirectionNames[panorama.getDirectionType()] << ','
-               << offsetX << ',' << offsetY << '\n';
+        Answer& answer = answers[i];
+        answer.result =
+            panorama.addFrame(frame.bytes.data(), track[i].gyroX, track[i].gyroY, answer.offsetX, answer.offsetY);
+        answer.direction = panorama.getDirectionType();
     }
-    if (report.str().find(kResultNames[PANORAMA_RESULT_TYPE_INVALID_PARAMETER]) != std::string::npos) {
-        report << "# INVALID_PARAMETER: " << kReferenceHint << '\n';
-    }
-    std::cout << report.str();
+    std::cout << (options.wantsJson ? json_line(json(answers)) + '\n' : table(answers));
     // Closing would wait for one more frame. The destructor ends the worker without it.
 }
 
@@ -143,6 +180,7 @@ std::function<void()> setup_sweep_command(CLI::App& app) {
     app.add_option("frames", options->frames,
                    "Photos of one size, one for each reading; the last one serves the readings that follow");
     add_read_options(app, options->read);
+    add_json(app, options->wantsJson);
     return [options] { sweep(*options); };
 }
 

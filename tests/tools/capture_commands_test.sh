@@ -34,6 +34,11 @@ prints 'dark.jpg: aperture 2.0, gain 2 (mean luma 16)
 dark.jpg: no change
 light.jpg: aperture 4.0, gain 1 (mean luma 52)
 light.jpg: aperture 5.6, gain 0 (mean luma 70)'
+odd=$'\xff "\n.jpg'
+cp light.jpg "$odd"
+accepts advise dark.jpg dark.jpg "$odd" --json
+holds test "$(jq -c '[.frames[] | [.file, .advice.aperture, .advice.mean_luma]]' out.log)" = \
+    '[["dark.jpg",2,16],["dark.jpg",null,null],["� \"\n.jpg",4,52]]'
 refuses 'other.jpg is not of the size of a.jpg' advise a.jpg other.jpg
 
 printf '# degrees\n10,20\n\n 10.4, 17.5 \r\n10,30' >track.csv
@@ -44,6 +49,9 @@ expected='row,result,direction,offset_x,offset_y
 # INVALID_PARAMETER: the first reading only sets the reference angles and answers 3 (INVALID_PARAMETER), and so does every reading while a reference angle is exactly 0'
 accepts sweep track.csv
 prints "$expected"
+accepts sweep track.csv --json
+holds test "$(jq -r '.readings[] | map(tostring) | join(",")' out.log)" = "$(sed '1d;/^#/d' <<<"$expected")"
+holds jq -e '.hint | startswith("the first reading")' out.log
 accepts sweep track.csv a.jpg b.jpg
 prints "$expected"
 refuses 'other.jpg is not of the size of a.jpg' sweep track.csv a.jpg other.jpg

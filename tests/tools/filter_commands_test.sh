@@ -12,6 +12,13 @@ done
 for row in 'mStrength +float +-0\.5 \.\.\. 10 +0\.2' 'mRadius +float +0 \.\.\. 1 +0\.4472'; do
     holds grep -qE "^ +$row " out.log
 done
+# JSON has the same rows.
+plain() { sed -nE 's/^    ([^ ]+) +(\S.*\S|\S+) *$/\1/p' | sort; }
+sed 1d out.log | plain >names.txt
+accepts filters --json
+holds cmp -s names.txt <(jq -r '.filters[].parameters[].name, .every_filter[].name' out.log | sort)
+holds jq -e '.filters[] | select(.name == "ImageFilterDistorted").parameters[] | select(.name == "mRadius") |
+    [.type, .minimum, .maximum, .default] == ["float", 0, 1, 0.4472]' out.log
 # The shown default changes nothing.
 for filter in distorted timetunnel; do
     accepts filter $filter scene.jpg -o default.png
@@ -23,6 +30,9 @@ accepts doctor
 for line in 'EGL platform  *\(device\|surfaceless\)$' 'EGL vendor' 'GL renderer' 'limit texture size' 'program binaries'; do
     holds grep -q "^$line" out.log
 done
+
+accepts doctor --json
+holds jq -e '.gl_renderer and .limits.texture_size >= 2048 and (.extensions | map(type == "boolean") | all)' out.log
 
 # The copy differs from its photo by what JPEG loses only; a mirror image of it does not.
 accepts filter None scene.jpg -o none.jpg

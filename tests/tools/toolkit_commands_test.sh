@@ -6,7 +6,7 @@ source "$(dirname "$0")/checks.sh"
 accepts scene scene.jpg --size 320x180
 
 corners=(corners scene.jpg -o new.jpg)
-refuses 'output is required' corners scene.jpg
+refuses 'output is required, or --json' corners scene.jpg
 refuses '--threshold.*256' "${corners[@]}" --threshold 256
 refuses '--threshold.*-1' "${corners[@]}" --threshold=-1
 refuses '--min-dist.*-1' "${corners[@]}" --min-dist=-1
@@ -27,6 +27,18 @@ holds test "$all" -gt "$few"
 holds test "$strong" -lt "$few"
 holds test "$(found --min-dist 0)" = 1
 holds test "$(found --threshold 255)" = 0
+
+# As JSON: all corners with scores above the threshold; the shares of a palette add up; the picture stays alone in a pipe.
+accepts corners scene.jpg --json --threshold 60
+holds test "$(jq '[.corners[] | select(.x < 320 and .y < 180 and .score >= 60)] | length' out.log)" = "$strong"
+accepts palette scene.jpg -n 5 --json
+holds jq -e '(.colors | length == 5) and ([.colors[].share] | add - 1 | fabs < 1e-9)' out.log
+jq -r '.colors[].color' out.log >colors.txt
+accepts palette scene.jpg -n 5
+holds cmp -s out.log colors.txt
+run corners scene.jpg -o - --json || complain 'corners into a pipe'
+holds jq -e .corners err.log
+holds test "$(identify -format '%m %wx%h' out.log)" = 'JPEG 320x180'
 
 # The marks are there: without corners the photo is only coded once more, with them red is its strongest colour.
 reds() { "${program[@]}" palette "$1" -n 256 | grep -cE '^#[C-F][0-9A-F][0-5][0-9A-F][0-5]'; }

@@ -284,6 +284,10 @@ void check_writable(const std::string& path, bool noClobber) {
     }
 }
 
+bool is_standard_output(const std::string& path) {
+    return named_descriptor(path) == STDOUT_FILENO;
+}
+
 bool is_stream(const std::string& path) {
     struct stat status = {};
     return named_descriptor(path) >= 0 ||

@@ -22,6 +22,8 @@ void check_writable(const std::string& path, bool noClobber);
 // Standard output, a pipe or a device: nothing whose name says which format is wanted.
 bool is_stream(const std::string& path);
 
+bool is_standard_output(const std::string& path);
+
 }  // namespace korvane
 
 #endif  // KORVANE_TOOLS_PHOTO_FILE_IO_H_

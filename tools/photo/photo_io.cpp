@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <iostream>
 
 #include "tools/command.h"
 #include "tools/photo/file_io.h"
@@ -99,10 +100,12 @@ void add_input(CLI::App& app, PhotoOptions& options) {
     add_read_options(app, options.read);
 }
 
-void add_output(CLI::App& app, std::string& output, WriteOptions& options) {
-    app.add_option("-o,--output", output, "The result: a name in .jpg, .png or .webp; - is standard output")
-        ->required();
+CLI::Option* add_output(CLI::App& app, std::string& output, WriteOptions& options) {
+    CLI::Option* option =
+        app.add_option("-o,--output", output, "The result: a name in .jpg, .png or .webp; - is standard output")
+            ->required();
     add_write_options(app, options);
+    return option;
 }
 
 void add_photo_options(CLI::App& app, PhotoOptions& options) {
@@ -155,6 +158,10 @@ PhotoFormat output_format(const std::string& path, const WriteOptions& options, 
 void check_output(const std::string& path, const WriteOptions& options) {
     output_format(path, options, PhotoFormat::kJpeg);
     check_writable(path, options.noClobber);
+}
+
+std::ostream& report_stream(const std::string& output) {
+    return is_standard_output(output) ? std::cerr : std::cout;
 }
 
 void flatten(Photo& photo) {

@@ -5,13 +5,15 @@
 #ifndef KORVANE_TOOLS_PHOTO_PHOTO_IO_H_
 #define KORVANE_TOOLS_PHOTO_PHOTO_IO_H_
 
+#include <iosfwd>
 #include <string>
 
 #include "tools/photo/photo.h"
 
 namespace CLI {
 class App;
-}
+class Option;
+}  // namespace CLI
 
 namespace korvane {
 
@@ -46,7 +48,7 @@ void add_no_clobber(CLI::App& app, bool& noClobber);
 
 // Add the input, the output, and the options above.
 void add_input(CLI::App& app, PhotoOptions& options);
-void add_output(CLI::App& app, std::string& output, WriteOptions& options);
+CLI::Option* add_output(CLI::App& app, std::string& output, WriteOptions& options);
 void add_photo_options(CLI::App& app, PhotoOptions& options);
 
 // The photo in a file or, for "-", on standard input, upright and in the given format (RGB or RGBA). Damage that was
@@ -66,6 +68,9 @@ bool has_extension(const std::string& path, const std::string& extension);
 
 // The format that write_photo would take.
 PhotoFormat output_format(const std::string& path, const WriteOptions& options, PhotoFormat own);
+
+// Where a command reports on a photo: standard error when the photo itself goes to standard output.
+std::ostream& report_stream(const std::string& output);
 
 // Lays the photo over white and drops its alpha.
 void flatten(Photo& photo);
