@@ -117,8 +117,9 @@ const char* require_gl_context() {
     }
     platform = headless.open();
     if (platform == nullptr) {
-        throw CommandError("no usable EGL display, and the driver draws nowhere else: with the package xvfb installed, try "
-                           "'xvfb-run -a -s -noreset korvane ...'");
+        throw CommandError(
+            "no usable EGL display, and the driver draws nowhere else: with the package xvfb installed, try "
+            "'xvfb-run -a -s -noreset korvane ...'");
     }
     return platform;
 }
