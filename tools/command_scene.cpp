@@ -17,6 +17,7 @@ struct SceneOptions {
     std::string output;
     WriteOptions write;
     std::string size = "1920x1080";
+    std::string subject = "house";
 };
 
 struct Size {
@@ -41,6 +42,13 @@ Size parse_size(const std::string& text) {
     throw CommandError("'" + text + "' is not a size: write it as WIDTHxHEIGHT, each 1 to 65500");
 }
 
+SceneSubject parse_subject(const std::string& text) {
+    if (text != "house" && text != "portrait") {
+        throw CommandError("--subject: '" + text + "' is none of house, portrait");
+    }
+    return text == "house" ? SceneSubject::kHouse : SceneSubject::kPortrait;
+}
+
 }  // namespace
 
 std::function<void()> setup_scene_command(CLI::App& app) {
@@ -48,11 +56,13 @@ std::function<void()> setup_scene_command(CLI::App& app) {
     app.add_option("output", options->output, "Where the picture goes; - is standard output")->required();
     add_write_options(app, options->write);
     app.add_option("--size", options->size, "Width and height in pixels, as 1920x1080")->capture_default_str();
+    app.add_option("--subject", options->subject, "What it shows: house or portrait")->capture_default_str();
     return [options] {
         const Size size = parse_size(options->size);
+        const SceneSubject subject = parse_subject(options->subject);
         check_output(options->output, options->write);
         Photo scene;
-        scene.image = draw_scene(size.width, size.height);
+        scene.image = draw_scene(size.width, size.height, subject);
         if (scene.pixels() == nullptr) {
             throw CommandError("a picture of " + options->size + " does not fit in memory");
         }

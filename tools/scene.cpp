@@ -6,64 +6,13 @@
 #include <cmath>
 #include <initializer_list>
 
+#include "tools/drawing.h"
+#include "tools/portrait.h"
+
 namespace korvane {
 namespace {
 
-// Lengths are in picture heights: y runs down from 0 to 1, x to the right from 0 to width / height.
-struct Point {
-    float x;
-    float y;
-};
-
-struct Paint {
-    float red;
-    float green;
-    float blue;
-};
-
-Paint mix(Paint a, Paint b, float t) {
-    return {a.red + (b.red - a.red) * t, a.green + (b.green - a.green) * t, a.blue + (b.blue - a.blue) * t};
-}
-
-Paint scale(Paint paint, float factor) {
-    return {paint.red * factor, paint.green * factor, paint.blue * factor};
-}
-
-float unit(float value) {
-    return std::clamp(value, 0.0f, 1.0f);
-}
-
-// Evenly spread over 0 to 1, one value a grid cell.
-float noise(int x, int y) {
-    uint32_t hash = static_cast<uint32_t>(x) * 0x9E3779B1u ^ static_cast<uint32_t>(y) * 0x85EBCA77u;
-    hash = (hash ^ (hash >> 15)) * 0x2C1B3C6Du;
-    hash = (hash ^ (hash >> 12)) * 0x297A2D39u;
-    return static_cast<float>((hash ^ (hash >> 15)) >> 8) * (1.0f / 16777216.0f);
-}
-
-int cell(float position, float cellsPerHeight) {
-    return static_cast<int>(std::floor(position * cellsPerHeight));
-}
-
-// Distances are negative inside a shape; half a pixel around 0 is blended, which smooths the edges.
-float disc(Point p, Point centre, float radius) {
-    return std::hypot(p.x - centre.x, p.y - centre.y) - radius;
-}
-
-float box(Point p, Point topLeft, Point bottomRight) {
-    return std::max(std::max(topLeft.x - p.x, p.x - bottomRight.x), std::max(topLeft.y - p.y, p.y - bottomRight.y));
-}
-
-// The left side of the line from `a` to `b` is outside.
-float beside(Point p, Point a, Point b) {
-    const float dx = b.x - a.x;
-    const float dy = b.y - a.y;
-    return (dy * (p.x - a.x) - dx * (p.y - a.y)) / std::hypot(dx, dy);
-}
-
-float triangle(Point p, Point a, Point b, Point c) {
-    return std::max(std::max(beside(p, a, b), beside(p, b, c)), beside(p, c, a));
-}
+using namespace drawing;
 
 constexpr int kGlyphWidth = 5;
 constexpr int kGlyphHeight = 7;
@@ -101,24 +50,22 @@ bool on_text(Point p, Point start, float dot, const char* text, int length) {
     return column % kAdvance < kGlyphWidth && glyph_bit(text[column / kAdvance], column % kAdvance, row);
 }
 
-class Scene {
+class House : Brush {
   public:
-    explicit Scene(float pixelsPerHeight) : m_PixelsPerHeight(pixelsPerHeight) {}
+    using Brush::Brush;
 
     Paint at(Point p) const {
         Paint paint = sky(p);
         paint = hills(p, paint);
+        paint = kite(p, paint);
         paint = meadow(p, paint);
         paint = tree(p, paint);
+        paint = fence(p, paint);
         paint = house(p, paint);
         return board(p, paint);
     }
 
   private:
-    Paint over(Paint below, Paint above, float distance) const {
-        return mix(below, above, unit(0.5f - distance * m_PixelsPerHeight));
-    }
-
     Paint sky(Point p) const {
         Paint paint = mix({58, 108, 186}, {246, 214, 180}, unit(p.y * 1.5f + p.x * 0.08f));
         const float sun = disc(p, {1.36f, 0.2f}, 0.075f);
@@ -137,6 +84,42 @@ class Scene {
         const float near = 0.58f + 0.045f * std::sin(p.x * 2.7f + 2.4f) + 0.012f * std::sin(p.x * 17.0f);
         paint = over(paint, mix({104, 126, 170}, {150, 160, 182}, unit((p.y - far) * 7.0f)), far - p.y);
         return over(paint, mix({62, 104, 92}, {96, 140, 92}, unit((p.y - near) * 8.0f)), near - p.y);
+    }
+
+    // Saturated colours in the sky, and a line as thin as a pixel or two.
+    Paint kite(Point p, Paint paint) const {
+        const float along = unit((p.y - 0.26f) / 0.4f);
+        const float string = 1.03f + 0.09f * along * along + 0.012f * std::sin(along * 9.0f);
+        paint = over(paint, {246, 240, 232}, std::max(std::abs(p.x - string) - 0.0011f, box(p, {1, 0.26f}, {2, 0.7f})));
+        for (const float knot : {0.32f, 0.37f, 0.42f}) {
+            const float place = (knot - 0.26f) / 0.4f;
+            const Point centre = {1.03f + 0.09f * place * place + 0.012f * std::sin(place * 9.0f), knot};
+            paint = over(paint, {250, 190, 50}, std::abs(p.x - centre.x) * 0.5f + std::abs(p.y - centre.y) - 0.007f);
+        }
+        const Point top = {1.06f, 0.15f};
+        const Point right = {1.105f, 0.215f};
+        const Point bottom = {1.03f, 0.27f};
+        const Point left = {1.01f, 0.19f};
+        paint = over(paint, {214, 40, 120}, triangle(p, top, bottom, left));
+        return over(paint, {250, 120, 60}, triangle(p, top, right, bottom));
+    }
+
+    // Its pickets come closer to the right: they show how sharp a picture is.
+    Paint fence(Point p, Paint paint) const {
+        const float from = p.x - 1.27f;
+        if (from < 0.0f) {
+            return paint;
+        }
+        const float wood = 0.9f + 0.1f * noise(cell(p.x, 300), cell(p.y, 30));
+        for (const float rail : {0.735f, 0.78f}) {
+            paint = over(paint, scale({214, 206, 190}, wood), std::abs(p.y - rail) - 0.004f);
+        }
+        const float count = 26.0f * from * (1.0f + 1.2f * from);
+        const float width = 1.0f / (26.0f * (1.0f + 2.4f * from));
+        const float offset = (count - std::floor(count) - 0.5f) * width;
+        const float side = std::abs(offset) - 0.3f * width;
+        const float end = std::max(0.71f - width * 0.3f + std::abs(offset) - p.y, p.y - 0.815f);
+        return over(paint, scale({250, 246, 236}, wood), std::max(side, end));
     }
 
     Paint meadow(Point p, Paint paint) const {
@@ -183,46 +166,42 @@ class Scene {
         paint = over(paint, {120, 88, 58}, box(p, {1.16f, 0.76f}, {1.18f, 0.95f}));
         paint = over(paint, {250, 248, 240}, box(p, {0.82f, 0.64f}, {1.22f, 0.84f}));
         paint = over(paint, {30, 36, 60}, std::abs(box(p, {0.832f, 0.652f}, {1.208f, 0.828f})) - 0.002f);
-        if (on_text(p, {0.853f, 0.675f}, 0.0082f, "KORVANE", 7)) {
-            paint = {26, 30, 48};
-        }
-        // Text too small to read and lines that meet in one point: they show how sharp a picture is.
-        if (on_text(p, {0.853f, 0.755f}, 0.0024f, "NERVEAKORVANERAVEN", 18)) {
-            paint = {60, 40, 90};
-        }
-        if (box(p, {0.853f, 0.785f}, {1.13f, 0.815f}) < 0.0f &&
-            std::fmod((p.x - 0.853f) * (40.0f + 500.0f * (p.x - 0.853f)), 1.0f) < 0.5f) {
-            paint = {20, 20, 24};
-        }
-        return over(paint, {214, 40, 120}, triangle(p, {1.14f, 0.815f}, {1.14f, 0.785f}, {1.19f, 0.815f}));
+        return on_text(p, {0.8519f, 0.7113f}, 0.0082f, "KORVANE", 7) ? Paint{26, 30, 48} : paint;
     }
-
-    float m_PixelsPerHeight;
 };
 
 unsigned char to_byte(float value) {
     return static_cast<unsigned char>(std::lround(std::clamp(value, 0.0f, 255.0f)));
 }
 
-}  // namespace
-
-auto_ptr<Image> draw_scene(uint32_t width, uint32_t height) {
-    auto_ptr<Image> image(Image::createImage(width, height, 1, IMAGE_FORMAT_TYPE_RGB, nullptr));
-    unsigned char* out = image->getPlanes()[0];
-    if (out == nullptr) {
-        return image;
-    }
-    const float pixelsPerHeight = static_cast<float>(height);
-    const Scene scene(pixelsPerHeight);
-    for (uint32_t y = 0; y < height; ++y) {
-        for (uint32_t x = 0; x < width; ++x, out += 3) {
+template <class Picture>
+void draw(const Picture& picture, Image& image) {
+    unsigned char* out = image.getPlanes()[0];
+    const auto pixelsPerHeight = static_cast<float>(image.getHeight());
+    for (uint32_t y = 0; y < image.getHeight(); ++y) {
+        for (uint32_t x = 0; x < image.getWidth(); ++x, out += 3) {
             const Point centre = {(static_cast<float>(x) + 0.5f) / pixelsPerHeight,
                                   (static_cast<float>(y) + 0.5f) / pixelsPerHeight};
-            const Paint paint = scene.at(centre);
+            const Paint paint = picture.at(centre);
             out[0] = to_byte(paint.red);
             out[1] = to_byte(paint.green);
             out[2] = to_byte(paint.blue);
         }
+    }
+}
+
+}  // namespace
+
+auto_ptr<Image> draw_scene(uint32_t width, uint32_t height, SceneSubject subject) {
+    auto_ptr<Image> image(Image::createImage(width, height, 1, IMAGE_FORMAT_TYPE_RGB, nullptr));
+    if (image->getPlanes()[0] == nullptr) {
+        return image;
+    }
+    const auto pixelsPerHeight = static_cast<float>(height);
+    if (subject == SceneSubject::kPortrait) {
+        draw(Portrait(pixelsPerHeight, static_cast<float>(width) / pixelsPerHeight / 2), *image);
+    } else {
+        draw(House(pixelsPerHeight), *image);
     }
     return image;
 }

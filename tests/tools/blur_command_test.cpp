@@ -88,32 +88,41 @@ TEST(BlurCommand, BlursThenDims) {
     }
 }
 
-// Where things are in the scene, by name: a turned, mirrored or colour-swapped picture fails.
+struct Spot {
+    const char* name;
+    size_t x, y;
+    int red, green, blue;
+};
+
+void expect_spots(Image& scene, const std::vector<Spot>& spots) {
+    const auto pixelBytes = static_cast<size_t>(scene.getDepthType());
+    for (const Spot& spot : spots) {
+        const unsigned char* pixel = scene.getPlanes()[0] + (spot.y * 640 + spot.x) * pixelBytes;
+        EXPECT_NEAR(pixel[0], spot.red, 8) << spot.name;
+        EXPECT_NEAR(pixel[1], spot.green, 8) << spot.name;
+        EXPECT_NEAR(pixel[2], spot.blue, 8) << spot.name;
+        EXPECT_TRUE(pixelBytes == 3 || pixel[3] == 255) << spot.name;
+    }
+}
+
+// Where things are in the scenes, by name: a turned, mirrored or colour-swapped picture fails.
 TEST(Scene, HasItsPartsInTheirPlaces) {
     const std::string path = temporary("scene");
     write_scene(path, 640, 360);
     for (const ImageFormatType format : {IMAGE_FORMAT_TYPE_RGB, IMAGE_FORMAT_TYPE_RGBA}) {
         auto_ptr<Image> scene = read_photo(path, format).image;
         ASSERT_EQ(scene->getFormatType(), format);
-        const size_t pixelBytes = static_cast<size_t>(scene->getDepthType());
-        struct {
-            const char* name;
-            size_t x, y;
-            int red, green, blue;
-        } const spots[] = {{"sky", 4, 2, 60, 109, 186},
-                           {"sun", 489, 72, 255, 250, 224},
-                           {"door", 105, 270, 52, 84, 120},
-                           {"chimney", 188, 95, 98, 74, 66},
-                           {"board", 415, 273, 250, 248, 240}};
-        for (const auto& spot : spots) {
-            const unsigned char* pixel = scene->getPlanes()[0] + (spot.y * 640 + spot.x) * pixelBytes;
-            EXPECT_NEAR(pixel[0], spot.red, 8) << spot.name;
-            EXPECT_NEAR(pixel[1], spot.green, 8) << spot.name;
-            EXPECT_NEAR(pixel[2], spot.blue, 8) << spot.name;
-            EXPECT_TRUE(pixelBytes == 3 || pixel[3] == 255) << spot.name;
-        }
+        expect_spots(*scene, {{"sky", 4, 2, 60, 109, 186},
+                              {"sun", 489, 72, 255, 250, 224},
+                              {"door", 105, 270, 52, 84, 120},
+                              {"chimney", 188, 95, 98, 74, 66},
+                              {"board", 415, 290, 250, 248, 240}});
     }
     remove(path.c_str());
+    expect_spots(*draw_scene(640, 360, SceneSubject::kPortrait), {{"background", 200, 100, 43, 76, 90},
+                                                                  {"skin", 290, 200, 227, 168, 143},
+                                                                  {"pupil", 290, 162, 14, 14, 18},
+                                                                  {"lights", 536, 126, 175, 122, 79}});
 }
 
 }  // namespace

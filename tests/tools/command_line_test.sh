@@ -33,6 +33,7 @@ run stamp scene.jpg -o stamped.jpg --text 12 --verbose || complain verbose
 for size in 320 0x9 9x9x9 -9x9; do
     refuses "'$size' is not a size" scene new.jpg "--size=$size"
 done
+refuses "'cat' is none of house, portrait" scene new.jpg --subject cat
 refuses 'does not fit in memory' scene new.jpg --size 65500x65500
 
 blur=(blur scene.jpg -o new.jpg)
