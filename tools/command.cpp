@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "korvane/version.h"
+#include "tools/effects.h"
 
 namespace korvane {
 namespace {
@@ -81,6 +82,12 @@ std::string hint(const std::vector<std::string>& arguments, std::span<const Comm
 
 std::span<const Command> commands() {
     return kCommands;
+}
+
+void add_setting(CLI::App& app, const IntegerSetting& setting, int& value) {
+    app.add_option(setting.option, value, setting.summary)
+        ->check(CLI::Range(setting.least, setting.most))
+        ->capture_default_str();
 }
 
 void print_warning(const std::string& text) {

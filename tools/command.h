@@ -33,6 +33,8 @@ class CommandError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+struct IntegerSetting;
+
 struct Command {
     const char* name;
     const char* description;
@@ -46,6 +48,9 @@ std::span<const Command> commands();
 // Runs the program on `arguments` (without the program's own name): 0 when all went well or help was asked for, 2 after
 // one line on standard error for any bad input or usage.
 int run_program(std::span<const Command> commands, const std::vector<std::string>& arguments);
+
+// Adds the option that the row names, with its range and default.
+void add_setting(CLI::App& app, const IntegerSetting& setting, int& value);
 
 // One line on standard error.
 void print_warning(const std::string& text);

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "applications/gif_maker/color_quantizer.h"
 #include "tools/command.h"
+#include "tools/effects.h"
 #include "tools/json.h"
 #include "tools/photo/file_io.h"
 #include "tools/photo/formats.h"
@@ -25,7 +25,7 @@ constexpr int kMaxPngColors = 256;
 
 struct PaletteOptions {
     PhotoOptions photo;
-    int colors = 16;
+    int colors = kPaletteColors.initial;
     bool wantsJson = false;
 };
 
@@ -46,18 +46,14 @@ std::vector<unsigned char> draw_swatches(const std::vector<Rgb>& palette, size_t
     return pixels;
 }
 
-void reduce(Photo& photo, const std::vector<Rgb>& palette) {
+// Puts the swatches below the photo.
+void append_swatches(Photo& photo, const std::vector<Rgb>& palette) {
     const uint32_t width = photo.image->getWidth();
     const size_t photoBytes = photo.pixelCount() * 3;
     const std::vector<unsigned char> swatches = draw_swatches(palette, width);
     const uint32_t swatchRows = static_cast<uint32_t>(swatches.size() / 3 / width);
     auto_ptr<Image> result = make_image(width, photo.image->getHeight() + swatchRows, IMAGE_FORMAT_TYPE_RGB);
-    unsigned char* target = result->getPlanes()[0];
-    NearestEntry nearest(palette);
-    for (size_t i = 0; i < photoBytes; i += 3) {
-        const Rgb& color = palette[nearest(photo.pixels() + i)];
-        target = std::copy(color.begin(), color.end(), target);
-    }
+    unsigned char* target = std::copy_n(photo.pixels(), photoBytes, result->getPlanes()[0]);
     std::copy(swatches.begin(), swatches.end(), target);
     photo.image = result;
 }
@@ -105,18 +101,18 @@ void palette(const PaletteOptions& options) {
         check_output(output, options.photo.write);
     }
     Photo photo = read_photo(options.photo.input, IMAGE_FORMAT_TYPE_RGB, options.photo.read);
-    flatten(photo);
     const bool isIndexed =
         !output.empty() && output_format(output, options.photo.write, photo.format) == PhotoFormat::kPng;
     if (isIndexed && options.colors > kMaxPngColors) {
         throw CommandError("--colors: a PNG file has at most 256");
     }
-    const std::vector<Rgb> colors = make_palette({photo}, options.colors);
+    const std::vector<Rgb> colors = find_palette(photo, options.colors);
     const std::string report = options.wantsJson ? json(colors, photo) : text(colors);
     if (isIndexed) {
         write_indexed(photo, colors, options);
     } else if (!output.empty()) {
-        reduce(photo, colors);
+        reduce_photo(photo, colors);
+        append_swatches(photo, colors);
         write_photo(output, std::move(photo), options.photo.write);
     }
     report_stream(output) << report;
@@ -127,9 +123,7 @@ void palette(const PaletteOptions& options) {
 std::function<void()> setup_palette_command(CLI::App& app) {
     auto options = std::make_shared<PaletteOptions>();
     add_input(app, options->photo);
-    app.add_option("-n,--colors", options->colors, "How many colours the palette may have")
-        ->check(CLI::Range(1, static_cast<int>(ColorQuantizer::kMaxColors)))
-        ->capture_default_str();
+    add_setting(app, kPaletteColors, options->colors);
     app.add_option("-o,--output", options->photo.output,
                    "The photo in these colours: a PNG file with exactly this palette (up to 256 colours), or a JPEG or "
                    "WebP file with a strip of swatches below");

@@ -45,6 +45,13 @@ const PhotoFormatInfo* recognize_photo(const Bytes& file) {
     return nullptr;
 }
 
+void require_pixels(size_t width, size_t height, size_t maxPixels) {
+    if (width > maxPixels / height) {
+        throw FormatError("it has " + std::to_string(width) + " x " + std::to_string(height) +
+                          " pixels, more than the " + std::to_string(maxPixels) + " that are allowed here");
+    }
+}
+
 const PhotoFormatInfo& format_info(PhotoFormat format) {
     return *std::find_if(photo_formats().begin(), photo_formats().end(),
                          [format](const PhotoFormatInfo& info) { return info.format == format; });

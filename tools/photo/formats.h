@@ -20,9 +20,12 @@ class FormatError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-Photo read_jpeg(const Bytes& file);
-Photo read_png(const Bytes& file);
-Photo read_webp(const Bytes& file);
+Photo read_jpeg(const Bytes& file, size_t maxPixels);
+Photo read_png(const Bytes& file, size_t maxPixels);
+Photo read_webp(const Bytes& file, size_t maxPixels);
+
+// Called by the readers before they take memory for the pixels.
+void require_pixels(size_t width, size_t height, size_t maxPixels);
 
 // `quality` is 1 to 100, or 0 for the format's default: a JPEG file gets the tables of photo.jpeg. The alpha must be
 // empty for a format without it. Blocks that the format cannot hold are left out and named in photo.warnings.
@@ -47,7 +50,7 @@ struct PhotoFormatInfo {
     // The first extension is also the name for --format.
     std::vector<std::string> extensions;
     bool (*recognizes)(const Bytes& file);
-    Photo (*read)(const Bytes& file);
+    Photo (*read)(const Bytes& file, size_t maxPixels);
     Bytes (*write)(Photo& photo, int quality);
     bool hasAlpha;
 };

@@ -259,13 +259,14 @@ bool decode_by_library(const Bytes& bytes, bool isProgressive, Image& image, Jpe
 
 }  // namespace
 
-Photo read_jpeg(const Bytes& bytes) {
+Photo read_jpeg(const Bytes& bytes, size_t maxPixels) {
     auto_ptr<BytesStream> stream(new BytesStream(bytes));
     JpegFile file(stream.get());
     Photo photo;
     if (!file.readHeader()) {
         fail(file.report);
     }
+    require_pixels(file.info().image_width, file.info().image_height, maxPixels);
     take_metadata(file, photo.metadata);
     take_style(file.info(), photo.jpeg);
     photo.isGray = file.info().num_components == 1;

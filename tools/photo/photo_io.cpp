@@ -113,23 +113,27 @@ void add_photo_options(CLI::App& app, PhotoOptions& options) {
     add_output(app, options.output, options.write);
 }
 
-Photo read_photo(const std::string& path, ImageFormatType format, const ReadOptions& options) {
-    const Bytes file = read_file(path);
+Photo decode_photo(const Bytes& file, const std::string& name, ImageFormatType format, size_t maxPixels) {
     const PhotoFormatInfo* info = recognize_photo(file);
     if (info == nullptr) {
-        throw CommandError("cannot read " + path + ": it is not a JPEG, PNG or WebP file");
+        throw CommandError("cannot read " + name + ": it is not a JPEG, PNG or WebP file");
     }
     try {
-        Photo photo = info->read(file);
-        warn(path, photo.warnings, options.isStrict);
-        photo.warnings.clear();
+        Photo photo = info->read(file, maxPixels);
         finish_reading(photo, format);
         return photo;
     } catch (const FormatError& error) {
-        throw CommandError("cannot read " + path + ": " + error.what());
+        throw CommandError("cannot read " + name + ": " + error.what());
     } catch (const std::bad_alloc&) {
-        throw CommandError("cannot read " + path + ": not enough memory");
+        throw CommandError("cannot read " + name + ": not enough memory");
     }
+}
+
+Photo read_photo(const std::string& path, ImageFormatType format, const ReadOptions& options) {
+    Photo photo = decode_photo(read_file(path), path, format);
+    warn(path, photo.warnings, options.isStrict);
+    photo.warnings.clear();
+    return photo;
 }
 
 bool has_extension(const std::string& path, const std::string& extension) {
@@ -186,8 +190,8 @@ void update_metadata(Photo& photo, const WriteOptions& options) {
     update_photoshop(metadata.photoshop);
 }
 
-void write_photo(const std::string& path, Photo photo, const WriteOptions& options) {
-    const PhotoFormatInfo& info = format_info(output_format(path, options, photo.format));
+Bytes encode_photo(Photo& photo, PhotoFormat format, const WriteOptions& options, const std::string& name) {
+    const PhotoFormatInfo& info = format_info(format);
     if (!photo.alpha.empty() && !info.hasAlpha) {
         flatten(photo);
     }
@@ -203,14 +207,18 @@ void write_photo(const std::string& path, Photo photo, const WriteOptions& optio
         photo.warnings.emplace_back("the colour profile is not one for these pixels and is left out");
     }
     try {
-        const Bytes file = info.write(photo, options.quality);
-        warn(path, photo.warnings, false);
-        write_file(path, file, options.noClobber);
+        return info.write(photo, options.quality);
     } catch (const FormatError& error) {
-        throw CommandError("cannot write " + path + ": " + error.what());
+        throw CommandError("cannot write " + name + ": " + error.what());
     } catch (const std::bad_alloc&) {
-        throw CommandError("cannot write " + path + ": not enough memory");
+        throw CommandError("cannot write " + name + ": not enough memory");
     }
+}
+
+void write_photo(const std::string& path, Photo photo, const WriteOptions& options) {
+    const Bytes file = encode_photo(photo, output_format(path, options, photo.format), options, path);
+    warn(path, photo.warnings, false);
+    write_file(path, file, options.noClobber);
 }
 
 }  // namespace korvane

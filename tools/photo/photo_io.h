@@ -5,6 +5,8 @@
 #ifndef KORVANE_TOOLS_PHOTO_PHOTO_IO_H_
 #define KORVANE_TOOLS_PHOTO_PHOTO_IO_H_
 
+#include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 
@@ -56,9 +58,15 @@ void add_photo_options(CLI::App& app, PhotoOptions& options);
 Photo read_photo(const std::string& path, ImageFormatType format = IMAGE_FORMAT_TYPE_RGB,
                  const ReadOptions& options = {});
 
+// The same for a file in memory, which messages call `name`. Damage is left in photo.warnings.
+Photo decode_photo(const Bytes& file, const std::string& name, ImageFormatType format, size_t maxPixels = SIZE_MAX);
+
 // Writes in the format that the options or the path's extension name; on a stream without either, in that of the
 // photo's own file. Transparent parts become white where the format has no transparency.
 void write_photo(const std::string& path, Photo photo, const WriteOptions& options = {});
+
+// The file that write_photo writes. Warnings are left in photo.warnings.
+Bytes encode_photo(Photo& photo, PhotoFormat format, const WriteOptions& options, const std::string& name);
 
 // Throws what write_photo would throw, as far as can be seen before the work.
 void check_output(const std::string& path, const WriteOptions& options);

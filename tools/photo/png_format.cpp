@@ -306,7 +306,7 @@ int bits_for(size_t colors) {
 
 }  // namespace
 
-Photo read_png(const Bytes& file) {
+Photo read_png(const Bytes& file, size_t maxPixels) {
     PngReader reader(file);
     const auto fail = [&reader] { throw FormatError(std::string("damaged PNG: ") + reader.messages.error); };
     if (!reader.readHeader()) {
@@ -315,6 +315,7 @@ Photo read_png(const Bytes& file) {
     if (reader.width() * reader.channels() > kMaxImageBytes / reader.height()) {
         throw FormatError("the picture is too large");
     }
+    require_pixels(reader.width(), reader.height(), maxPixels);
     Photo photo;
     photo.format = PhotoFormat::kPng;
     const bool hasAlpha = reader.channels() == 4;

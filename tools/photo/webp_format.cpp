@@ -136,7 +136,7 @@ Bytes with_metadata(const WebPMemoryWriter& written, const Metadata& metadata) {
 
 }  // namespace
 
-Photo read_webp(const Bytes& file) {
+Photo read_webp(const Bytes& file, size_t maxPixels) {
     WebPBitstreamFeatures features = {};
     const VP8StatusCode status = WebPGetFeatures(file.data(), file.size(), &features);
     if (status != VP8_STATUS_OK) {
@@ -151,6 +151,7 @@ Photo read_webp(const Bytes& file) {
     if (width * channels > kMaxImageBytes / height) {
         throw FormatError("the picture is too large");
     }
+    require_pixels(width, height, maxPixels);
     Photo photo;
     photo.format = PhotoFormat::kWebp;
     photo.isLossless = features.format == kLosslessFormat;
