@@ -20,8 +20,8 @@
 #define HWY_TARGET_INCLUDE "algorithms/stack_blur.cpp"
 #include <hwy/foreach_target.h>
 // Behind foreach_target, which sets the target that they read.
-#include "frameworks/simd/bytes-inl.h"
 #include "frameworks/simd/kernel-inl.h"
+#include "frameworks/simd/pixels-inl.h"
 #include "frameworks/simd/transpose-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -49,30 +49,14 @@ constexpr size_t kVectorBytes = kLanes * 4;
 
 // The multiplier is scaled so that the result stands in the highest byte of the product, for every radius.
 HWY_INLINE Pixels Blurred(Pixels sum0, Pixels sum1, Pixels sum2, Pixels multiplier, Pixels centre) {
-    const PixelTag d;
-    const Pixels byte0 = hn::ShiftRight<24>(hn::Mul(sum0, multiplier));
-    const Pixels byte1 = hn::And(hn::ShiftRight<16>(hn::Mul(sum1, multiplier)), hn::Set(d, 0x0000FF00));
-    const Pixels byte2 = hn::And(hn::ShiftRight<8>(hn::Mul(sum2, multiplier)), hn::Set(d, 0x00FF0000));
-    const Pixels byte3 = hn::And(centre, hn::Set(d, 0xFF000000));
-    return hn::Or(hn::Or(byte0, byte1), hn::Or(byte2, byte3));
+    return HighestBytes(hn::Mul(sum0, multiplier), hn::Mul(sum1, multiplier), hn::Mul(sum2, multiplier), centre);
 }
 
-// The three terms fit 16 bits together, so bytes 0 and 2 share one vector of 16-bit lanes.
 HWY_INLINE void Advance(Pixels leaving, Pixels next, Pixels entering, KORVANE_SUMS_PARAMETERS) {
-    const PixelTag d;
-    const hn::RebindToSigned<PixelTag> dSigned;
-    const hn::Repartition<uint16_t, PixelTag> dHalf;
-    const auto bend = [&](auto left, auto middle, auto right) KORVANE_INLINE {
-        return hn::BitCast(dSigned, hn::Add(hn::Sub(left, middle), hn::Sub(right, middle)));
-    };
-    const auto bend02 = bend(EvenBytes(dHalf, leaving), EvenBytes(dHalf, next), EvenBytes(dHalf, entering));
-    const auto bend13 = bend(OddBytes(dHalf, leaving), OddBytes(dHalf, next), OddBytes(dHalf, entering));
     sum0 = hn::Add(sum0, slope0);
     sum1 = hn::Add(sum1, slope1);
     sum2 = hn::Add(sum2, slope2);
-    slope0 = hn::Add(slope0, hn::BitCast(d, hn::ShiftRight<16>(hn::ShiftLeft<16>(bend02))));
-    slope1 = hn::Add(slope1, hn::BitCast(d, hn::ShiftRight<16>(hn::ShiftLeft<16>(bend13))));
-    slope2 = hn::Add(slope2, hn::BitCast(d, hn::ShiftRight<16>(bend02)));
+    AddSecondDifference(leaving, next, entering, slope0, slope1, slope2);
 }
 
 HWY_INLINE Pixels Byte0(Pixels pixels) {
@@ -95,16 +79,6 @@ HWY_INLINE void Start(Pixels first, uint32_t weights, KORVANE_SUMS_PARAMETERS) {
     sum1 = hn::Mul(Byte1(first), all);
     sum2 = hn::Mul(Byte2(first), all);
     slope0 = slope1 = slope2 = hn::Zero(d);
-}
-
-// A step before the first pixel: only repetitions of it leave the window and pass the centre.
-HWY_INLINE void AdvanceBeforeStart(Pixels first, Pixels entering, KORVANE_SUMS_PARAMETERS) {
-    sum0 = hn::Add(sum0, slope0);
-    sum1 = hn::Add(sum1, slope1);
-    sum2 = hn::Add(sum2, slope2);
-    slope0 = hn::Add(slope0, hn::Sub(Byte0(entering), Byte0(first)));
-    slope1 = hn::Add(slope1, hn::Sub(Byte1(entering), Byte1(first)));
-    slope2 = hn::Add(slope2, hn::Sub(Byte2(entering), Byte2(first)));
 }
 
 struct Kernel {
@@ -179,61 +153,91 @@ HWY_INLINE void StoreColumns(const uint32_t* columns, const Band& band, size_t x
 // The columns of a band that the window can see, as a ring of vectors. Column j stands in slot j modulo the ring's
 // length. The first `lead` columns are repetitions of the first pixel: they change no result and align the others with
 // the cache lines. Beyond the right edge the last pixel repeats.
+//
+// Stored pixels are bytes, and so, for the compiler, may lie in any object whose address is known elsewhere. BlurBand
+// therefore works on copies of its own, and the functions that are not part of it take the band by value.
 class ColumnRing {
   public:
-    ColumnRing(size_t radius, size_t lead, size_t w)
-        : m_Lead(lead), m_Width(w), m_Slots((2 * radius + 2 + 3 * kLanes - 1) / kLanes * kLanes) {}
+    ColumnRing(size_t radius, size_t lead, size_t w, uint32_t* columns)
+        : m_Lead(lead), m_Width(w), m_Slots((2 * radius + 2 + 3 * kLanes - 1) / kLanes * kLanes), m_Columns(columns) {}
 
     size_t slots() const { return m_Slots; }
     size_t loaded() const { return m_Loaded; }
     uint32_t* at(size_t slot) { return m_Columns + slot * kLanes; }
 
-    void clear() { m_Loaded = m_NextSlot = 0; }
+    // Whether the next kLanes columns, and those from column `first` on, all stand in the image.
+    bool next_is_whole() const { return is_whole(m_Loaded); }
+    bool is_whole(size_t first) const { return first >= m_Lead && first + kLanes <= m_Lead + m_Width; }
+
+    HWY_INLINE void load_whole(const Band& band) {
+        LoadColumns(band, m_Loaded - m_Lead, at(m_NextSlot));
+        advance();
+    }
 
     HWY_INLINE void load_next(const Band& band) {
-        uint32_t* columns = at(m_NextSlot);
-        if (m_Loaded >= m_Lead && m_Loaded + kLanes <= m_Lead + m_Width) {
-            LoadColumns(band, m_Loaded - m_Lead, columns);
+        if (next_is_whole()) {
+            LoadColumns(band, m_Loaded - m_Lead, at(m_NextSlot));
         } else if (m_Loaded < m_Lead + m_Width) {
-            load_edge(band, columns);
+            load_edge(band, m_Loaded, m_Lead, m_Width, at(m_NextSlot));
         } else {
-            repeat_last(columns);
+            repeat(at((m_NextSlot == 0 ? m_Slots : m_NextSlot) - 1), at(m_NextSlot));
         }
-        m_Loaded += kLanes;
-        m_NextSlot = m_NextSlot + kLanes == m_Slots ? 0 : m_NextSlot + kLanes;
+        advance();
+    }
+
+    HWY_INLINE void store_whole(const uint32_t* columns, size_t first, const Band& band) const {
+        StoreColumns(columns, band, first - m_Lead);
     }
 
     HWY_INLINE void store(const uint32_t* columns, size_t first, const Band& band) const {
-        if (first >= m_Lead && first + kLanes <= m_Lead + m_Width) {
-            StoreColumns(columns, band, first - m_Lead);
+        if (is_whole(first)) {
+            store_whole(columns, first, band);
         } else {
-            store_edge(columns, first, band);
+            store_edge(columns, first, m_Lead, m_Width, band);
         }
     }
 
+    // kLanes slots further. The first kLanes slots stand behind the last one once more, so that as many can be read
+    // from any slot on.
+    HWY_INLINE size_t following(size_t slot) const {
+        const size_t next = slot + kLanes;
+        return next >= m_Slots ? next - m_Slots : next;
+    }
+
   private:
-    void repeat_last(uint32_t* columns) {
+    HWY_INLINE void advance() {
+        if (m_NextSlot == 0) {
+            const PixelTag d;
+            for (size_t i = 0; i < kLanes; ++i) {
+                hn::Store(hn::Load(d, at(i)), d, at(m_Slots + i));
+            }
+        }
+        m_Loaded += kLanes;
+        m_NextSlot = following(m_NextSlot);
+    }
+
+    static void repeat(const uint32_t* column, uint32_t* columns) {
         const PixelTag d;
-        const Pixels last = hn::Load(d, at((m_NextSlot == 0 ? m_Slots : m_NextSlot) - 1));
+        const Pixels last = hn::Load(d, column);
         for (size_t i = 0; i < kLanes; ++i) {
             hn::Store(last, d, columns + i * kLanes);
         }
     }
 
-    void load_edge(const Band& band, uint32_t* columns) {
+    static HWY_NOINLINE void load_edge(Band band, size_t first, size_t lead, size_t width, uint32_t* columns) {
         for (size_t i = 0; i < kLanes; ++i) {
-            const size_t x = std::clamp(m_Loaded + i, m_Lead, m_Lead + m_Width - 1) - m_Lead;
+            const size_t x = std::clamp(first + i, lead, lead + width - 1) - lead;
             for (size_t row = 0; row < kLanes; ++row) {
                 std::memcpy(columns + i * kLanes + row, band.rows[row] + x * 4, 4);
             }
         }
     }
 
-    void store_edge(const uint32_t* columns, size_t first, const Band& band) const {
-        const size_t end = std::min(first + kLanes, m_Lead + m_Width);
-        for (size_t at = std::max(first, m_Lead); at < end; ++at) {
+    static HWY_NOINLINE void store_edge(const uint32_t* columns, size_t first, size_t lead, size_t width, Band band) {
+        const size_t end = std::min(first + kLanes, lead + width);
+        for (size_t at = std::max(first, lead); at < end; ++at) {
             for (size_t row = 0; row < kLanes; ++row) {
-                std::memcpy(band.rows[row] + (at - m_Lead) * 4, columns + (at - first) * kLanes + row, 4);
+                std::memcpy(band.rows[row] + (at - lead) * 4, columns + (at - first) * kLanes + row, 4);
             }
         }
     }
@@ -243,17 +247,17 @@ class ColumnRing {
     size_t m_Slots;
     size_t m_Loaded = 0;
     size_t m_NextSlot = 0;
-    HWY_ALIGN uint32_t m_Columns[(2 * kStackBlurMaxRadius + 2 + 3 * kLanes) * kLanes];
+    uint32_t* m_Columns;
 };
 
-HWY_INLINE size_t Following(size_t slot, size_t slots) {
-    return slot + 1 == slots ? 0 : slot + 1;
-}
+// As many lanes as the ring of any radius has.
+constexpr size_t kRingLanes = (2 * kStackBlurMaxRadius + 2 + 4 * kLanes) * kLanes;
 
-HWY_NOINLINE void BlurBand(const Band& band, size_t columns, const Kernel& kernel, ColumnRing& ring) {
+HWY_NOINLINE void BlurBand(const Band& rows, size_t lead, size_t w, const Kernel& kernel, uint32_t* ringColumns) {
     const PixelTag d;
+    const Band band = rows;
     const size_t radius = kernel.radius;
-    ring.clear();
+    ColumnRing ring(radius, lead, w, ringColumns);
     while (ring.loaded() < radius + 2) {
         ring.load_next(band);
     }
@@ -264,7 +268,7 @@ HWY_NOINLINE void BlurBand(const Band& band, size_t columns, const Kernel& kerne
     Pixels sum0, sum1, sum2, slope0, slope1, slope2;
     Start(first, kernel.weights, KORVANE_SUMS);
     for (size_t i = 1; i <= radius + 1; ++i) {
-        AdvanceBeforeStart(first, hn::Load(d, ring.at(i)), KORVANE_SUMS);
+        Advance(first, first, hn::Load(d, ring.at(i)), KORVANE_SUMS);
     }
     const Pixels multiplier = hn::Set(d, kernel.multiplier);
     Pixels centre = first;
@@ -272,18 +276,28 @@ HWY_NOINLINE void BlurBand(const Band& band, size_t columns, const Kernel& kerne
     size_t nextSlot = 1;
     size_t enteringSlot = radius + 2;
     HWY_ALIGN uint32_t blurred[kLanes * kLanes];
-    for (size_t x = 0; x < columns; x += kLanes) {
-        while (ring.loaded() < x + kLanes + radius + 2) {
-            ring.load_next(band);
+    const auto step = [&]() KORVANE_INLINE {
+        const uint32_t* leaving = ring.at(leavingSlot);
+        const uint32_t* next = ring.at(nextSlot);
+        const uint32_t* entering = ring.at(enteringSlot);
+        for (size_t i = 0; i < kLanes * kLanes; i += kLanes) {
+            hn::Store(Blurred(sum0, sum1, sum2, multiplier, centre), d, blurred + i);
+            centre = hn::Load(d, next + i);
+            Advance(hn::Load(d, leaving + i), centre, hn::Load(d, entering + i), KORVANE_SUMS);
         }
-        for (size_t i = 0; i < kLanes; ++i) {
-            hn::Store(Blurred(sum0, sum1, sum2, multiplier, centre), d, blurred + i * kLanes);
-            centre = hn::Load(d, ring.at(nextSlot));
-            Advance(hn::Load(d, ring.at(leavingSlot)), centre, hn::Load(d, ring.at(enteringSlot)), KORVANE_SUMS);
-            leavingSlot = Following(leavingSlot, ring.slots());
-            nextSlot = Following(nextSlot, ring.slots());
-            enteringSlot = Following(enteringSlot, ring.slots());
+        leavingSlot = ring.following(leavingSlot);
+        nextSlot = ring.following(nextSlot);
+        enteringSlot = ring.following(enteringSlot);
+    };
+    // The loop inside calls no function, so that the sums stay in registers.
+    for (size_t x = 0; x < lead + w; x += kLanes) {
+        for (; ring.next_is_whole() && ring.is_whole(x); x += kLanes) {
+            ring.load_whole(band);
+            step();
+            ring.store_whole(blurred, x, band);
         }
+        ring.load_next(band);
+        step();
         ring.store(blurred, x, band);
     }
 }
@@ -297,9 +311,9 @@ HWY_INLINE size_t BytesBehindBoundary(const unsigned char* image) {
 
 HWY_NOINLINE void BlurRows(unsigned char* image, size_t w, size_t h, const Kernel& kernel) {
     const size_t lead = w * 4 % kVectorBytes == 0 ? BytesBehindBoundary(image) / 4 : 0;
-    ColumnRing ring(kernel.radius, lead, w);
+    HWY_ALIGN uint32_t ring[kRingLanes];
     for (size_t y = 0; y < h; y += kLanes) {
-        BlurBand(Band(image, w, h, y), lead + w, kernel, ring);
+        BlurBand(Band(image, w, h, y), lead, w, kernel, ring);
     }
 }
 
@@ -385,7 +399,7 @@ HWY_INLINE void StartColumn(const Access& access, const Block& block, size_t off
     Pixels sum0, sum1, sum2, slope0, slope1, slope2;
     Start(first, kernel.weights, KORVANE_SUMS);
     for (size_t i = 1; i <= kernel.radius + 1; ++i) {
-        AdvanceBeforeStart(first, access.load(block.row_or_last(i, offset)), KORVANE_SUMS);
+        Advance(first, first, access.load(block.row_or_last(i, offset)), KORVANE_SUMS);
     }
     StoreState(columns.column[offset / kVectorBytes], first, KORVANE_SUMS);
     for (size_t slot = 0; slot <= kernel.radius; ++slot) {
@@ -393,30 +407,48 @@ HWY_INLINE void StartColumn(const Access& access, const Block& block, size_t off
     }
 }
 
+// Where kRows steps of a block read and write, at its first column.
+template <size_t kRows>
+struct Rows {
+    HWY_INLINE Rows(const Block& block, size_t y, size_t slot, size_t radius, unsigned char* ring) {
+        for (size_t i = 0; i < kRows; ++i) {
+            const size_t enteringRow = y + i + radius + 2;
+            blurred[i] = block.row(y + i, 0);
+            next[i] = block.row_or_last(y + i + 1, 0);
+            entering[i] = block.row_or_last(enteringRow, 0);
+            ahead[i] = block.row_or_last(enteringRow + kRowsAhead, 0);
+            kept[i] = ring + slot * block.ringStrideBytes;
+            slot = slot == radius ? 0 : slot + 1;
+        }
+    }
+
+    unsigned char* blurred[kRows];
+    const unsigned char* next[kRows];
+    const unsigned char* entering[kRows];
+    const unsigned char* ahead[kRows];
+    unsigned char* kept[kRows];
+};
+
 // All rows are read before the first is written: processors make a load wait for an earlier store when their addresses
 // differ by a multiple of 4096, as those of neighbouring rows may.
 template <size_t kRows, class Access>
-HWY_INLINE void BlurColumn(const Access& access, const Block& block, size_t offset, size_t y, size_t slot,
-                           const Kernel& kernel, Columns& columns) {
+HWY_INLINE void BlurColumn(const Access& access, const Rows<kRows>& rows, size_t offset, Pixels multiplier,
+                           Columns& columns) {
     const PixelTag d;
     Column& column = columns.column[offset / kVectorBytes];
     Pixels centre, sum0, sum1, sum2, slope0, slope1, slope2;
     LoadState(column, centre, KORVANE_SUMS);
-    const Pixels multiplier = hn::Set(d, kernel.multiplier);
     HWY_ALIGN uint32_t blurred[kRows][kLanes];
     for (size_t i = 0; i < kRows; ++i) {
         hn::Store(Blurred(sum0, sum1, sum2, multiplier, centre), d, blurred[i]);
-        centre = access.load(block.row_or_last(y + i + 1, offset));
-        const size_t entering = y + i + kernel.radius + 2;
-        hwy::Prefetch(block.row_or_last(entering + kRowsAhead, offset));
-        unsigned char* kept = columns.ring + slot * block.ringStrideBytes + offset;
-        const Pixels leaving = LoadBytes(kept);
-        StoreBytes(centre, kept);
-        slot = Following(slot, kernel.radius + 1);
-        Advance(leaving, centre, access.load(block.row_or_last(entering, offset)), KORVANE_SUMS);
+        centre = access.load(rows.next[i] + offset);
+        hwy::Prefetch(rows.ahead[i] + offset);
+        const Pixels leaving = LoadBytes(rows.kept[i] + offset);
+        StoreBytes(centre, rows.kept[i] + offset);
+        Advance(leaving, centre, access.load(rows.entering[i] + offset), KORVANE_SUMS);
     }
     for (size_t i = 0; i < kRows; ++i) {
-        access.store(hn::Load(d, blurred[i]), block.row(y + i, offset));
+        access.store(hn::Load(d, blurred[i]), rows.blurred[i] + offset);
     }
     StoreState(column, centre, KORVANE_SUMS);
 }
@@ -424,12 +456,14 @@ HWY_INLINE void BlurColumn(const Access& access, const Block& block, size_t offs
 template <size_t kRows>
 HWY_INLINE void BlurRowsOfBlock(const Block& block, size_t bytes, size_t y, size_t slot, const Kernel& kernel,
                                 Columns& columns) {
+    const Rows<kRows> rows(block, y, slot, kernel.radius, columns.ring);
+    const Pixels multiplier = hn::Set(PixelTag(), kernel.multiplier);
     size_t offset = 0;
     for (; offset + kVectorBytes <= bytes; offset += kVectorBytes) {
-        BlurColumn<kRows>(WholeVector(), block, offset, y, slot, kernel, columns);
+        BlurColumn(WholeVector(), rows, offset, multiplier, columns);
     }
     if (offset < bytes) {
-        BlurColumn<kRows>(PartOfVector{bytes - offset}, block, offset, y, slot, kernel, columns);
+        BlurColumn(PartOfVector{bytes - offset}, rows, offset, multiplier, columns);
     }
 }
 
