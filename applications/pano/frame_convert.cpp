@@ -10,6 +10,7 @@
 #define HWY_TARGET_INCLUDE "applications/pano/frame_convert.cpp"
 #include <hwy/foreach_target.h>
 // Behind foreach_target, which sets the target that they read.
+#include "frameworks/simd/bytes-inl.h"
 #include "frameworks/simd/kernel-inl.h"
 #include "frameworks/simd/steps-inl.h"
 
@@ -22,27 +23,23 @@ namespace {
 
 // Not memcpy: above some size memcpy writes past the caches, but a preview frame is looked at again at once.
 void CopyBytes(const uint8_t* src, uint8_t* dst, size_t count) {
-    const hn::ScalableTag<uint8_t> d;
+    const ByteTag d;
     const size_t lanes = hn::Lanes(d);
     const size_t before = CountUntilAligned(dst, lanes, count);
     copy_bytes_scalar(src, dst, before);
-    const size_t done = ForWholeSteps(before, count, 2 * lanes, [&](size_t i) KORVANE_INLINE {
-        const auto first = hn::LoadU(d, src + i);
-        const auto second = hn::LoadU(d, src + i + lanes);
-        hn::StoreU(first, d, dst + i);
-        hn::StoreU(second, d, dst + i + lanes);
-    });
+    const auto copy = [&](const uint8_t* from, uint8_t* to)
+                          KORVANE_INLINE { StorePair(hn::LoadU(d, from), hn::LoadU(d, from + lanes), to); };
+    const size_t done = before + ForWholeVectors<1, 1, 2>(src + before, dst + before, count - before, copy);
     copy_bytes_scalar(src + done, dst + done, count - done);
 }
 
 void SplitPairs(const uint8_t* pairs, uint8_t* evens, uint8_t* odds, size_t count) {
-    const hn::ScalableTag<uint8_t> d;
+    const ByteTag d;
     const size_t lanes = hn::Lanes(d);
     const size_t before = CountUntilAligned(odds, lanes, count);
     split_pairs_scalar(pairs, evens, odds, before);
     const size_t done = ForWholeSteps(before, count, lanes, [&](size_t i) KORVANE_INLINE {
-        hn::Vec<decltype(d)> even;
-        hn::Vec<decltype(d)> odd;
+        ByteVector even, odd;
         hn::LoadInterleaved2(d, pairs + 2 * i, even, odd);
         hn::StoreU(even, d, evens + i);
         hn::StoreU(odd, d, odds + i);

@@ -23,58 +23,66 @@ namespace {
 
 #if KORVANE_HAS_VECTORS
 
-// The 16-bit weights by halves, 19595 = 76 x 256 + 139 and so on: the high half of the 32-bit sum without leaving 16
-// bits. Both sums stay below 2^16 - 255.
-HWY_INLINE LaneVector GrayTimes256(LaneVector r, LaneVector g, LaneVector b) {
-    const LaneTag d;
-    const auto weighted = [&](uint16_t ofR, uint16_t ofG, uint16_t ofB) KORVANE_INLINE {
-        return hn::Add(hn::Add(hn::Mul(r, hn::Set(d, ofR)), hn::Mul(g, hn::Set(d, ofG))), hn::Mul(b, hn::Set(d, ofB)));
-    };
-    return hn::Add(weighted(76, 150, 29), hn::ShiftRight<8>(weighted(139, 70, 47)));
+HWY_INLINE ByteVector Gray(ByteVector r, ByteVector g, ByteVector b) {
+    return WeightedSum<19595, 38470, 7471>(r, g, b);
 }
 
-HWY_INLINE ByteVector Gray(ByteVector r, ByteVector g, ByteVector b) {
-    return JoinedHighBytes(GrayTimes256(EvenBytes(r), EvenBytes(g), EvenBytes(b)),
-                           GrayTimes256(OddBytes(r), OddBytes(g), OddBytes(b)));
+HWY_INLINE ByteVector GrayOfRgb(const uint8_t* rgb) {
+    ByteVector r, g, b;
+    LoadRgb(rgb, r, g, b);
+    return Gray(r, g, b);
+}
+
+// Green and blue are the output's next bytes, which must not have been written yet.
+HWY_INLINE ByteVector GrayOfRgba(const uint8_t* rgba, const uint8_t* gray) {
+    const ByteTag d;
+    ByteVector r, g, b, a;
+    hn::LoadInterleaved4(d, rgba, r, g, b, a);
+    return Gray(r, hn::LoadU(d, gray + 1), hn::LoadU(d, gray + 2));
 }
 
 void Rgb2Gray(const uint8_t* rgb, uint8_t* gray, size_t pixels) {
-    const ByteTag d;
-    const size_t done = ForWholeSteps(0, pixels, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
-        ByteVector r, g, b;
-        LoadRgb(rgb + 3 * i, r, g, b);
-        hn::StoreU(Gray(r, g, b), d, gray + i);
-    });
+    const size_t lanes = hn::Lanes(ByteTag());
+    const auto convert = [&](const uint8_t* from, uint8_t* to)
+                             KORVANE_INLINE { StorePair(GrayOfRgb(from), GrayOfRgb(from + 3 * lanes), to); };
+    const size_t done = ForWholeVectors<3, 1, 2>(rgb, gray, pixels, convert);
     rgb2gray_scalar(rgb + 3 * done, gray + done, pixels - done);
 }
 
 void Rgba2Gray(const uint8_t* rgba, uint8_t* gray, size_t pixels) {
-    const ByteTag d;
-    const size_t done = ForWholeSteps(0, pixels, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
-        ByteVector r, g, b, a;
-        hn::LoadInterleaved4(d, rgba + 4 * i, r, g, b, a);
-        // Green and blue are the output's next bytes, which no earlier step has written.
-        hn::StoreU(Gray(r, hn::LoadU(d, gray + i + 1), hn::LoadU(d, gray + i + 2)), d, gray + i);
-    });
+    const size_t lanes = hn::Lanes(ByteTag());
+    const auto convertPair = [&](const uint8_t* from, uint8_t* to) KORVANE_INLINE {
+        StorePair(GrayOfRgba(from, to), GrayOfRgba(from + 4 * lanes, to + lanes), to);
+    };
+    const auto convert = [&](const uint8_t* from, uint8_t* to) KORVANE_INLINE {
+        convertPair(from, to);
+        convertPair(from + 8 * lanes, to + 2 * lanes);
+    };
+    const size_t done = ForWholeVectors<4, 1, 4>(rgba, gray, pixels, convert);
     rgba2gray_scalar(rgba + 4 * done, gray + done, pixels - done);
 }
 
 void Gray2Rgb(const uint8_t* gray, uint8_t* rgb, size_t pixels) {
     const ByteTag d;
-    const size_t done = ForWholeSteps(0, pixels, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
-        const ByteVector v = hn::LoadU(d, gray + i);
-        hn::StoreInterleaved3(v, v, v, d, rgb + 3 * i);
-    });
+    const size_t lanes = hn::Lanes(d);
+    const auto convert = [&](const uint8_t* from, uint8_t* to) KORVANE_INLINE {
+        const ByteVector v0 = hn::LoadU(d, from);
+        const ByteVector v1 = hn::LoadU(d, from + lanes);
+        hn::StoreInterleaved3(v0, v0, v0, d, to);
+        hn::StoreInterleaved3(v1, v1, v1, d, to + 3 * lanes);
+    };
+    const size_t done = ForWholeVectors<1, 3, 2>(gray, rgb, pixels, convert);
     gray2rgb_scalar(gray + done, rgb + 3 * done, pixels - done);
 }
 
 void Gray2Rgba(const uint8_t* gray, uint8_t* rgba, size_t pixels) {
     const ByteTag d;
     const ByteVector opaque = hn::Set(d, 255);
-    const size_t done = ForWholeSteps(0, pixels, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
-        const ByteVector v = hn::LoadU(d, gray + i);
-        hn::StoreInterleaved4(v, v, v, opaque, d, rgba + 4 * i);
-    });
+    const auto convert = [&](const uint8_t* from, uint8_t* to) KORVANE_INLINE {
+        const ByteVector v = hn::LoadU(d, from);
+        hn::StoreInterleaved4(v, v, v, opaque, d, to);
+    };
+    const size_t done = ForWholeVectors<1, 4, 1>(gray, rgba, pixels, convert);
     gray2rgba_scalar(gray + done, rgba + 4 * done, pixels - done);
 }
 

@@ -68,6 +68,12 @@ HWY_INLINE ByteVector Shuffled(ByteVector bytes, const uint8_t* HWY_RESTRICT tab
     return hn::TableLookupBytes(bytes, hn::LoadDup128(ByteTag(), table));
 }
 
+// Two vectors, one after the other.
+HWY_INLINE void StorePair(ByteVector first, ByteVector second, uint8_t* to) {
+    hn::StoreU(first, ByteTag(), to);
+    hn::StoreU(second, ByteTag(), to + hn::Lanes(ByteTag()));
+}
+
 // Pairs of 16-bit lanes in memory order, at any alignment, whatever the pointer type of Highway's functions says.
 HWY_INLINE void LoadLanePairs(const uint8_t* from, LaneVector& even, LaneVector& odd) {
     hn::LoadInterleaved2(LaneTag(), reinterpret_cast<const uint16_t*>(from), even, odd);
@@ -88,7 +94,8 @@ HWY_INLINE SignedVector AlternatingLanes(int16_t even, int16_t odd) {
 #if HWY_TARGET == HWY_NEON
 
 // NEON has no high half of 16-bit products: Highway makes it of three instructions. The high half of the doubled
-// product is one. NEON also inserts bytes, halves sums and adds neighbours in one instruction each.
+// product is one. NEON also inserts bytes, halves sums, adds neighbours and multiplies bytes into 16-bit sums in one
+// instruction each.
 
 template <uint16_t kMultiplier>
 HWY_INLINE LaneVector ScaledBytes(LaneVector bytes) {
@@ -138,7 +145,44 @@ HWY_INLINE void StoreQuarterSumPairs(LaneVector a, LaneVector b, uint8_t* to) {
     vst1_u8(to, vadd_u8(vshrn_n_u16(sums, 2), vdup_n_u8(128)));
 }
 
+template <uint8_t kOfA, uint8_t kOfB, uint8_t kOfC>
+HWY_INLINE void SumProducts(ByteVector a, ByteVector b, ByteVector c, uint16x8_t& lower, uint16x8_t& upper) {
+    lower = vmull_u8(vget_low_u8(a.raw), vdup_n_u8(kOfA));
+    upper = vmull_high_u8(a.raw, vdupq_n_u8(kOfA));
+    lower = vmlal_u8(lower, vget_low_u8(b.raw), vdup_n_u8(kOfB));
+    upper = vmlal_high_u8(upper, b.raw, vdupq_n_u8(kOfB));
+    lower = vmlal_u8(lower, vget_low_u8(c.raw), vdup_n_u8(kOfC));
+    upper = vmlal_high_u8(upper, c.raw, vdupq_n_u8(kOfC));
+}
+
+template <uint16_t kOfA, uint16_t kOfB, uint16_t kOfC>
+HWY_INLINE ByteVector WeightedSum(ByteVector a, ByteVector b, ByteVector c) {
+    uint16x8_t lower, upper, lowerRest, upperRest;
+    SumProducts<(kOfA >> 8), (kOfB >> 8), (kOfC >> 8)>(a, b, c, lower, upper);
+    SumProducts<kOfA & 255, kOfB & 255, kOfC & 255>(a, b, c, lowerRest, upperRest);
+    lower = vsraq_n_u16(lower, lowerRest, 8);
+    upper = vsraq_n_u16(upper, upperRest, 8);
+    return ByteVector(vuzp2q_u8(vreinterpretq_u8_u16(lower), vreinterpretq_u8_u16(upper)));
+}
+
 #else
+
+// (a * kOfA + b * kOfB + c * kOfC) / 65536. The weights are taken by halves: their sum is at most 65536 and that of
+// their low halves at most 256, so that no sum leaves 16 bits.
+template <uint16_t kOfA, uint16_t kOfB, uint16_t kOfC>
+HWY_INLINE ByteVector WeightedSum(ByteVector a, ByteVector b, ByteVector c) {
+    static_assert(kOfA + kOfB + kOfC <= 65536 && kOfA % 256 + kOfB % 256 + kOfC % 256 <= 256);
+    const LaneTag d;
+    const auto sum = [&](LaneVector aLanes, LaneVector bLanes, LaneVector cLanes) KORVANE_INLINE {
+        const auto products = [&](uint16_t ofA, uint16_t ofB, uint16_t ofC) KORVANE_INLINE {
+            const LaneVector ab = hn::Add(hn::Mul(aLanes, hn::Set(d, ofA)), hn::Mul(bLanes, hn::Set(d, ofB)));
+            return hn::Add(ab, hn::Mul(cLanes, hn::Set(d, ofC)));
+        };
+        const LaneVector rest = products(kOfA & 255, kOfB & 255, kOfC & 255);
+        return hn::Add(products(kOfA >> 8, kOfB >> 8, kOfC >> 8), hn::ShiftRight<8>(rest));
+    };
+    return JoinedHighBytes(sum(EvenBytes(a), EvenBytes(b), EvenBytes(c)), sum(OddBytes(a), OddBytes(b), OddBytes(c)));
+}
 
 // byte * kMultiplier / 65536, for lanes that hold bytes. The multiplier is even.
 template <uint16_t kMultiplier>

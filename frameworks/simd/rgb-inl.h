@@ -13,6 +13,7 @@
 
 #include "frameworks/simd/bytes-inl.h"
 #include "frameworks/simd/kernel-inl.h"
+#include "frameworks/simd/steps-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
@@ -244,26 +245,20 @@ HWY_INLINE size_t DropAlpha(const uint8_t* rgba, uint8_t* rgb, size_t pixels) {
 HWY_INLINE size_t AddAlpha(const uint8_t* rgb, uint8_t* rgba, size_t pixels) {
     const ByteTag d;
     const ByteVector opaque = hn::Set(d, 255);
-    const size_t step = hn::Lanes(d);
-    size_t i = 0;
-    for (; i + step <= pixels; i += step) {
+    return ForWholeVectors<3, 4, 1>(rgb, rgba, pixels, [&](const uint8_t* from, uint8_t* to) KORVANE_INLINE {
         ByteVector r, g, b;
-        hn::LoadInterleaved3(d, rgb + 3 * i, r, g, b);
-        hn::StoreInterleaved4(r, g, b, opaque, d, rgba + 4 * i);
-    }
-    return i;
+        hn::LoadInterleaved3(d, from, r, g, b);
+        hn::StoreInterleaved4(r, g, b, opaque, d, to);
+    });
 }
 
 HWY_INLINE size_t DropAlpha(const uint8_t* rgba, uint8_t* rgb, size_t pixels) {
     const ByteTag d;
-    const size_t step = hn::Lanes(d);
-    size_t i = 0;
-    for (; i + step <= pixels; i += step) {
+    return ForWholeVectors<4, 3, 1>(rgba, rgb, pixels, [&](const uint8_t* from, uint8_t* to) KORVANE_INLINE {
         ByteVector r, g, b, a;
-        hn::LoadInterleaved4(d, rgba + 4 * i, r, g, b, a);
-        hn::StoreInterleaved3(r, g, b, d, rgb + 3 * i);
-    }
-    return i;
+        hn::LoadInterleaved4(d, from, r, g, b, a);
+        hn::StoreInterleaved3(r, g, b, d, to);
+    });
 }
 
 #endif

@@ -24,11 +24,11 @@ namespace {
 // rest begins; the scalar twin does it.
 template <class Body>
 HWY_INLINE size_t ForWholeSteps(size_t begin, size_t end, size_t step, const Body& body) {
-    size_t i = begin;
-    for (; i + step <= end; i += step) {
+    const size_t rest = begin + (end - begin) / step * step;
+    for (size_t i = begin; i != rest; i += step) {
         body(i);
     }
-    return i;
+    return rest;
 }
 
 // The same without a rest: the last step ends at `end`, and so may begin within the step before. For bodies that give
@@ -38,6 +38,21 @@ HWY_INLINE void ForOverlappingSteps(size_t begin, size_t end, size_t step, const
     for (size_t i = begin; i < end; i += step) {
         body(HWY_MIN(i, end - step));
     }
+}
+
+// Calls body(from, to) for every kVectors vectors of `count` elements that take kFromBytes there and kToBytes here.
+// Returns how many elements that were. Pointers that move and a number that sinks to 0 are what NEON's loads and stores
+// of interleaved vectors take the fewest instructions for.
+template <size_t kFromBytes, size_t kToBytes, size_t kVectors, class Body>
+HWY_INLINE size_t ForWholeVectors(const uint8_t* from, uint8_t* to, size_t count, const Body& body) {
+    const size_t step = kVectors * hn::Lanes(hn::ScalableTag<uint8_t>());
+    const size_t rounds = count / step;
+    for (size_t left = rounds; left != 0; --left) {
+        body(from, to);
+        from += kFromBytes * step;
+        to += kToBytes * step;
+    }
+    return rounds * step;
 }
 
 // Calls body(tag) with the longest vector of at most kWide, kNarrow or 1 lanes that `count` elements fill.
