@@ -188,7 +188,7 @@ RgbColor parse_color(const std::string& text) {
     const auto [stop, error] = std::from_chars(digits.data(), end, value, 16);
     // from_chars would accept a minus sign.
     if (digits.size() != 6 || digits[0] == '-' || error != std::errc() || stop != end) {
-        throw CommandError("'" + text + "' is not a colour: write it as #RRGGBB, #RGB or a name such as navy");
+        throw UsageError("'" + text + "' is not a colour: write it as #RRGGBB, #RGB or a name such as navy");
     }
     return split(value);
 }

@@ -12,13 +12,14 @@
 namespace korvane {
 namespace {
 
+constexpr int kExitSomeFailed = 1;
 constexpr int kExitBadInput = 2;
 constexpr size_t kHelpColumns = 100;
 constexpr size_t kHelpTextColumn = 30;
 constexpr const char* kFooter =
     "'korvane help COMMAND' explains a command.\n"
     "Exit codes: 0 when all went well, 2 for bad input, bad usage or a failed output, with one line on\n"
-    "standard error and no file written.";
+    "standard error and no file written; 1 when some of several photos failed, each with such a line.";
 
 constexpr Command kCommands[] = {
 #define KORVANE_COMMAND(name, description, example) {#name, description, example, setup_##name##_command},
@@ -90,6 +91,10 @@ void add_setting(CLI::App& app, const IntegerSetting& setting, int& value) {
         ->capture_default_str();
 }
 
+void print_error(const std::string& text) {
+    print_line(text);
+}
+
 void print_warning(const std::string& text) {
     print_line("warning: " + text);
 }
@@ -131,6 +136,8 @@ int run_program(std::span<const Command> commands, const std::vector<std::string
         if (!std::cout.flush()) {
             return report("cannot write to standard output");
         }
+    } catch (const SomeFailed&) {
+        return kExitSomeFailed;
     } catch (const std::bad_alloc&) {
         return report("not enough memory");
     } catch (const std::exception& error) {

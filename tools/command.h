@@ -15,6 +15,7 @@
 #ifndef KORVANE_TOOLS_COMMAND_H_
 #define KORVANE_TOOLS_COMMAND_H_
 
+#include <exception>
 #include <functional>
 #include <span>
 #include <stdexcept>
@@ -33,6 +34,15 @@ class CommandError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// Wrong whatever the photo is, an argument or the machine: several photos would all fail for it.
+class UsageError : public CommandError {
+  public:
+    using CommandError::CommandError;
+};
+
+// Some of several photos failed. Each has had its line on standard error already.
+class SomeFailed : public std::exception {};
+
 struct IntegerSetting;
 
 struct Command {
@@ -46,13 +56,14 @@ struct Command {
 std::span<const Command> commands();
 
 // Runs the program on `arguments` (without the program's own name): 0 when all went well or help was asked for, 2 after
-// one line on standard error for any bad input or usage.
+// one line on standard error for any bad input or usage, 1 when some of several photos failed.
 int run_program(std::span<const Command> commands, const std::vector<std::string>& arguments);
 
 // Adds the option that the row names, with its range and default.
 void add_setting(CLI::App& app, const IntegerSetting& setting, int& value);
 
 // One line on standard error.
+void print_error(const std::string& text);
 void print_warning(const std::string& text);
 
 #define KORVANE_COMMAND(name, description, example) std::function<void()> setup_##name##_command(CLI::App& app);

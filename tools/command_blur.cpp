@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "tools/batch.h"
 #include "tools/color.h"
 #include "tools/command.h"
 #include "tools/effects.h"
@@ -68,7 +69,7 @@ std::function<void()> setup_blur_command(CLI::App& app) {
     app.add_option(kBlurAlpha.option, options->alpha,
                    std::string(kBlurAlpha.summary) + "; by default 128 with --color, else 0")
         ->check(CLI::Range(kBlurAlpha.least, kBlurAlpha.most));
-    return [options] { blur(*options); };
+    return [options] { for_each_photo(options->photo, [&] { blur(*options); }); };
 }
 
 }  // namespace korvane

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/batch.h"
 #include "tools/command.h"
 #include "tools/effects.h"
 #include "tools/filter_session.h"
@@ -21,17 +22,25 @@ struct FilterOptions {
     std::vector<std::string> settings;
 };
 
+auto_ptr<Image> read_picture(const std::string& path) {
+    try {
+        return read_photo(path, IMAGE_FORMAT_TYPE_RGBA).image;
+    } catch (const CommandError& error) {
+        throw UsageError(error.what());
+    }
+}
+
 auto_ptr<Image> read_table(const FilterDescription& description, const std::string& path) {
     const bool takesTable =
         std::any_of(description.parameters.begin(), description.parameters.end(),
                     [](const FilterParameter& parameter) { return parameter.type == PARAMETER_TYPE_BITMAP; });
     if (!takesTable) {
-        throw CommandError(std::string(description.name) + " takes no lookup table");
+        throw UsageError(std::string(description.name) + " takes no lookup table");
     }
-    auto_ptr<Image> table = read_photo(path, IMAGE_FORMAT_TYPE_RGBA).image;
+    auto_ptr<Image> table = read_picture(path);
     if (table->getWidth() != 4096 || table->getHeight() != 64) {
-        throw CommandError("'" + path + "' has " + std::to_string(table->getWidth()) + " x " +
-                           std::to_string(table->getHeight()) + " pixels; a lookup table has 4096 x 64");
+        throw UsageError("'" + path + "' has " + std::to_string(table->getWidth()) + " x " +
+                         std::to_string(table->getHeight()) + " pixels; a lookup table has 4096 x 64");
     }
     return table;
 }
@@ -57,7 +66,7 @@ std::function<void()> setup_filter_command(CLI::App& app) {
     app.add_option("--set", options->settings, "A parameter, as key=value; may be given several times")
         ->allow_extra_args(false);
     app.add_option("--table", options->table, "A lookup table for ImageFilterTable: a picture of 4096 x 64 pixels");
-    return [options] { filter(*options); };
+    return [options] { for_each_photo(options->photo, [&] { filter(*options); }); };
 }
 
 }  // namespace korvane

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <new>
@@ -13,6 +10,7 @@
 #include "applications/super_capture/super_capture.h"
 #include "tools/command.h"
 #include "tools/photo/photo_io.h"
+#include "tools/progress.h"
 #include "tools/yuyv_photo.h"
 
 namespace korvane {
@@ -35,24 +33,6 @@ class Planes {
     unsigned char* m_Planes[kFramePlanes];
 };
 
-// One line on a terminal, erased at the end.
-class Progress {
-  public:
-    ~Progress() {
-        if (m_IsTerminal) {
-            std::fprintf(stderr, "\r\033[K");
-        }
-    }
-    void show(size_t done, size_t all) const {
-        if (m_IsTerminal) {
-            std::fprintf(stderr, "\rmerging %zu of %zu", done, all);
-        }
-    }
-
-  private:
-    bool m_IsTerminal = isatty(STDERR_FILENO) != 0;
-};
-
 void merge(const MergeOptions& options) {
     check_output(options.output, options.write);
     Photo photo = read_photo(options.frames.front(), IMAGE_FORMAT_TYPE_RGB, options.read);
@@ -62,7 +42,7 @@ void merge(const MergeOptions& options) {
     SuperCapture burst;
     burst.init(static_cast<uint32_t>(frame.width), static_cast<uint32_t>(frame.height), FRAME_FORMAT_TYPE_YUYV);
     {
-        const Progress progress;
+        Progress progress("merging", options.frames.size(), false);
         for (size_t i = 0; i < options.frames.size(); ++i) {
             if (i > 0) {
                 auto_ptr<Image> next = read_photo(options.frames[i], IMAGE_FORMAT_TYPE_RGB, options.read).image;
@@ -75,7 +55,7 @@ void merge(const MergeOptions& options) {
             if (burst.pushFrame(Planes(frame.bytes)) != 0 || !burst.waitUntilTaken(i + 1)) {
                 throw std::bad_alloc();
             }
-            progress.show(i + 1, options.frames.size());
+            progress.show(i + 1);
         }
     }
     burst.popFrame(Planes(frame.bytes));

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/batch.h"
 #include "tools/command.h"
 #include "tools/effects.h"
 #include "tools/json.h"
@@ -81,7 +82,7 @@ std::string text(const std::vector<Rgb>& palette) {
 }
 
 // The share of a colour is that of the pixels that it is the nearest to.
-std::string json(const std::vector<Rgb>& palette, const Photo& photo) {
+std::string json(const std::string& file, const std::vector<Rgb>& palette, const Photo& photo) {
     NearestEntry nearest(palette);
     std::vector<size_t> counts(palette.size());
     for (size_t i = 0; i < photo.pixelCount(); ++i) {
@@ -92,7 +93,7 @@ std::string json(const std::vector<Rgb>& palette, const Photo& photo) {
         const double share = static_cast<double>(counts[i]) / static_cast<double>(photo.pixelCount());
         rows.push_back({{"color", name_of(palette[i])}, {"share", share}});
     }
-    return json_line({{"colors", rows}}) + '\n';
+    return json_line({{"file", file}, {"colors", rows}});
 }
 
 void palette(const PaletteOptions& options) {
@@ -107,7 +108,7 @@ void palette(const PaletteOptions& options) {
         throw CommandError("--colors: a PNG file has at most 256");
     }
     const std::vector<Rgb> colors = find_palette(photo, options.colors);
-    const std::string report = options.wantsJson ? json(colors, photo) : text(colors);
+    const std::string report = options.wantsJson ? json(options.photo.input, colors, photo) : text(colors);
     if (isIndexed) {
         write_indexed(photo, colors, options);
     } else if (!output.empty()) {
@@ -115,7 +116,7 @@ void palette(const PaletteOptions& options) {
         append_swatches(photo, colors);
         write_photo(output, std::move(photo), options.photo.write);
     }
-    report_stream(output) << report;
+    print_report(options.photo, report, options.wantsJson);
 }
 
 }  // namespace
@@ -126,10 +127,10 @@ std::function<void()> setup_palette_command(CLI::App& app) {
     add_setting(app, kPaletteColors, options->colors);
     app.add_option("-o,--output", options->photo.output,
                    "The photo in these colours: a PNG file with exactly this palette (up to 256 colours), or a JPEG or "
-                   "WebP file with a strip of swatches below");
+                   "WebP file with a strip of swatches below; several photos go into a folder, whose name ends in /");
     add_write_options(app, options->photo.write);
     add_json(app, options->wantsJson);
-    return [options] { palette(*options); };
+    return [options] { for_each_photo(options->photo, [&] { palette(*options); }); };
 }
 
 }  // namespace korvane

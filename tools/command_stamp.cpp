@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "tools/batch.h"
 #include "tools/command.h"
 #include "tools/effects.h"
 #include "tools/photo/photo_io.h"
@@ -29,7 +30,7 @@ std::function<void()> setup_stamp_command(CLI::App& app) {
     auto options = std::make_shared<StampOptions>();
     add_photo_options(app, options->photo);
     app.add_option("--text", options->text, "Date and time, as \"2026-01-02 03:04\"")->required();
-    return [options] { stamp(*options); };
+    return [options] { for_each_photo(options->photo, [&] { stamp(*options); }); };
 }
 
 }  // namespace korvane

@@ -83,7 +83,7 @@ constexpr BlurMethod kBlurMethods[] = {
 [[noreturn]] void refuse(const char* option, double value, double most, const BlurMethod& method) {
     std::ostringstream text;
     text << option << ": " << value << " is not within 0 to " << most << ", the range of --method " << method.name;
-    throw CommandError(text.str());
+    throw UsageError(text.str());
 }
 
 // Draws the outline of a square around the corner. The corner itself stays visible.
@@ -140,7 +140,7 @@ const BlurMethod& find_blur_method(const std::string& name) {
         }
         names += (names.empty() ? "" : ", ") + std::string(method.name);
     }
-    throw CommandError("--method: '" + name + "' is none of " + names);
+    throw UsageError("--method: '" + name + "' is none of " + names);
 }
 
 double find_blur_radius(const BlurSettings& settings) {
@@ -191,7 +191,7 @@ void stamp_photo(Photo& photo, const std::string& text) {
     YuyvFrame frame = to_yuyv(photo.image);
     const std::vector<unsigned char> before = frame.bytes;
     if (!make_photo_timestamp_watermark_to_yuyv(frame.bytes.data(), frame.width, frame.height, text.c_str(), 0)) {
-        throw CommandError("'" + text + "' cannot be stamped: digits, ':', '-' and blanks only, at least one");
+        throw UsageError("'" + text + "' cannot be stamped: digits, ':', '-' and blanks only, at least one");
     }
     // A stamp always darkens or brightens the edges of its digits.
     const bool isBlank = text.find_first_not_of(' ') == std::string::npos;

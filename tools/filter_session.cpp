@@ -58,10 +58,10 @@ void check_range(const FilterParameter& parameter, const std::vector<float>& val
     const bool isBounded = std::sscanf(parameter.range, "%f ... %f", &least, &most) == 2;
     for (const float value : values) {
         if (!std::isfinite(value)) {
-            throw CommandError("'" + setting + "' holds no finite number");
+            throw UsageError("'" + setting + "' holds no finite number");
         }
         if (isBounded && (value < least || value > most)) {
-            throw CommandError("'" + setting + "' is not within " + parameter.range);
+            throw UsageError("'" + setting + "' is not within " + parameter.range);
         }
     }
 }
@@ -75,7 +75,7 @@ const FilterDescription& describe_filter(const std::string& name) {
             return *filter;
         }
     }
-    throw CommandError("there is no filter '" + name + "'; there are " + filter_names());
+    throw UsageError("there is no filter '" + name + "'; there are " + filter_names());
 }
 
 auto_ptr<ImageFilterBaseGL> open_filter(const std::string& name) {
@@ -95,20 +95,20 @@ auto_ptr<ImageFilterBaseGL> open_filter(const std::string& name) {
 void set_filter_parameter(ImageFilterBaseGL& filter, const FilterDescription& description, const std::string& setting) {
     const size_t equals = setting.find('=');
     if (equals == std::string::npos) {
-        throw CommandError("'" + setting + "' is not a setting: write key=value");
+        throw UsageError("'" + setting + "' is not a setting: write key=value");
     }
     const std::string key = setting.substr(0, equals);
     const FilterParameter* parameter = find_parameter(description, key);
     if (parameter == nullptr) {
-        throw CommandError(std::string(description.name) + " has no parameter '" + key + "'");
+        throw UsageError(std::string(description.name) + " has no parameter '" + key + "'");
     }
     if (parameter->type == PARAMETER_TYPE_BITMAP) {
-        throw CommandError("'" + key + "' is a picture: give it with --table");
+        throw UsageError("'" + key + "' is a picture: give it with --table");
     }
     std::vector<float> values = parse_floats(setting.substr(equals + 1));
     if (values.size() != static_cast<size_t>(parameter->count)) {
-        throw CommandError("'" + setting + "' needs " + std::to_string(parameter->count) +
-                           (parameter->count == 1 ? " number" : " numbers with commas between"));
+        throw UsageError("'" + setting + "' needs " + std::to_string(parameter->count) +
+                         (parameter->count == 1 ? " number" : " numbers with commas between"));
     }
     check_range(*parameter, values, setting);
     filter.setParameters(parameter->name, values.data());

@@ -6,6 +6,7 @@
 #include <cctype>
 #include <filesystem>
 #include <iostream>
+#include <sstream>
 
 #include "tools/command.h"
 #include "tools/photo/file_io.h"
@@ -14,6 +15,8 @@
 
 namespace korvane {
 namespace {
+
+constexpr int kMaxJobs = 1024;
 
 struct SubsamplingName {
     const char* name;
@@ -82,7 +85,8 @@ void add_write_options(CLI::App& app, WriteOptions& options) {
         ->check([](const std::string& name) {
             return find_subsampling(name) != nullptr ? std::string() : "'" + name + "' is no subsampling, as 4:2:0 is";
         });
-    app.add_option("--format", options.format, "jpg, png or webp, where the output's name does not tell: in a pipe")
+    app.add_option("--format", options.format,
+                   "jpg, png or webp, where the output's name does not tell: in a pipe or a folder")
         ->check([](const std::string& name) {
             return find_format(name) != nullptr ? std::string() : "'" + name + "' is none of jpg, png, webp";
         });
@@ -96,7 +100,13 @@ void add_no_clobber(CLI::App& app, bool& noClobber) {
 }
 
 void add_input(CLI::App& app, PhotoOptions& options) {
-    app.add_option("input", options.input, "The photo: JPEG, PNG or WebP; - is standard input")->required();
+    app.add_option("input", options.inputs, "The photo, or several: JPEG, PNG or WebP; - is standard input")
+        ->required();
+    app.add_option("-j,--jobs", options.jobs,
+                   "How many of several photos at a time; by default one for each processor. Memory grows with it")
+        ->check(CLI::Range(1, kMaxJobs));
+    app.add_flag("--quiet", options.isQuiet, "No progress bar, which only a terminal shows anyway");
+    app.add_flag("--dry-run", options.isDryRun, "Only say which file each photo would become");
     add_read_options(app, options.read);
 }
 
@@ -108,9 +118,12 @@ CLI::Option* add_output(CLI::App& app, std::string& output, WriteOptions& option
     return option;
 }
 
-void add_photo_options(CLI::App& app, PhotoOptions& options) {
+CLI::Option* add_photo_options(CLI::App& app, PhotoOptions& options) {
     add_input(app, options);
-    add_output(app, options.output, options.write);
+    return add_output(app, options.output, options.write)
+        ->description(
+            "The result: a name in .jpg, .png or .webp; - is standard output; several photos go into a folder, "
+            "whose name ends in /");
 }
 
 Photo decode_photo(const Bytes& file, const std::string& name, ImageFormatType format, size_t maxPixels) {
@@ -164,8 +177,21 @@ void check_output(const std::string& path, const WriteOptions& options) {
     check_writable(path, options.noClobber);
 }
 
+bool names_format(const std::string& path, const std::string& format) {
+    const PhotoFormatInfo* named = find_format(extension_of(path));
+    return named != nullptr && (format.empty() || named == find_format(format));
+}
+
 std::ostream& report_stream(const std::string& output) {
     return is_standard_output(output) ? std::cerr : std::cout;
+}
+
+void print_report(const PhotoOptions& options, const std::string& lines, bool areNamed) {
+    std::ostream& stream = report_stream(options.output);
+    std::istringstream rest(lines);
+    for (std::string line; std::getline(rest, line);) {
+        stream << (options.isBatch && !areNamed ? options.input + ": " : "") << line << '\n';
+    }
 }
 
 void flatten(Photo& photo) {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 #include "tools/photo/photo.h"
 
@@ -33,8 +34,15 @@ struct WriteOptions {
     bool noClobber = false;
 };
 
-// Of a command that makes one photo out of one.
+// Of a command that makes one photo out of one, or does so with many.
 struct PhotoOptions {
+    std::vector<std::string> inputs;
+    // 0: as many as there are processors.
+    int jobs = 0;
+    bool isQuiet = false;
+    bool isDryRun = false;
+    bool isBatch = false;
+    // The photo at hand, one of the inputs. The output may be empty where a command only reports.
     std::string input;
     std::string output;
     ReadOptions read;
@@ -51,7 +59,7 @@ void add_no_clobber(CLI::App& app, bool& noClobber);
 // Add the input, the output, and the options above.
 void add_input(CLI::App& app, PhotoOptions& options);
 CLI::Option* add_output(CLI::App& app, std::string& output, WriteOptions& options);
-void add_photo_options(CLI::App& app, PhotoOptions& options);
+CLI::Option* add_photo_options(CLI::App& app, PhotoOptions& options);
 
 // The photo in a file or, for "-", on standard input, upright and in the given format (RGB or RGBA). Damage that was
 // stepped over gives one line on standard error.
@@ -77,8 +85,14 @@ bool has_extension(const std::string& path, const std::string& extension);
 // The format that write_photo would take.
 PhotoFormat output_format(const std::string& path, const WriteOptions& options, PhotoFormat own);
 
+// The path's extension is one of the named format or, without a name, of any format.
+bool names_format(const std::string& path, const std::string& format);
+
 // Where a command reports on a photo: standard error when the photo itself goes to standard output.
 std::ostream& report_stream(const std::string& output);
+
+// Lines about the photo. In a batch each begins with the photo's name, unless they hold it already.
+void print_report(const PhotoOptions& options, const std::string& lines, bool areNamed);
 
 // Lays the photo over white and drops its alpha.
 void flatten(Photo& photo);
