@@ -4,7 +4,6 @@
 #define KORVANE_ALGORITHMS_FAST_DETECTION_SCALAR_H_
 
 #include <array>
-#include <cstdint>
 #include <vector>
 
 #include "algorithms/fast_detection.h"

@@ -4,7 +4,6 @@
 #define KORVANE_ALGORITHMS_STACK_BLUR_TABLES_H_
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 
 inline constexpr int kStackBlurMaxRadius = 254;

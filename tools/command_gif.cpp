@@ -2,7 +2,6 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "tools/command.h"

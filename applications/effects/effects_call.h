@@ -8,7 +8,6 @@
 
 #include <exception>
 #include <stdexcept>
-#include <string>
 
 #include "frameworks/jni/locked_bitmap.h"
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/gl_recorder.h"
 
-#include <GLES2/gl2ext.h>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 

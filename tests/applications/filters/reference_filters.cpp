@@ -20,7 +20,7 @@ Color sample(const ReferenceImage& image, double s, double t) {
     Color sum = {0, 0, 0, image.depth == 3 ? 1.0 : 0.0};
     for (int corner = 0; corner < 4; ++corner) {
         const double cx = x0 + corner % 2;
-        const double cy = y0 + corner / 2;
+        const double cy = y0 + (corner >> 1);
         const double weight = (1 - std::abs(x - cx)) * (1 - std::abs(y - cy));
         const auto column = static_cast<size_t>(std::clamp(cx, 0.0, image.width - 1.0));
         const auto row = static_cast<size_t>(std::clamp(cy, 0.0, image.height - 1.0));

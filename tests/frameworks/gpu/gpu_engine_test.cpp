@@ -2,21 +2,20 @@
 #include "frameworks/gpu/gpu_engine.h"
 
 #include <gmock/gmock.h>
-#include <stdlib.h>
 #include <xcb/xcb.h>
 
 #include <chrono>
+#include <deque>
 #include <memory>
 #include <thread>
 
 #include "frameworks/core/auto_ptr.h"
 #include "frameworks/gpu/gpu_utils.h"
 #include "platform/egl.h"
-#include "tests/frameworks/gpu/gpu_fixture.h"
+#include "tests/support/gl_recorder.h"
 
 namespace {
 
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;

@@ -2,7 +2,6 @@
 #include "frameworks/gpu/gpu_program.h"
 
 #include <gmock/gmock.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <algorithm>
