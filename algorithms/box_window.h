@@ -10,9 +10,11 @@
 
 namespace korvane {
 
-// How a sum is divided by the window's width. Up to a radius of 127 sums fit 16 bits and the division is a multiply.
-enum class Division { kNarrow, kWideDown, kWideNearest };
+// How a sum is divided by the window's width. While sums fit 16 bits the division is a multiply; it is quicker still
+// while they fit them with a sign.
+enum class Division { kShort, kNarrow, kWideDown, kWideNearest };
 
+constexpr size_t kShortRadius = 63;
 constexpr size_t kNarrowRadius = 127;
 // Up to here a sum fits a signed 32-bit lane.
 constexpr size_t kWideRadius = (INT32_MAX / 255 - 1) / 2;
@@ -25,15 +27,17 @@ struct NarrowDivision {
 };
 
 // For a radius of 1 to kNarrowRadius. The reciprocal has 16 bits; it is exact enough either rounded up or rounded down.
+// Up to kShortRadius 15 bits are enough, and the multiplier is even.
 constexpr NarrowDivision narrow_division(size_t radius) {
     const auto divisor = static_cast<uint32_t>(2 * radius + 1);
     const int shift = 31 - std::countl_zero(divisor);
-    const uint32_t one = uint32_t{65536} << shift;
+    const uint32_t unit = radius <= kShortRadius ? 2 : 1;
+    const uint32_t one = (uint32_t{65536} << shift) / unit;
     const uint32_t up = one / divisor + 1;
     if (255 * (up * divisor - one) < up) {
-        return {static_cast<uint16_t>(up), 0, shift};
+        return {static_cast<uint16_t>(up * unit), 0, shift};
     }
-    return {static_cast<uint16_t>(up - 1), 1, shift};
+    return {static_cast<uint16_t>((up - 1) * unit), 1, shift};
 }
 
 // Tests the first and the last sum of each quotient. Sums end at 255 whole windows plus the radius, which rounding to
@@ -45,9 +49,10 @@ constexpr bool narrow_divisions_are_exact() {
         for (uint32_t quotient = 0; quotient <= 255; ++quotient) {
             const uint32_t first = quotient * divisor;
             const uint32_t last = quotient == 255 ? first + static_cast<uint32_t>(radius) : first + divisor - 1;
+            const uint32_t most = radius <= kShortRadius ? 32767 : 65535;
             for (const uint32_t sum : {first, last}) {
                 const uint32_t biased = sum + division.bias;
-                if (biased > 65535 || (biased * division.multiplier) >> 16 >> division.shift != quotient) {
+                if (biased > most || (biased * division.multiplier) >> 16 >> division.shift != quotient) {
                     return false;
                 }
             }
@@ -59,7 +64,7 @@ static_assert(narrow_divisions_are_exact());
 
 struct BoxWindow {
     size_t radius;
-    uint16_t multiplier = 0;  // kNarrow only, as the next two
+    uint16_t multiplier = 0;  // kShort and kNarrow only, as the next two
     int shift = 0;
     uint16_t start = 0;  // what a sum holds before the first pixel is added: biases of the division
     int32_t divisor;

@@ -35,7 +35,7 @@ void BlurThroughRing(const uint8_t* src, uint8_t* dst, size_t width, size_t heig
     const size_t ringStride = (rowBytes / kSlotBytes + 2) * kSlotBytes;
     const size_t ringRows = std::min(height, 2 * radius + 1 + Band::kRows);
 
-    const WorkBuffer<uint8_t> slots(RingSlots(radius), kSlotBytes);
+    const WorkBuffer<uint8_t> slots(Band::SlotCount(radius), kSlotBytes);
     const WorkBuffer<uint8_t> ring(ringRows, ringStride);
     const auto rowAt = [&](size_t y) { return ring.get() + y % ringRows * ringStride; };
     using Sweep = ColumnSweep<kDivision, decltype(rowAt)>;
@@ -70,7 +70,9 @@ void FastBlur(const uint32_t* src, uint8_t* dst, size_t width, size_t height, si
         return;
     }
     const auto* bytes = reinterpret_cast<const uint8_t*>(src);
-    if (radius <= kNarrowRadius) {
+    if (radius <= kShortRadius) {
+        BlurThroughRing<Division::kShort>(bytes, dst, width, height, radius);
+    } else if (radius <= kNarrowRadius) {
         BlurThroughRing<Division::kNarrow>(bytes, dst, width, height, radius);
     } else {
         BlurThroughRing<Division::kWideDown>(bytes, dst, width, height, radius);

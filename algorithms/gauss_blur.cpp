@@ -29,12 +29,13 @@ namespace {
 // `dst` may be `src`.
 template <Division kDivision>
 bool BlurRowsAs(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
+    using Band = RowBand<kDivision, 1>;
     const BoxWindow window(radius, true);
-    const WorkBuffer<uint8_t> slots(RingSlots(radius), kSlotBytes);
+    const WorkBuffer<uint8_t> slots(Band::SlotCount(radius), kSlotBytes);
     if (!slots) {
         return false;
     }
-    RowBand<kDivision, 1> band(window, width, slots.get());
+    Band band(window, width, slots.get());
     for (size_t y = 0; y < height; y += band.kRows) {
         for (size_t i = 0; i < band.kRows; ++i) {
             const size_t start = std::min(y + i, height - 1) * width;
@@ -64,16 +65,18 @@ bool BlurRows(const uint8_t* src, uint8_t* dst, size_t width, size_t height, siz
     if (height < kLeastRows || radius > kWideRadius) {
         return false;
     }
-    return radius <= kNarrowRadius ? BlurRowsAs<Division::kNarrow>(src, dst, width, height, radius)
-                                   : BlurRowsAs<Division::kWideNearest>(src, dst, width, height, radius);
+    return radius <= kShortRadius    ? BlurRowsAs<Division::kShort>(src, dst, width, height, radius)
+           : radius <= kNarrowRadius ? BlurRowsAs<Division::kNarrow>(src, dst, width, height, radius)
+                                     : BlurRowsAs<Division::kWideNearest>(src, dst, width, height, radius);
 }
 
 bool BlurColumns(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {
     if (radius > kWideRadius) {
         return false;
     }
-    return radius <= kNarrowRadius ? BlurColumnsAs<Division::kNarrow>(src, dst, width, height, radius)
-                                   : BlurColumnsAs<Division::kWideNearest>(src, dst, width, height, radius);
+    return radius <= kShortRadius    ? BlurColumnsAs<Division::kShort>(src, dst, width, height, radius)
+           : radius <= kNarrowRadius ? BlurColumnsAs<Division::kNarrow>(src, dst, width, height, radius)
+                                     : BlurColumnsAs<Division::kWideNearest>(src, dst, width, height, radius);
 }
 
 void BoxRows(const uint8_t* src, uint8_t* dst, size_t width, size_t height, size_t radius) {

@@ -19,6 +19,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "algorithms/box_window.h"
 #include "frameworks/simd/bytes-inl.h"
@@ -36,21 +37,47 @@ namespace {
 constexpr size_t kSlotBytes = 64;
 constexpr size_t kPrefetchBytes = 256;
 
-// The lines that one run of steps reads and writes.
+// The lines that one run of steps reads and writes: anywhere, or slots that follow each other.
 template <size_t kSteps>
 struct BoxSteps {
-    const uint8_t* entering[kSteps];
-    const uint8_t* leaving[kSteps];
-    uint8_t* out[kSteps];
+    const uint8_t* entering(size_t k) const { return enteringLines[k]; }
+    const uint8_t* leaving(size_t k) const { return leavingLines[k]; }
+    uint8_t* out(size_t k) const { return outLines[k]; }
+
+    const uint8_t* enteringLines[kSteps];
+    const uint8_t* leavingLines[kSteps];
+    uint8_t* outLines[kSteps];
 };
 
-// Sums of one vector of bytes: 16 bits wide, even bytes then odd ones, or 32 bits wide, every fourth byte in turn. In
+struct SlotSteps {
+    const uint8_t* entering(size_t k) const { return enteringSlots + k * kSlotBytes; }
+    const uint8_t* leaving(size_t k) const { return leavingSlots + k * kSlotBytes; }
+    uint8_t* out(size_t k) const { return outSlots + k * kSlotBytes; }
+
+    const uint8_t* enteringSlots;
+    const uint8_t* leavingSlots;
+    uint8_t* outSlots;
+};
+
+// Calls step(k) for each step, four in a round.
+template <class Step>
+HWY_INLINE void ForEachStep(size_t steps, const Step& step) {
+    const size_t whole = steps - steps % 4;
+    for (size_t k = 0; k < whole; k += 4) {
+        step(k);
+        step(k + 1);
+        step(k + 2);
+        step(k + 3);
+    }
+    for (size_t k = whole; k < steps; ++k) {
+        step(k);
+    }
+}
+
+// Sums of one vector of bytes: 16 bits wide, in the order of SplitBytes, or 32 bits wide, every fourth byte in turn. In
 // memory they take one element for each byte.
 template <Division kDivision>
-struct BoxSums;
-
-template <>
-struct BoxSums<Division::kNarrow> {
+struct NarrowBoxSums {
     using Element = uint16_t;
 
     template <class D>
@@ -65,39 +92,43 @@ struct BoxSums<Division::kNarrow> {
         const hn::Repartition<uint16_t, D> d;
         const auto bytes = hn::LoadU(dByte, line);
         const auto factor = hn::Set(d, static_cast<uint16_t>(weight));
-        const auto even = hn::Mul(EvenBytes(d, bytes), factor);
-        const auto odd = hn::Mul(OddBytes(d, bytes), factor);
-        hn::StoreU(hn::Add(hn::LoadU(d, sums), even), d, sums);
-        hn::StoreU(hn::Add(hn::LoadU(d, sums + hn::Lanes(d)), odd), d, sums + hn::Lanes(d));
+        hn::Vec<decltype(d)> a, b;
+        SplitBytes(d, bytes, a, b);
+        hn::StoreU(hn::Add(hn::LoadU(d, sums), hn::Mul(a, factor)), d, sums);
+        hn::StoreU(hn::Add(hn::LoadU(d, sums + hn::Lanes(d)), hn::Mul(b, factor)), d, sums + hn::Lanes(d));
     }
 
-    template <class D, size_t kSteps>
-    static HWY_INLINE void Run(D dByte, const BoxWindow& window, uint32_t always, const BoxSteps<kSteps>& lines,
-                               size_t steps, size_t offset, Element* sums) {
+    template <class D, class Lines>
+    static HWY_INLINE void Run(D dByte, const BoxWindow& window, uint32_t always, const Lines& lines, size_t steps,
+                               size_t offset, Element* sums) {
         const hn::Repartition<uint16_t, D> d;
         const hn::Repartition<uint32_t, D> dPixel;
-        const auto lowByte = hn::Set(d, 0x00FF);
         const auto multiplier = hn::Set(d, window.multiplier);
-        const auto alwaysSet = hn::BitCast(d, hn::Set(dPixel, always));
-        auto even = hn::LoadU(d, sums);
-        auto odd = hn::LoadU(d, sums + hn::Lanes(d));
-        for (size_t k = 0; k < steps; ++k) {
-            const auto evenMean = hn::ShiftRightSame(hn::MulHigh(even, multiplier), window.shift);
-            const auto oddMean = hn::ShiftLeftSame(hn::MulHigh(odd, multiplier), 8 - window.shift);
-            const auto mean = hn::Or(evenMean, hn::AndNot(lowByte, oddMean));
-            const auto entering = hn::LoadU(dByte, lines.entering[k] + offset);
-            const auto leaving = hn::LoadU(dByte, lines.leaving[k] + offset);
-            even = hn::Add(even, hn::Sub(EvenBytes(d, entering), EvenBytes(d, leaving)));
-            odd = hn::Add(odd, hn::Sub(OddBytes(d, entering), OddBytes(d, leaving)));
-            hn::StoreU(hn::BitCast(dByte, hn::Or(mean, alwaysSet)), dByte, lines.out[k] + offset);
-        }
-        hn::StoreU(even, d, sums);
-        hn::StoreU(odd, d, sums + hn::Lanes(d));
+        const int shift = window.shift;
+        const auto alwaysSet = hn::BitCast(dByte, hn::Set(dPixel, always));
+        auto a = hn::LoadU(d, sums);
+        auto b = hn::LoadU(d, sums + hn::Lanes(d));
+        ForEachStep(steps, [&](size_t k) KORVANE_INLINE {
+            const auto mean = UnsplitBytes(hn::ShiftRightSame(Scaled(a, multiplier), shift),
+                                           hn::ShiftRightSame(Scaled(b, multiplier), shift));
+            const auto entering = hn::LoadU(dByte, lines.entering(k) + offset);
+            const auto leaving = hn::LoadU(dByte, lines.leaving(k) + offset);
+            AddDifference(d, entering, leaving, a, b);
+            hn::StoreU(hn::Or(mean, alwaysSet), dByte, lines.out(k) + offset);
+        });
+        hn::StoreU(a, d, sums);
+        hn::StoreU(b, d, sums + hn::Lanes(d));
+    }
+
+  private:
+    template <class V>
+    static HWY_INLINE V Scaled(V sums, V multiplier) {
+        return kDivision == Division::kShort ? HighHalf(sums, multiplier) : hn::MulHigh(sums, multiplier);
     }
 };
 
 template <Division kDivision>
-struct BoxSums {
+struct WideBoxSums {
     using Element = int32_t;
 
     template <class D>
@@ -118,9 +149,9 @@ struct BoxSums {
         AddByte<3>(dPixel, pixels, weight, sums);
     }
 
-    template <class D, size_t kSteps>
-    static HWY_INLINE void Run(D dByte, const BoxWindow& window, uint32_t always, const BoxSteps<kSteps>& lines,
-                               size_t steps, size_t offset, Element* sums) {
+    template <class D, class Lines>
+    static HWY_INLINE void Run(D dByte, const BoxWindow& window, uint32_t always, const Lines& lines, size_t steps,
+                               size_t offset, Element* sums) {
         const hn::Repartition<uint32_t, D> dPixel;
         const hn::Repartition<int32_t, D> d;
         const size_t lanes = hn::Lanes(d);
@@ -132,13 +163,13 @@ struct BoxSums {
             const auto lower = hn::Or(Mean(d, window, sum0), hn::ShiftLeft<8>(Mean(d, window, sum1)));
             const auto upper = hn::Or(Mean(d, window, sum2), hn::ShiftLeft<8>(Mean(d, window, sum3)));
             const auto means = hn::BitCast(dPixel, hn::Or(lower, hn::ShiftLeft<16>(upper)));
-            const auto entering = hn::BitCast(dPixel, hn::LoadU(dByte, lines.entering[k] + offset));
-            const auto leaving = hn::BitCast(dPixel, hn::LoadU(dByte, lines.leaving[k] + offset));
+            const auto entering = hn::BitCast(dPixel, hn::LoadU(dByte, lines.entering(k) + offset));
+            const auto leaving = hn::BitCast(dPixel, hn::LoadU(dByte, lines.leaving(k) + offset));
             sum0 = hn::Add(sum0, hn::Sub(Byte<0>(dPixel, entering), Byte<0>(dPixel, leaving)));
             sum1 = hn::Add(sum1, hn::Sub(Byte<1>(dPixel, entering), Byte<1>(dPixel, leaving)));
             sum2 = hn::Add(sum2, hn::Sub(Byte<2>(dPixel, entering), Byte<2>(dPixel, leaving)));
             sum3 = hn::Add(sum3, hn::Sub(Byte<3>(dPixel, entering), Byte<3>(dPixel, leaving)));
-            hn::StoreU(hn::BitCast(dByte, hn::Or(means, hn::Set(dPixel, always))), dByte, lines.out[k] + offset);
+            hn::StoreU(hn::BitCast(dByte, hn::Or(means, hn::Set(dPixel, always))), dByte, lines.out(k) + offset);
         }
         hn::StoreU(sum0, d, sums);
         hn::StoreU(sum1, d, sums + lanes);
@@ -182,6 +213,10 @@ struct BoxSums {
     }
 };
 
+template <Division kDivision>
+using BoxSums = std::conditional_t<kDivision == Division::kShort || kDivision == Division::kNarrow,
+                                   NarrowBoxSums<kDivision>, WideBoxSums<kDivision>>;
+
 // How many slots a ring must have for the window of a radius: a power of two, so that a mask finds a column's slot.
 HWY_INLINE size_t RingSlots(size_t radius) {
     size_t slots = 256;
@@ -191,7 +226,8 @@ HWY_INLINE size_t RingSlots(size_t radius) {
     return slots;
 }
 
-// Blurs a band of kSlotBytes / kPixelBytes rows along the rows. `out` may be `in`. `ring` has RingSlots() slots.
+// Blurs a band of kSlotBytes / kPixelBytes rows along the rows. `out` may be `in`. `ring` has SlotCount() slots: the
+// first kTileColumns stand behind the last one once more, so that as many follow each other from any slot on.
 template <Division kDivision, size_t kPixelBytes>
 class RowBand {
   public:
@@ -204,15 +240,19 @@ class RowBand {
     RowBand(const BoxWindow& window, size_t width, uint8_t* ring)
         : m_Window(window), m_Width(width), m_Ring(ring), m_Mask(RingSlots(window.radius) - 1) {}
 
+    static size_t SlotCount(size_t radius) { return RingSlots(radius) + kTileColumns; }
+
     void Blur() {
         const hn::CappedTag<uint8_t, kSlotBytes> d;
-        const size_t radius = m_Window.radius;
+        // A copy, which stored bytes cannot change for the compiler.
+        const BoxWindow window = m_Window;
+        const size_t radius = window.radius;
         const size_t last = m_Width - 1;
         HWY_ALIGN typename Sums::Element sums[kSlotBytes];
         m_Filled = 0;
         FillUpTo(radius + 1);
         for (size_t at = 0; at < kSlotBytes; at += hn::Lanes(d)) {
-            Sums::Start(d, m_Window, sums + at);
+            Sums::Start(d, window, sums + at);
             Sums::Add(d, Slot(0) + at, radius + 1, sums + at);
             for (size_t i = 1; i <= radius; ++i) {
                 Sums::Add(d, Slot(std::min(i, last)) + at, 1, sums + at);
@@ -222,15 +262,22 @@ class RowBand {
         for (size_t start = 0; start < m_Width; start += kTileColumns) {
             FillUpTo(start + kTileColumns + radius + 1);
             const size_t columns = std::min(kTileColumns, m_Width - start);
-            BoxSteps<kTileColumns> lines;
-            for (size_t k = 0; k < columns; ++k) {
-                const size_t x = start + k;
-                lines.entering[k] = Slot(std::min(x + radius + 1, last));
-                lines.leaving[k] = Slot(x - std::min(x, radius));
-                lines.out[k] = blurred + k * kSlotBytes;
-            }
-            for (size_t at = 0; at < kSlotBytes; at += hn::Lanes(d)) {
-                Sums::Run(d, m_Window, 0, lines, columns, at, sums + at);
+            if (start >= radius && start + kTileColumns + radius <= last) {
+                const SlotSteps lines{Slot(start + radius + 1), Slot(start - radius), blurred};
+                for (size_t at = 0; at < kSlotBytes; at += hn::Lanes(d)) {
+                    Sums::Run(d, window, 0, lines, kTileColumns, at, sums + at);
+                }
+            } else {
+                BoxSteps<kTileColumns> lines;
+                for (size_t k = 0; k < columns; ++k) {
+                    const size_t x = start + k;
+                    lines.enteringLines[k] = Slot(std::min(x + radius + 1, last));
+                    lines.leavingLines[k] = Slot(x - std::min(x, radius));
+                    lines.outLines[k] = blurred + k * kSlotBytes;
+                }
+                for (size_t at = 0; at < kSlotBytes; at += hn::Lanes(d)) {
+                    Sums::Run(d, window, 0, lines, columns, at, sums + at);
+                }
             }
             Empty(blurred, start);
         }
@@ -266,7 +313,11 @@ class RowBand {
                     from[row] = tile + row * kSlotBytes;
                 }
             }
-            TransposeTile([&](size_t row) { return from[row]; }, [&](size_t i) { return Slot(x + i); });
+            uint8_t* const slots = Slot(x);
+            TransposeTile([&](size_t row) { return from[row]; }, [&](size_t i) { return slots + i * kSlotBytes; });
+            if (slots == m_Ring) {
+                std::memcpy(m_Ring + (m_Mask + 1) * kSlotBytes, m_Ring, kTileColumns * kSlotBytes);
+            }
         }
     }
 
@@ -341,19 +392,12 @@ class ColumnSweep {
             Start();
         }
         const size_t end = ready > last ? m_Height : ready - radius - 1;
-        while (m_Done < end) {
-            const size_t steps = std::min(kSteps, end - m_Done);
-            BoxSteps<kSteps> lines;
-            for (size_t k = 0; k < steps; ++k) {
-                const size_t y = m_Done + k;
-                lines.entering[k] = m_RowAt(std::min(y + radius + 1, last));
-                lines.leaving[k] = m_RowAt(y - std::min(y, radius));
-                lines.out[k] = dst + y * dstStride;
-            }
-            const hn::ScalableTag<uint8_t> d;
-            ForEachVector([&](size_t at, Element* sums)
-                              HWY_ATTR { BoxSums<kDivision>::Run(d, m_Window, m_Always, lines, steps, at, sums); });
-            m_Done += steps;
+        for (; m_Done + kSteps <= end; m_Done += kSteps) {
+            Sweep(kSteps, dst + m_Done * dstStride, dstStride);
+        }
+        if (m_Done < end) {
+            Sweep(end - m_Done, dst + m_Done * dstStride, dstStride);
+            m_Done = end;
         }
         return m_Done;
     }
@@ -361,17 +405,35 @@ class ColumnSweep {
   private:
     static constexpr size_t kSteps = 4;
 
+    HWY_INLINE void Sweep(size_t steps, uint8_t* dst, size_t dstStride) {
+        const size_t last = m_Height - 1;
+        // Copies, which stored bytes cannot change for the compiler.
+        const BoxWindow window = m_Window;
+        const uint32_t always = m_Always;
+        BoxSteps<kSteps> lines;
+        for (size_t k = 0; k < steps; ++k) {
+            const size_t y = m_Done + k;
+            lines.enteringLines[k] = m_RowAt(std::min(y + window.radius + 1, last));
+            lines.leavingLines[k] = m_RowAt(y - std::min(y, window.radius));
+            lines.outLines[k] = dst + k * dstStride;
+        }
+        const hn::ScalableTag<uint8_t> d;
+        ForEachVector([&](size_t at, Element* sums)
+                          KORVANE_INLINE { BoxSums<kDivision>::Run(d, window, always, lines, steps, at, sums); });
+    }
+
     void Start() {
         const hn::ScalableTag<uint8_t> d;
         const uint8_t* first = m_RowAt(0);
-        ForEachVector([&](size_t at, Element* sums) HWY_ATTR {
+        ForEachVector([&](size_t at, Element* sums) KORVANE_INLINE {
             BoxSums<kDivision>::Start(d, m_Window, sums);
             BoxSums<kDivision>::Add(d, first + at, m_Window.radius + 1, sums);
         });
         // A window that reaches below the image counts nothing there.
         for (size_t i = 1; i <= std::min(m_Window.radius, m_Height - 1); ++i) {
             const uint8_t* row = m_RowAt(i);
-            ForEachVector([&](size_t at, Element* sums) HWY_ATTR { BoxSums<kDivision>::Add(d, row + at, 1, sums); });
+            ForEachVector([&](size_t at, Element* sums)
+                              KORVANE_INLINE { BoxSums<kDivision>::Add(d, row + at, 1, sums); });
         }
     }
 
@@ -379,10 +441,11 @@ class ColumnSweep {
     template <typename Body>
     HWY_INLINE void ForEachVector(const Body& body) {
         const size_t step = LeastRowBytes();
-        const size_t done =
-            ForWholeSteps(0, m_RowBytes, step, [&](size_t at) KORVANE_INLINE { body(at, m_Sums + at); });
-        if (done < m_RowBytes) {
-            body(m_RowBytes - step, m_Sums + done);
+        const size_t rowBytes = m_RowBytes;
+        Element* const sums = m_Sums;
+        const size_t done = ForWholeSteps(0, rowBytes, step, [&](size_t at) KORVANE_INLINE { body(at, sums + at); });
+        if (done < rowBytes) {
+            body(rowBytes - step, sums + done);
         }
     }
 

@@ -47,7 +47,8 @@ std::span<const BlurMethod> blur_methods();
 const BlurMethod& find_blur_method(const std::string& name);
 
 inline constexpr int kBlurRadius = 25;
-inline constexpr IntegerSetting kBlurAlpha = {"--alpha", 0, 256, 0, "How much of that colour: 0 is none, 256 nothing else"};
+inline constexpr IntegerSetting kBlurAlpha = {"--alpha", 0, 256, 0,
+                                              "How much of that colour: 0 is none, 256 nothing else"};
 
 struct BlurSettings {
     std::string method = "stack";
@@ -84,7 +85,8 @@ void mark_corners(Photo& photo, const std::vector<KeyPoint>& corners);
 
 void stamp_photo(Photo& photo, const std::string& text);
 
-inline constexpr IntegerSetting kPaletteColors = {"-n,--colors", 1, ColorQuantizer::kMaxColors, 16, "How many colours the palette may have"};
+inline constexpr IntegerSetting kPaletteColors = {"-n,--colors", 1, ColorQuantizer::kMaxColors, 16,
+                                                  "How many colours the palette may have"};
 
 // The palette of the photo, which is laid over white first.
 std::vector<Rgb> find_palette(Photo& photo, int colors);

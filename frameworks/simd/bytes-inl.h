@@ -131,6 +131,29 @@ HWY_INLINE ByteVector ClampedBytes(SignedVector even, SignedVector odd) {
     return hn::BitCast(ByteTag(), LaneVector(vsriq_n_u16(high, vqshluq_n_s16(even.raw, 8), 8)));
 }
 
+template <class V>
+HWY_INLINE V HighHalf(V lanes, V multiplier) {
+    const int16x8_t half = vreinterpretq_s16_u16(vshrq_n_u16(multiplier.raw, 1));
+    return V(vreinterpretq_u16_s16(vqdmulhq_s16(vreinterpretq_s16_u16(lanes.raw), half)));
+}
+
+template <class D, class V>
+HWY_INLINE void SplitBytes(D /*d*/, V bytes, hn::Vec<D>& a, hn::Vec<D>& b) {
+    a = hn::Vec<D>(vmovl_u8(vget_low_u8(bytes.raw)));
+    b = hn::Vec<D>(vmovl_high_u8(bytes.raw));
+}
+
+template <class D, class V>
+HWY_INLINE void AddDifference(D /*d*/, V plus, V minus, hn::Vec<D>& a, hn::Vec<D>& b) {
+    a.raw = vsubw_u8(vaddw_u8(a.raw, vget_low_u8(plus.raw)), vget_low_u8(minus.raw));
+    b.raw = vsubw_high_u8(vaddw_high_u8(b.raw, plus.raw), minus.raw);
+}
+
+template <class V>
+HWY_INLINE hn::Vec<ByteTag> UnsplitBytes(V a, V b) {
+    return ByteVector(vuzp1q_u8(vreinterpretq_u8_u16(a.raw), vreinterpretq_u8_u16(b.raw)));
+}
+
 HWY_INLINE void StoreQuarterSums(LaneVector a, LaneVector b, uint8_t* toA, uint8_t* toB) {
     const uint8x8_t quarters = vadd_u8(vshrn_n_u16(vpaddq_u16(a.raw, b.raw), 2), vdup_n_u8(128));
     const uint32x2_t both = vreinterpret_u32_u8(quarters);
@@ -210,6 +233,12 @@ constexpr int kScalingShift = 0;
 // x * multiplier / 65536, truncated toward zero, for a multiplier that is positive and x from Centred.
 HWY_INLINE SignedVector ScaledTowardZero(SignedVector x, SignedVector multipliers) {
     return hn::Sub(hn::MulHigh(x, multipliers), hn::ShiftRight<15>(x));
+}
+
+// The high half of lane * multiplier, for lanes below 32768 and an even multiplier.
+template <class V>
+HWY_INLINE V HighHalf(V lanes, V multiplier) {
+    return hn::MulHigh(lanes, multiplier);
 }
 
 // The lanes clamped to bytes.
@@ -306,6 +335,26 @@ HWY_INLINE SignedVector CentredOdd(ByteVector bytes) {
     return PairProducts(pairs, hn::Set(SignedTag(), (256 << kShift) + (256 - kFactor)));
 }
 
+// Interleaved, the bytes of two vectors are multiplied by 1 and -1 and added in one instruction.
+
+HWY_INLINE void SplitBytes(LaneTag d, ByteVector bytes, LaneVector& a, LaneVector& b) {
+    const ByteVector zero = hn::Zero(ByteTag());
+    a = hn::BitCast(d, hn::InterleaveLower(ByteTag(), bytes, zero));
+    b = hn::BitCast(d, hn::InterleaveUpper(ByteTag(), bytes, zero));
+}
+
+HWY_INLINE void AddDifference(LaneTag d, ByteVector plus, ByteVector minus, LaneVector& a, LaneVector& b) {
+    const SignedVector signs = hn::Set(SignedTag(), static_cast<int16_t>(0xFF01));
+    const auto difference = [&](ByteVector pairs)
+                                KORVANE_INLINE { return hn::BitCast(d, PairProducts(hn::BitCast(d, pairs), signs)); };
+    a = hn::Add(a, difference(hn::InterleaveLower(ByteTag(), plus, minus)));
+    b = hn::Add(b, difference(hn::InterleaveUpper(ByteTag(), plus, minus)));
+}
+
+HWY_INLINE ByteVector UnsplitBytes(LaneVector a, LaneVector b) {
+    return ClampedBlocks(hn::BitCast(SignedTag(), a), hn::BitCast(SignedTag(), b));
+}
+
 #else
 
 template <int kOffset, int kShift>
@@ -317,6 +366,30 @@ template <int kOffset, int kShift>
 HWY_INLINE SignedVector CentredOdd(ByteVector bytes) {
     return Centred<kOffset, kShift>(OddBytes(bytes));
 }
+
+#if HWY_TARGET != HWY_NEON
+
+// A vector of bytes as two of 16-bit lanes, in an order that only UnsplitBytes knows.
+template <class D, class V>
+HWY_INLINE void SplitBytes(D d, V bytes, hn::Vec<D>& a, hn::Vec<D>& b) {
+    a = EvenBytes(d, bytes);
+    b = OddBytes(d, bytes);
+}
+
+// Adds the bytes of `plus` and takes off those of `minus`, in the order of SplitBytes.
+template <class D, class V>
+HWY_INLINE void AddDifference(D d, V plus, V minus, hn::Vec<D>& a, hn::Vec<D>& b) {
+    a = hn::Add(a, hn::Sub(EvenBytes(d, plus), EvenBytes(d, minus)));
+    b = hn::Add(b, hn::Sub(OddBytes(d, plus), OddBytes(d, minus)));
+}
+
+// The bytes of lanes up to 255 in the order of SplitBytes.
+template <class V>
+HWY_INLINE ByteVector UnsplitBytes(V a, V b) {
+    return hn::BitCast(ByteTag(), hn::Or(a, hn::ShiftLeft<8>(b)));
+}
+
+#endif
 
 #endif
 
