@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// PanoramaInterface: what the Java binding holds: one panorama module by value, with the operations it needs.
+// PanoramaInterface: what the Java binding holds. It has one panorama module as a member, and the operations that Java
+// needs.
 #ifndef KORVANE_APPLICATIONS_PANO_PANORAMA_INTERFACE_H_
 #define KORVANE_APPLICATIONS_PANO_PANORAMA_INTERFACE_H_
 
 #include "applications/pano/panorama_module.h"
 #include "frameworks/core/ref_base.h"
 
-// Each operation is the module's of the same name; addFrame is its pushFrame, getResult its popFrame.
+// Each operation calls the module's of the same name; addFrame calls pushFrame, getResult calls popFrame.
 class PanoramaInterface : public RefBase {
   public:
     virtual result_t startup(int width, int height, int format, PanoramaOnErrorCallback onErrorCb);

@@ -61,7 +61,7 @@ class PanoramaModule : public Thread {
 
     virtual PanoramaDirectionType getDirectionType();
 
-    // Gives nothing: the stitching lies with the application. NO_ERROR.
+    // Gives nothing, since stitching is the work of the application. NO_ERROR.
     virtual result_t popFrame(unsigned char* buffer);
 
     // Stops and joins the worker and drops the queue. The worker of a started sweep ends only after one more frame:

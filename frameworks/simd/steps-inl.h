@@ -60,7 +60,7 @@ template <typename T, size_t kWide, size_t kNarrow, class Body>
 HWY_INLINE void WithLongestVector(size_t count, const Body& body) {
     if (count >= hn::Lanes(hn::CappedTag<T, kWide>())) {
         body(hn::CappedTag<T, kWide>());
-    } else if (count >= hn::Lanes(hn::CappedTag<T, kNarrow>())) {
+    } else if (count >= hn::Lanes(hn::CappedTag<T, kNarrow>())) {  // NOLINT(bugprone-branch-clone): another tag
         body(hn::CappedTag<T, kNarrow>());
     } else {
         body(hn::CappedTag<T, 1>());
