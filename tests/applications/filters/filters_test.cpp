@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -198,6 +199,55 @@ TEST_F(Filters, RenderDrawsTexturesAndCameraTexturesToTheSurface) {
         glDeleteTextures(1, &plain);
         EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
     }
+}
+
+// The source of every shader object, which programs leave behind, in one file each.
+void save_shaders(const std::string& folder, std::vector<std::string>& files) {
+    for (GLuint shader = 1; shader < 64; ++shader) {
+        if (glIsShader(shader) == GL_TRUE) {
+            std::vector<char> source(10000);
+            GLint type = 0;
+            glGetShaderSource(shader, static_cast<GLsizei>(source.size()), nullptr, source.data());
+            glGetShaderiv(shader, GL_SHADER_TYPE, &type);
+            const std::string suffix = type == GL_VERTEX_SHADER ? ".vert" : ".frag";
+            files.push_back(folder + "/" + std::to_string(files.size()) + suffix);
+            std::ofstream(files.back()) << "#version 100\n" << source.data();
+            glDeleteShader(shader);
+        }
+    }
+}
+
+TEST_F(Filters, AnotherCompilerTakesAllShadersWithoutAWarning) {
+    const std::string folder = testing::TempDir() + "shaders";
+    std::filesystem::create_directories(folder);
+    std::vector<std::string> files;
+    {
+        GlSurface surface(16, 16);
+        GLuint plain = new_texture(8, 8, smooth_picture(8, 8).pixels.data());
+        const ExternalTexture camera(plain);
+        for (const FilterDescription* description : ImageFilterFactory::filters()) {
+            for (const GLenum target : {GLenum{0}, GLenum{GL_TEXTURE_2D}}) {
+                const OwnedFilter filter(ImageFilterFactory::createFilter(description->name));
+                ASSERT_NE(filter->setupGraphics(target), 0);
+                filter->setTexture(static_cast<GLint>(target == 0 ? camera.name() : plain), 8, 8, 16, 16);
+                filter->render();
+                save_shaders(folder, files);
+            }
+        }
+        glDeleteTextures(1, &plain);
+    }
+    EXPECT_EQ(files.size(), 2 * 2 * ImageFilterFactory::filters().size());
+    std::string command = "glslangValidator";
+    for (const std::string& file : files) {
+        command += " " + file;
+    }
+    const std::string said = folder + "/said";
+    EXPECT_EQ(std::system((command + " > " + said).c_str()), 0);
+    std::ifstream lines(said);
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_EQ(line.find_first_of(':'), std::string::npos) << line;
+    }
+    std::filesystem::remove_all(folder);
 }
 
 TEST_F(Filters, SeveralThreadsFilterAtOnce) {
