@@ -34,13 +34,14 @@ void Blend(unsigned char* dest, size_t pixels, const BlendTerms& terms) {
     const LaneVector oddAddend = InPixels(terms.addends[1], 0);
     const LaneVector evenWeight = InPixels(terms.inverseWeight, terms.inverseWeight);
     const LaneVector oddWeight = InPixels(terms.inverseWeight, 256);
-    const size_t done = ForWholeSteps(0, pixels, hn::Lanes(QuadTag()), [&](size_t i) KORVANE_INLINE {
-        const ByteVector bytes = hn::LoadU(d, dest + i * 4);
-        const LaneVector even = hn::Add(hn::Mul(EvenBytes(bytes), evenWeight), evenAddend);
-        const LaneVector odd = hn::Add(hn::Mul(OddBytes(bytes), oddWeight), oddAddend);
-        hn::StoreU(JoinedHighBytes(even, odd), d, dest + i * 4);
+    const size_t lanes = hn::Lanes(d);
+    const auto blended = [&](const uint8_t* from) KORVANE_INLINE {
+        return WeightedPlus(hn::LoadU(d, from), evenWeight, oddWeight, evenAddend, oddAddend);
+    };
+    const size_t doneBytes = ForWholeSteps(0, pixels * 4, 2 * lanes, [&](size_t i) KORVANE_INLINE {
+        StorePair(blended(dest + i), blended(dest + i + lanes), dest + i);
     });
-    blend_scalar(dest + done * 4, pixels - done, terms);
+    blend_scalar(dest + doneBytes, pixels - doneBytes / 4, terms);
 }
 
 #else

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "applications/super_capture/merge_kernels.h"
 
+#include <algorithm>
+
 #include "applications/super_capture/merge_kernels_scalar.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "applications/super_capture/merge_kernels.cpp"
 #include <hwy/foreach_target.h>
 // Behind foreach_target, which sets the target that they read.
+#include "frameworks/simd/bytes-inl.h"
 #include "frameworks/simd/kernel-inl.h"
 #include "frameworks/simd/steps-inl.h"
 
@@ -17,71 +20,127 @@ namespace {
 
 #if KORVANE_HAS_VECTORS
 
-using SumTag = hn::ScalableTag<int32_t>;
-
 constexpr size_t kCacheLineBytes = 64;
 
-// sums[i] = combine(sums[i], frame[i]); the twin does what lies before the first aligned vector and behind the last.
+// combine(frame, sums...) puts a vector of bytes into four vectors of sums; the twin does what lies before the first
+// aligned sum and behind the last whole step.
 template <class Combine>
 HWY_INLINE void Fold(const uint8_t* frame, int* sums, size_t count, const Combine& combine,
                      void (*twin)(const uint8_t*, int*, size_t)) {
-    const SumTag d;
-    const hn::Rebind<uint8_t, SumTag> dBytes;
+    const SignedQuadTag d;
+    const size_t lanes = hn::Lanes(d);
     const size_t before = CountUntilAligned(sums, kCacheLineBytes, count);
     twin(frame, sums, before);
-    const size_t done = ForWholeSteps(before, count, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
-        const auto bytes = hn::PromoteTo(d, hn::LoadU(dBytes, frame + i));
-        hn::StoreU(combine(hn::LoadU(d, sums + i), bytes), d, sums + i);
+    const size_t done = ForShortSteps(before, count, 4 * lanes, [&](size_t i) KORVANE_INLINE {
+        int* to = sums + i;
+        auto a = hn::LoadU(d, to);
+        auto b = hn::LoadU(d, to + lanes);
+        auto c = hn::LoadU(d, to + 2 * lanes);
+        auto e = hn::LoadU(d, to + 3 * lanes);
+        combine(frame + i, a, b, c, e);
+        hn::StoreU(a, d, to);
+        hn::StoreU(b, d, to + lanes);
+        hn::StoreU(c, d, to + 2 * lanes);
+        hn::StoreU(e, d, to + 3 * lanes);
     });
     twin(frame + done, sums + done, count - done);
 }
 
 void MergeMax(const uint8_t* frame, int* sums, size_t count) {
-    const auto larger = [](auto sum, auto bytes) KORVANE_INLINE { return hn::Max(sum, bytes); };
-    Fold(frame, sums, count, larger, merge_max_scalar);
+    const auto keepLarger = [](const uint8_t* from, SignedQuadVector& a, SignedQuadVector& b, SignedQuadVector& c,
+                               SignedQuadVector& e) KORVANE_INLINE {
+        SignedQuadVector ofA, ofB, ofC, ofE;
+        LoadQuarters(from, ofA, ofB, ofC, ofE);
+        a = hn::Max(a, ofA);
+        b = hn::Max(b, ofB);
+        c = hn::Max(c, ofC);
+        e = hn::Max(e, ofE);
+    };
+    Fold(frame, sums, count, keepLarger, merge_max_scalar);
 }
 
 void MergeFirst(const uint8_t* frame, int* sums, size_t count) {
-    const auto second = [](auto /*sum*/, auto bytes) KORVANE_INLINE { return bytes; };
-    Fold(frame, sums, count, second, merge_first_scalar);
+    Fold(frame, sums, count, LoadQuarters, merge_first_scalar);
 }
 
 void MergeAdd(const uint8_t* frame, int* sums, size_t count) {
-    const auto total = [](auto sum, auto bytes) KORVANE_INLINE { return hn::Add(sum, bytes); };
-    Fold(frame, sums, count, total, merge_add_scalar);
+    Fold(frame, sums, count, AddQuarters, merge_add_scalar);
+}
+
+// frame[i...] = result(sums + i), a vector of bytes, for the whole pairs of vectors behind `before`. Returns where the
+// rest begins.
+template <class Result>
+HWY_INLINE size_t StoreResults(const int* sums, uint8_t* frame, size_t before, size_t count, const Result& result) {
+    const size_t lanes = hn::Lanes(ByteTag());
+    return ForWholeSteps(before, count, 2 * lanes, [&](size_t i) KORVANE_INLINE {
+        StorePair(result(sums + i), result(sums + i + lanes), frame + i);
+    });
 }
 
 void MergedLowBytes(const int* sums, uint8_t* frame, size_t count) {
-    const SumTag d;
-    const hn::Rebind<uint8_t, SumTag> dBytes;
-    const auto mask = hn::Set(d, 0xFF);
     const size_t before = CountUntilAligned(sums, kCacheLineBytes, count);
     merged_low_bytes_scalar(sums, frame, before);
-    const size_t done = ForWholeSteps(before, count, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
-        hn::StoreU(hn::DemoteTo(dBytes, hn::And(hn::LoadU(d, sums + i), mask)), dBytes, frame + i);
-    });
+    const size_t done = StoreResults(sums, frame, before, count, LoadLowBytes);
     merged_low_bytes_scalar(sums + done, frame + done, count - done);
 }
 
+// sum / divisor is (sum + 1) * multiplier / 32768, shifted right, for all sums of `divisor` bytes. What is above those
+// or below 0 becomes 255 or more, or less than 0.
+struct MeanDivision {
+    int16_t multiplier;
+    int shift;
+};
+
+constexpr int kMostFramesByMultiplier = 100;
+
+constexpr MeanDivision mean_division(int divisor) {
+    int shift = 0;
+    while (2 << shift < divisor) {
+        ++shift;
+    }
+    return {static_cast<int16_t>(((32768 << shift) - 1) / divisor), shift};
+}
+
+// Tests the first and the last sum of each quotient, and the largest number of 16 bits.
+constexpr bool mean_divisions_are_exact() {
+    const auto mean = [](int sum, MeanDivision division) {
+        return (std::min(sum + 1, INT16_MAX) * division.multiplier >> 15) >> division.shift;
+    };
+    for (int divisor = 1; divisor <= kMostFramesByMultiplier; ++divisor) {
+        const MeanDivision division = mean_division(divisor);
+        for (int quotient = 0; quotient <= 255; ++quotient) {
+            const int first = quotient * divisor;
+            if (mean(first, division) != quotient || mean(first + divisor - 1, division) != quotient) {
+                return false;
+            }
+        }
+        if (mean(INT16_MAX, division) < 255) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(mean_divisions_are_exact());
+
 void MergedMean(const int* sums, uint8_t* frame, size_t count, int frames) {
-    // Up to here trunc((sum + 0.5) * (1 / frames)) in single precision is the truncated quotient for every sum.
-    constexpr int kMostFramesByReciprocal = 2048;
-    if (frames < 1 || frames > kMostFramesByReciprocal) {
+    if (frames < 1 || frames > kMostFramesByMultiplier) {
         merged_mean_scalar(sums, frame, count, frames);
         return;
     }
-    const SumTag d;
-    const hn::Rebind<float, SumTag> dFloat;
-    const hn::Rebind<uint8_t, SumTag> dBytes;
-    const auto half = hn::Set(dFloat, 0.5F);
-    const auto reciprocal = hn::Set(dFloat, 1.0F / static_cast<float>(frames));
+    const MeanDivision division = mean_division(frames);
+    const SignedVector one = hn::Set(SignedTag(), 1);
+    const auto means = [&](const int* from) KORVANE_INLINE {
+        const SignedQuadTag d;
+        const size_t lanes = hn::Lanes(d);
+        const auto half = [&](const int* at) KORVANE_INLINE {
+            const SignedVector sum = ClampedToLanes(hn::LoadU(d, at), hn::LoadU(d, at + lanes));
+            return hn::ShiftRightSame(ScaledLanes(hn::SaturatedAdd(sum, one), division.multiplier), division.shift);
+        };
+        return ClampedToBytes(half(from), half(from + 2 * lanes));
+    };
     const size_t before = CountUntilAligned(sums, kCacheLineBytes, count);
     merged_mean_scalar(sums, frame, before, frames);
-    const size_t done = ForWholeSteps(before, count, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
-        const auto sum = hn::ConvertTo(dFloat, hn::LoadU(d, sums + i));
-        const auto mean = hn::ConvertTo(d, hn::Mul(hn::Add(sum, half), reciprocal));
-        hn::StoreU(hn::DemoteTo(dBytes, mean), dBytes, frame + i);
-    });
+    const size_t done = StoreResults(sums, frame, before, count, means);
     merged_mean_scalar(sums + done, frame + done, count - done, frames);
 }
 

@@ -28,10 +28,12 @@ using ByteTag = hn::ScalableTag<uint8_t>;
 using LaneTag = hn::Repartition<uint16_t, ByteTag>;
 using SignedTag = hn::RebindToSigned<LaneTag>;
 using QuadTag = hn::Repartition<uint32_t, ByteTag>;
+using SignedQuadTag = hn::RebindToSigned<QuadTag>;
 using ByteVector = hn::Vec<ByteTag>;
 using LaneVector = hn::Vec<LaneTag>;
 using SignedVector = hn::Vec<SignedTag>;
 using QuadVector = hn::Vec<QuadTag>;
+using SignedQuadVector = hn::Vec<SignedQuadTag>;
 
 // `d` is a tag of 16-bit lanes for vectors as long as `bytes`.
 template <class D, class V>
@@ -188,6 +190,54 @@ HWY_INLINE ByteVector WeightedSum(ByteVector a, ByteVector b, ByteVector c) {
     return ByteVector(vuzp2q_u8(vreinterpretq_u8_u16(lower), vreinterpretq_u8_u16(upper)));
 }
 
+HWY_INLINE SignedVector ScaledLanes(SignedVector x, int16_t multiplier) {
+    return SignedVector(vqdmulhq_n_s16(x.raw, multiplier));
+}
+
+HWY_INLINE ByteVector WeightedPlus(ByteVector bytes, LaneVector evenWeights, LaneVector oddWeights,
+                                   LaneVector evenAddends, LaneVector oddAddends) {
+    // The low halves of the weights make 16-bit sums, the high ones only count in the result's 8 bits.
+    const ByteVector lowWeights = JoinedLowBytes(evenWeights, oddWeights);
+    const ByteVector highWeights = JoinedHighBytes(evenWeights, oddWeights);
+    const uint16x8_t lower = vmull_u8(vget_low_u8(bytes.raw), vget_low_u8(lowWeights.raw));
+    const uint16x8_t upper = vmull_high_u8(bytes.raw, lowWeights.raw);
+    const uint8x16_t sums = vaddhn_high_u16(vaddhn_u16(lower, vzip1q_u16(evenAddends.raw, oddAddends.raw)), upper,
+                                            vzip2q_u16(evenAddends.raw, oddAddends.raw));
+    return ByteVector(vmlaq_u8(sums, bytes.raw, highWeights.raw));
+}
+
+// By table lookups, of which four do what six widenings do.
+HWY_INLINE void LoadQuarters(const uint8_t* from, SignedQuadVector& a, SignedQuadVector& b, SignedQuadVector& c,
+                             SignedQuadVector& e) {
+    const uint8x16_t bytes = vld1q_u8(from);
+    // Every fourth byte is the next one of a quarter; the others are past the table's end and so become 0.
+    const uint32x4_t ofA = vorrq_u32(vmovl_u16(vcreate_u16(0x0003000200010000)), vdupq_n_u32(0xFFFFFF00));
+    const auto quarter = [&](uint32_t first) KORVANE_INLINE {
+        const uint32x4_t indices = vaddq_u32(ofA, vdupq_n_u32(first));
+        return SignedQuadVector(vreinterpretq_s32_u8(vqtbl1q_u8(bytes, vreinterpretq_u8_u32(indices))));
+    };
+    a = quarter(0);
+    b = quarter(4);
+    c = quarter(8);
+    e = quarter(12);
+}
+
+// These add as they widen.
+HWY_INLINE void AddQuarters(const uint8_t* from, SignedQuadVector& a, SignedQuadVector& b, SignedQuadVector& c,
+                            SignedQuadVector& e) {
+    const uint8x16_t bytes = vld1q_u8(from);
+    const int16x8_t lower = vreinterpretq_s16_u16(vmovl_u8(vget_low_u8(bytes)));
+    const int16x8_t upper = vreinterpretq_s16_u16(vmovl_high_u8(bytes));
+    a = SignedQuadVector(vaddw_s16(a.raw, vget_low_s16(lower)));
+    b = SignedQuadVector(vaddw_high_s16(b.raw, lower));
+    c = SignedQuadVector(vaddw_s16(c.raw, vget_low_s16(upper)));
+    e = SignedQuadVector(vaddw_high_s16(e.raw, upper));
+}
+
+HWY_INLINE ByteVector LoadLowBytes(const int32_t* from) {
+    return ByteVector(vld4q_u8(reinterpret_cast<const uint8_t*>(from)).val[0]);
+}
+
 #else
 
 // (a * kOfA + b * kOfB + c * kOfC) / 65536. The weights are taken by halves: their sum is at most 65536 and that of
@@ -276,6 +326,43 @@ HWY_INLINE void StoreQuarterSumPairs(LaneVector a, LaneVector b, uint8_t* to) {
     hn::StoreU(hn::BitCast(dBytes, pairs), dBytes, to);
 }
 
+// x * multiplier / 32768, rounded down; 0 or less where x is negative. The multiplier is positive.
+HWY_INLINE SignedVector ScaledLanes(SignedVector x, int16_t multiplier) {
+    const LaneTag d;
+    const LaneVector positive = hn::BitCast(d, hn::Max(x, hn::Zero(SignedTag())));
+    return hn::BitCast(SignedTag(), hn::MulHigh(positive, hn::Set(d, static_cast<uint16_t>(2 * multiplier))));
+}
+
+// (byte * weight + addend) / 256 for even and for odd bytes, modulo 2^16 before and 2^8 after the division.
+HWY_INLINE ByteVector WeightedPlus(ByteVector bytes, LaneVector evenWeights, LaneVector oddWeights,
+                                   LaneVector evenAddends, LaneVector oddAddends) {
+    return JoinedHighBytes(hn::Add(hn::Mul(EvenBytes(bytes), evenWeights), evenAddends),
+                           hn::Add(hn::Mul(OddBytes(bytes), oddWeights), oddAddends));
+}
+
+// A vector of bytes as four vectors of 32-bit lanes.
+HWY_INLINE void LoadQuarters(const uint8_t* from, SignedQuadVector& a, SignedQuadVector& b, SignedQuadVector& c,
+                             SignedQuadVector& e) {
+    const SignedQuadTag d;
+    const hn::Rebind<uint8_t, SignedQuadTag> dBytes;
+    const size_t lanes = hn::Lanes(d);
+    a = hn::PromoteTo(d, hn::LoadU(dBytes, from));
+    b = hn::PromoteTo(d, hn::LoadU(dBytes, from + lanes));
+    c = hn::PromoteTo(d, hn::LoadU(dBytes, from + 2 * lanes));
+    e = hn::PromoteTo(d, hn::LoadU(dBytes, from + 3 * lanes));
+}
+
+// The same, added to what they hold.
+HWY_INLINE void AddQuarters(const uint8_t* from, SignedQuadVector& a, SignedQuadVector& b, SignedQuadVector& c,
+                            SignedQuadVector& e) {
+    SignedQuadVector ofA, ofB, ofC, ofE;
+    LoadQuarters(from, ofA, ofB, ofC, ofE);
+    a = hn::Add(a, ofA);
+    b = hn::Add(b, ofB);
+    c = hn::Add(c, ofC);
+    e = hn::Add(e, ofE);
+}
+
 #endif
 
 // Bytes to add to pairs: one value to even bytes and another to odd ones.
@@ -310,6 +397,26 @@ HWY_INLINE SignedVector Centred(LaneVector bytes) {
 // The lanes clamped to bytes; in each block of 16 bytes `front` comes before `behind`.
 HWY_INLINE ByteVector ClampedBlocks(SignedVector front, SignedVector behind) {
     return ByteVector{KORVANE_X86(packus_epi16)(front.raw, behind.raw)};
+}
+
+// Two vectors of 32-bit lanes clamped to signed 16 bits, block by block.
+HWY_INLINE SignedVector ClampedToLanes(SignedQuadVector a, SignedQuadVector b) {
+    return SignedVector{KORVANE_X86(packs_epi32)(a.raw, b.raw)};
+}
+
+// Two of those clamped to bytes, in the order of the 32-bit lanes.
+HWY_INLINE ByteVector ClampedToBytes(SignedVector ab, SignedVector ce) {
+    constexpr uint32_t kBlocks = HWY_MAX_BYTES / 16;
+    const QuadTag d;
+    const ByteVector blocks = ClampedBlocks(ab, ce);
+    if constexpr (kBlocks == 1) {
+        return blocks;
+    }
+    HWY_ALIGN uint32_t order[4 * kBlocks];
+    for (uint32_t i = 0; i < 4 * kBlocks; ++i) {
+        order[i] = i % kBlocks * 4 + i / kBlocks;
+    }
+    return hn::BitCast(ByteTag(), hn::TableLookupLanes(hn::BitCast(d, blocks), hn::SetTableIndices(d, order)));
 }
 
 // The sums of the two products in each lane, of a byte and a signed byte.
@@ -357,6 +464,16 @@ HWY_INLINE ByteVector UnsplitBytes(LaneVector a, LaneVector b) {
 
 #else
 
+HWY_INLINE SignedVector ClampedToLanes(SignedQuadVector a, SignedQuadVector b) {
+    const hn::Half<SignedTag> d;
+    return hn::Combine(SignedTag(), hn::DemoteTo(d, b), hn::DemoteTo(d, a));
+}
+
+HWY_INLINE ByteVector ClampedToBytes(SignedVector ab, SignedVector ce) {
+    const hn::Half<ByteTag> d;
+    return hn::Combine(ByteTag(), hn::DemoteTo(d, ce), hn::DemoteTo(d, ab));
+}
+
 template <int kOffset, int kShift>
 HWY_INLINE SignedVector CentredEven(ByteVector bytes) {
     return Centred<kOffset, kShift>(EvenBytes(bytes));
@@ -390,6 +507,19 @@ HWY_INLINE ByteVector UnsplitBytes(V a, V b) {
 }
 
 #endif
+
+#endif
+
+#if HWY_TARGET != HWY_NEON
+
+// The low bytes of as many numbers as a vector has bytes.
+HWY_INLINE ByteVector LoadLowBytes(const int32_t* from) {
+    const SignedQuadTag d;
+    const size_t lanes = hn::Lanes(d);
+    const auto quarter = [&](size_t i)
+                             KORVANE_INLINE { return hn::And(hn::LoadU(d, from + i * lanes), hn::Set(d, 0xFF)); };
+    return ClampedToBytes(ClampedToLanes(quarter(0), quarter(1)), ClampedToLanes(quarter(2), quarter(3)));
+}
 
 #endif
 

@@ -31,8 +31,23 @@ HWY_INLINE size_t ForWholeSteps(size_t begin, size_t end, size_t step, const Bod
     return rest;
 }
 
-// The same without a rest: the last step ends at `end`, and so may begin within the step before. For bodies that give
-// the same when they run twice on an element. The range is empty or holds a whole step.
+// The same for bodies of few instructions: where vectors are short, four steps share those of the loop itself.
+template <class Body>
+HWY_INLINE size_t ForShortSteps(size_t begin, size_t end, size_t step, const Body& body) {
+    constexpr size_t kShortBytes = 16;
+    if constexpr (HWY_MAX_BYTES > kShortBytes) {
+        return ForWholeSteps(begin, end, step, body);
+    }
+    return ForWholeSteps(begin, end, 4 * step, [&](size_t i) KORVANE_INLINE {
+        body(i);
+        body(i + step);
+        body(i + 2 * step);
+        body(i + 3 * step);
+    });
+}
+
+// As ForWholeSteps without a rest: the last step ends at `end`, and so may begin within the step before. For bodies
+// that give the same when they run twice on an element. The range is empty or holds a whole step.
 template <class Body>
 HWY_INLINE void ForOverlappingSteps(size_t begin, size_t end, size_t step, const Body& body) {
     for (size_t i = begin; i < end; i += step) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <vector>
 
 #include "tests/support/guarded_bytes.h"
@@ -47,18 +48,20 @@ TEST(MergeKernels, FoldFrames) {
 
 TEST(MergeKernels, MeansAreTruncatedForEveryFrameCount) {
     for_each_simd_target([](const std::string&) {
-        // Just below, at and above every step of the quotient. Around the switch to plain division at 2048 frames too.
-        for (int frames : {0, 1, 2, 3, 5, 7, 24, 199, 200, 1023, 1024, 1999, 2047, 2048, 2049, 4097, 8'000'000}) {
-            std::vector<int> sums;
+        // Just below, at and above every step of the quotient, and sums that no such burst has. Around the switch to
+        // plain division at 100 frames too.
+        for (int frames : {0, 1, 2, 3, 5, 7, 24, 64, 65, 99, 100, 101, 128, 4097, 8'000'000}) {
+            std::vector<int> sums = {INT_MIN, -65536, -32769, -1, 32767, 32768, 65536, INT_MAX};
             for (int value = 0; value <= 255; ++value) {
                 for (int nudge = -1; nudge <= 1; ++nudge) {
-                    sums.push_back(std::clamp(value * frames + nudge, 0, 255 * frames));
+                    sums.push_back(value * frames + nudge);
                 }
             }
             std::vector<uint8_t> bytes(sums.size());
             korvane::merged_mean(sums.data(), bytes.data(), sums.size(), frames);
             for (size_t i = 0; i < sums.size(); ++i) {
-                ASSERT_EQ(bytes[i], frames == 0 ? 0 : sums[i] / frames) << sums[i] << " / " << frames;
+                ASSERT_EQ(bytes[i], frames == 0 ? 0 : std::clamp(sums[i] / frames, 0, 255))
+                    << sums[i] << " / " << frames;
             }
         }
     });
