@@ -68,6 +68,11 @@ for count in 1 5 16 256; do
         <(convert reduced.png -unique-colors txt:- | grep -oE '#[0-9A-F]{6}' | sort -u) printed.txt)
     holds test "$(convert reduced.png -unique-colors -format %w info:)" -ge $((count * 9 / 10))
 done
+# Each pixel stays where it is, also where several share a byte.
+for count in 5 16 64; do
+    accepts palette scene.jpg -n $count -o reduced.png
+    holds test "$(compare -metric MAE scene.jpg reduced.png null: 2>&1 | cut -d. -f1)" -lt 5000
+done
 refuses '--colors: a PNG file' palette scene.jpg -n 257 -o new.png
 
 # Animations. The quantizer's palette is that of `palette`, for each frame or for all.

@@ -187,7 +187,6 @@ class PngWriter {
         png_set_PLTE(m_Png, m_Info, palette.data(), static_cast<int>(palette.size()));
         // Colours of a palette are no neighbours of each other: filters only make the file larger.
         png_set_filter(m_Png, 0, PNG_FILTER_NONE);
-        png_set_packing(m_Png);
         return true;
     }
 
@@ -196,6 +195,8 @@ class PngWriter {
             return false;
         }
         png_write_info(m_Png, m_Info);
+        // Writing the header forgets an earlier call. Rows of several pixels a byte come with one each.
+        png_set_packing(m_Png);
         return true;
     }
 
