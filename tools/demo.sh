@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Blurs and dims a picture from C++ (korvane blur) and from Java (BlurRender on a Java virtual machine), and checks that
-# both come to the same. Called by ./dev demo.
+# both come to the same; then makes a page with every effect. Called by ./dev demo.
 # usage: tools/demo.sh BUILD_DIR OUT_DIR [PHOTO.jpg]
 set -euo pipefail
 
@@ -37,9 +37,16 @@ if ! difference=$(java -Djava.awt.headless=true -cp "$build/java/korvane_demo.ja
     exit 1
 fi
 
+gallery=()
+[ "$photo" = "$out/scene.jpg" ] || gallery=(--photo "$photo")
+bench=$(dirname "$out")/bench.json
+[ ! -f "$bench" ] || gallery+=(--bench "$bench")
+tools/bench/gallery.py "$build" "$out" "${gallery[@]}"
+
 folder=$(cd "$out" && pwd)
 cat <<TEXT
 The picture                 $(realpath "$photo")
 Blurred and dimmed by C++   $folder/blurred_by_cpp.jpg
 The same through Java       $folder/blurred_by_java.jpg   (differs by $difference of 255 in the mean)
+All effects, in a browser   file://$folder/index.html
 TEXT

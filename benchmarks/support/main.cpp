@@ -21,6 +21,7 @@ using korvane::bench::Reporter;
 struct Options {
     bool check = false;
     std::string target;
+    std::string save;
 };
 
 bool starts_with(const char* text, const char* start) {
@@ -35,6 +36,8 @@ Options take_options(int& count, char** arguments) {
             options.check = true;
         } else if (starts_with(argument, "--target=")) {
             options.target = argument + std::strlen("--target=");
+        } else if (starts_with(argument, "--save=")) {
+            options.save = argument + std::strlen("--save=");
         } else if (starts_with(argument, "--seconds=")) {
             Reporter::limits().seconds = std::atof(argument + std::strlen("--seconds="));
         } else {
@@ -67,5 +70,9 @@ int main(int count, char** arguments) {
     Reporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
+    if (!options.save.empty() && !reporter.save(options.save)) {
+        std::fprintf(stderr, "korvane_bench: cannot write %s\n", options.save.c_str());
+        return 2;
+    }
     return reporter.failed() != 0 || (options.check && reporter.missed() != 0) ? 1 : 0;
 }

@@ -2,6 +2,8 @@
 #include "benchmarks/support/reporter.h"
 
 #include <cstdio>
+#include <ctime>
+#include <fstream>
 
 #include "benchmarks/support/machine.h"
 
@@ -41,9 +43,14 @@ void Reporter::ReportRuns(const std::vector<Run>&) {
         return;
     }
     std::printf("\n%-48s %9.3f ms   (%zu rounds)\n", gName.c_str(), gResult.kernelSeconds * 1e3, gResult.rounds);
+    nlohmann::ordered_json rows = nlohmann::ordered_json::array();
     for (const Row& row : gResult.rows) {
         print_row(row);
+        rows.push_back(
+            {{"name", row.name}, {"milliseconds", row.seconds * 1e3}, {"faster", row.faster}, {"spread", row.spread}});
     }
+    m_Comparisons.push_back(
+        {{"name", gName}, {"milliseconds", gResult.kernelSeconds * 1e3}, {"rounds", gResult.rounds}, {"rows", rows}});
     std::fflush(stdout);
 }
 
@@ -57,6 +64,18 @@ void Reporter::print_row(const Row& row) {
         ++(met ? m_Met : m_Missed);
     }
     std::printf("\n");
+}
+
+bool Reporter::save(const std::string& path) const {
+    char date[32];
+    const std::time_t now = std::time(nullptr);
+    std::strftime(date, sizeof(date), "%Y-%m-%d %H:%M UTC", std::gmtime(&now));
+    const nlohmann::ordered_json figures = {
+        {"machine", machine_line()}, {"date", date}, {"comparisons", m_Comparisons}};
+    std::ofstream file(path);
+    file << figures.dump(1) << '\n';
+    file.close();
+    return file.good();
 }
 
 void Reporter::Finalize() {

@@ -6,6 +6,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -24,12 +25,16 @@ class Reporter : public benchmark::BenchmarkReporter {
 
     static Limits& limits();
 
+    // Every figure, with machine and date, as JSON. False when the file cannot be written.
+    bool save(const std::string& path) const;
+
     size_t missed() const { return m_Missed; }
     size_t failed() const { return m_Failed; }
 
   private:
     void print_row(const Row& row);
 
+    nlohmann::ordered_json m_Comparisons = nlohmann::ordered_json::array();
     size_t m_Met = 0;
     size_t m_Missed = 0;
     size_t m_Failed = 0;

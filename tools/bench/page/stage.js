@@ -48,7 +48,8 @@ function takesKey(target, key) {
     return key === " " && target.closest("button, a, summary, input, [role=tab]") !== null;
 }
 
-export function createStage(host, {wheel = true} = {}) {
+// `enlarge`: by how much a small photo may grow to fit the stage.
+export function createStage(host, {wheel = true, enlarge = 1} = {}) {
     const sheet = make(host, "div", "stage-sheet");
     const leftTag = make(host, "span", "stage-tag left", {"aria-hidden": "true"});
     const rightTag = make(host, "span", "stage-tag right", {"aria-hidden": "true"});
@@ -70,8 +71,8 @@ export function createStage(host, {wheel = true} = {}) {
     function fittingZoom() {
         const margin = Math.min(host.clientWidth, host.clientHeight) > 400 ? 24 : 0;
         const fit = Math.min((host.clientWidth - margin) / pictures.width, (host.clientHeight - margin) / pictures.height);
-        // Small photos keep their size, but a speck must be seen.
-        return Math.min(fit, Math.max(1, 64 / Math.max(pictures.width, pictures.height)));
+        // A speck must be seen in any case.
+        return Math.min(fit, Math.max(enlarge, 64 / Math.max(pictures.width, pictures.height)));
     }
 
     const currentZoom = () => zoom ?? fittingZoom();
