@@ -24,7 +24,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+}  // namespace CLI
 
 namespace korvane {
 
@@ -54,6 +55,28 @@ struct Command {
 
 // Every command of the program, in the order of its help page.
 std::span<const Command> commands();
+
+// The type of an option whose value is the name of a file, for help and completions.
+inline constexpr const char* kFileValue = "FILE";
+
+// What a shell offers for the option's value. Nothing is refused by this.
+void suggest(CLI::Option* option, const std::vector<std::string>& values);
+std::vector<std::string> suggestions(CLI::Option& option);
+
+// Declares all commands on the parser; once it has parsed, `work` is what the chosen one does.
+void declare_commands(CLI::App& app, std::span<const Command> commands, std::function<void()>& work, bool& isVerbose);
+
+// The value of an option as help shows it, "INT in [1 - 100]".
+std::string describe_value(const CLI::Option& option);
+
+struct ExitCode {
+    const char* code;
+    const char* meaning;
+};
+std::span<const ExitCode> exit_codes();
+
+// Breaks lines of more than 100 columns; what follows begins at column `indent`.
+std::string wrap(const std::string& text, size_t indent);
 
 // Runs the program on `arguments` (without the program's own name): 0 when all went well or help was asked for, 2 after
 // one line on standard error for any bad input or usage, 1 when some of several photos failed.

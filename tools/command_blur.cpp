@@ -51,9 +51,15 @@ void blur(const BlurOptions& options) {
 std::function<void()> setup_blur_command(CLI::App& app) {
     auto options = std::make_shared<BlurOptions>();
     add_photo_options(app, options->photo);
-    app.add_option("--method", options->settings.method,
-                   list_methods([](const BlurMethod& method) { return " (" + std::string(method.summary) + ")"; }))
-        ->capture_default_str();
+    std::vector<std::string> names;
+    for (const BlurMethod& method : blur_methods()) {
+        names.emplace_back(method.name);
+    }
+    suggest(app.add_option("--method", options->settings.method, list_methods([](const BlurMethod& method) {
+                               return " (" + std::string(method.summary) + ")";
+                           }))
+                ->capture_default_str(),
+            names);
     CLI::Option* radius =
         app.add_option("--radius", options->radius,
                        "In pixels, and what it is: " + list_methods([](const BlurMethod& method) {

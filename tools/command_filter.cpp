@@ -2,10 +2,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "applications/filters/gpu_image_filter_factory.h"
 #include "tools/batch.h"
 #include "tools/command.h"
 #include "tools/effects.h"
@@ -61,11 +63,25 @@ void filter(const FilterOptions& options) {
 
 std::function<void()> setup_filter_command(CLI::App& app) {
     auto options = std::make_shared<FilterOptions>();
-    app.add_option("name", options->name, "The filter; 'korvane filters' lists them")->required();
+    CLI::Option* name = app.add_option("name", options->name, "The filter; 'korvane filters' lists them")->required();
+    std::vector<std::string> names;
+    std::set<std::string> keys;
+    for (const FilterDescription* filter : ImageFilterFactory::filters()) {
+        names.push_back(short_filter_name(*filter));
+        for (const FilterParameter& parameter : filter->parameters) {
+            if (parameter.type != PARAMETER_TYPE_BITMAP) {
+                keys.insert(std::string(parameter.name) + "=");
+            }
+        }
+    }
+    suggest(name, names);
     add_photo_options(app, options->photo);
-    app.add_option("--set", options->settings, "A parameter, as key=value; may be given several times")
-        ->allow_extra_args(false);
-    app.add_option("--table", options->table, "A lookup table for ImageFilterTable: a picture of 4096 x 64 pixels");
+    CLI::Option* set =
+        app.add_option("--set", options->settings, "A parameter, as key=value; may be given several times")
+            ->allow_extra_args(false);
+    suggest(set, {keys.begin(), keys.end()});
+    app.add_option("--table", options->table, "A lookup table for ImageFilterTable: a picture of 4096 x 64 pixels")
+        ->type_name(kFileValue);
     return [options] { for_each_photo(options->photo, [&] { filter(*options); }); };
 }
 

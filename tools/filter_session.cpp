@@ -3,6 +3,8 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -67,6 +69,13 @@ void check_range(const FilterParameter& parameter, const std::vector<float>& val
 }
 
 }  // namespace
+
+std::string short_filter_name(const FilterDescription& description) {
+    std::string name = description.name + std::strlen("ImageFilter");
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return name;
+}
 
 const FilterDescription& describe_filter(const std::string& name) {
     for (const FilterDescription* filter : ImageFilterFactory::filters()) {

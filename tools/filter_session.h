@@ -19,6 +19,9 @@ auto_ptr<ImageFilterBaseGL> open_filter(const std::string& name);
 // unknown key and for a value that cannot be read or is not within the range of the parameter.
 void set_filter_parameter(ImageFilterBaseGL& filter, const FilterDescription& description, const std::string& setting);
 
+// The name as one types it: "distorted" for ImageFilterDistorted.
+std::string short_filter_name(const FilterDescription& description);
+
 const FilterDescription& describe_filter(const std::string& name);
 
 }  // namespace korvane

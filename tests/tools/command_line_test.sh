@@ -8,7 +8,7 @@ for version in --version -V; do
     holds grep -qxE 'korvane [0-9]+\.[0-9]+\.[0-9]+' out.log
 done
 accepts help
-for word in 'Exit codes: 0' 'blur' 'help COMMAND'; do
+for word in '^Exit codes:' '^  0  *all went well' 'blur' 'help COMMAND'; do
     holds grep -q "$word" out.log
 done
 cp out.log main.log

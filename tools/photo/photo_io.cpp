@@ -80,16 +80,23 @@ void add_write_options(CLI::App& app, WriteOptions& options) {
     app.add_option("-q,--quality", options.quality,
                    "Of a JPEG or WebP file, 1 to 100; by default a JPEG photo keeps its own, else 92")
         ->check(CLI::Range(1, 100));
-    app.add_option("--subsampling", options.subsampling,
-                   "Of a JPEG file: 4:4:4, 4:2:2, 4:2:0, 4:4:0 or 4:1:1; by default a JPEG photo keeps its own")
-        ->check([](const std::string& name) {
-            return find_subsampling(name) != nullptr ? std::string() : "'" + name + "' is no subsampling, as 4:2:0 is";
-        });
-    app.add_option("--format", options.format,
-                   "jpg, png or webp, where the output's name does not tell: in a pipe or a folder")
-        ->check([](const std::string& name) {
-            return find_format(name) != nullptr ? std::string() : "'" + name + "' is none of jpg, png, webp";
-        });
+    CLI::Option* subsampling =
+        app.add_option("--subsampling", options.subsampling,
+                       "Of a JPEG file: 4:4:4, 4:2:2, 4:2:0, 4:4:0 or 4:1:1; by default a JPEG photo keeps its own");
+    subsampling->check([](const std::string& name) {
+        return find_subsampling(name) != nullptr ? std::string() : "'" + name + "' is no subsampling, as 4:2:0 is";
+    });
+    std::vector<std::string> subsamplings;
+    for (const SubsamplingName& row : kSubsamplings) {
+        subsamplings.emplace_back(row.name);
+    }
+    suggest(subsampling, subsamplings);
+    CLI::Option* format = app.add_option(
+        "--format", options.format, "jpg, png or webp, where the output's name does not tell: in a pipe or a folder");
+    format->check([](const std::string& name) {
+        return find_format(name) != nullptr ? std::string() : "'" + name + "' is none of jpg, png, webp";
+    });
+    suggest(format, {"jpg", "png", "webp"});
     app.add_flag("--strip", options.strips, "Leave out EXIF, colour profile and XMP");
     add_no_clobber(app, options.noClobber);
 }
