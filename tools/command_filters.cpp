@@ -30,13 +30,20 @@ std::string default_of(const FilterDescription& filter, const FilterParameter& p
     return text;
 }
 
+// The columns before the summary; its further lines begin below it.
+constexpr const char* kColumns = "    %-15s %-12s %-17s %-8s ";
+constexpr size_t kSummaryColumn = 60;
+
 void print_parameter(const FilterDescription& filter, const FilterParameter& parameter) {
-    std::printf("    %-15s %-12s %-17s %-8s %s\n", parameter.name, type_name(parameter.type), parameter.range,
-                default_of(filter, parameter).c_str(), parameter.summary);
+    char columns[2 * kSummaryColumn];
+    std::snprintf(columns, sizeof(columns), kColumns, parameter.name, type_name(parameter.type), parameter.range,
+                  default_of(filter, parameter).c_str());
+    std::fputs(wrap(std::string(columns) + parameter.summary, kSummaryColumn).c_str(), stdout);
 }
 
 void print_filters() {
-    std::printf("    %-15s %-12s %-17s %-8s\n", "parameter", "type", "range", "default");
+    std::printf(kColumns, "parameter", "type", "range", "default");
+    std::printf("\n");
     for (const FilterDescription* filter : ImageFilterFactory::filters()) {
         std::printf("%s: %s\n", filter->name, filter->summary);
         for (const FilterParameter& parameter : filter->parameters) {

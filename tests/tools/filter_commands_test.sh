@@ -9,6 +9,7 @@ accepts filters
 for name in None Table Distorted Extrusion Mirror Temperature Timetunnel Xray; do
     holds grep -q "^ImageFilter$name: " out.log
 done
+holds test -z "$(grep -E '.{101}' out.log)"
 for row in 'mStrength +float +-0\.5 \.\.\. 10 +0\.2' 'mRadius +float +0 \.\.\. 1 +0\.4472'; do
     holds grep -qE "^ +$row " out.log
 done
