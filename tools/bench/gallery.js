@@ -1,6 +1,6 @@
-
+// SPDX-License-Identifier: Apache-2.0
 // The gallery: one effect at a time on the stage, its prepared pictures as strips over each parameter's range, and the
-// code that makes what is shown. What is chosen stands in the address: #distorted/mStrength=10.
+// code that makes what is shown. What is chosen stands in the address: #/distorted/mStrength=10.
 
 const data = JSON.parse(document.getElementById("data").textContent);
 const effects = new Map(data.effects.map((effect) => [effect.id, effect]));
@@ -35,7 +35,7 @@ const svgTags = {svg: 1, rect: 1, path: 1, text: 1, circle: 1, mask: 1, g: 1};
 function railItem(id, name, thumbnail) {
     const picture = thumbnail === null ? element("div", {class: "blank bars"}) :
         element("img", {src: thumbnail, alt: "", loading: "lazy", width: 160, height: 120});
-    return element("li", {}, element("a", {class: "rail-item", href: `#${id}`, "data-id": id}, picture, element("span", {}, name)));
+    return element("li", {}, element("a", {class: "rail-item", href: `#/${id}`, "data-id": id}, picture, element("span", {}, name)));
 }
 
 function fillRail() {
@@ -269,7 +269,7 @@ function fillSpeed() {
 // What is shown
 
 function go(effect, setting) {
-    location.hash = setting === null ? effect.id : `${effect.id}/${setting.join("=")}`;
+    location.hash = setting === null ? `/${effect.id}` : `/${effect.id}/${setting.join("=")}`;
 }
 
 function pictureOf(effect, setting) {
@@ -279,7 +279,7 @@ function pictureOf(effect, setting) {
 }
 
 function show() {
-    const [id, setting] = decodeURIComponent(location.hash.slice(1)).split("/");
+    const [id, setting] = decodeURIComponent(location.hash.replace(/^#\/?/, "")).split("/");
     const isSpeed = id === speedId && data.speed !== null;
     const effect = effects.get(id) ?? data.effects[0];
     const focused = document.activeElement?.dataset?.parameter;
