@@ -19,8 +19,11 @@ class EffectsError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Makes an IllegalStateException pending.
+// Makes an IllegalStateException pending. One that Java raised itself stays in its place: it says more.
 inline void throw_illegal_state(JNIEnv* env, const char* reason) {
+    if (env->ExceptionCheck() == JNI_TRUE) {
+        return;
+    }
     const jclass type = env->FindClass("java/lang/IllegalStateException");
     if (type != nullptr) {
         env->ThrowNew(type, reason);

@@ -47,9 +47,10 @@ void set_values(JNIEnv* env, jlong filter, jstring parameter, jfloatArray values
 
 void set_bitmap(JNIEnv* env, jlong filter, jstring parameter, jobject bitmap, jint width, jint height) {
     answer(env, [=] {
-        const UtfChars name(env, parameter);
+        const UtfChars chars(env, parameter);
+        const char* name = text_of(chars);
         const EffectsBitmap pixels(env, bitmap, width, height);
-        to_filter(filter)->set_bitmap(text_of(name), pixels.pixels(), width, height);
+        to_filter(filter)->set_bitmap(name, pixels.pixels(), width, height);
     });
 }
 

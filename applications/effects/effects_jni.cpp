@@ -81,8 +81,9 @@ JNIEXPORT void EFFECTS(blur)(JNIEnv* env, jclass /*type*/, jobject bitmap, jint 
 JNIEXPORT jintArray EFFECTS(palette)(JNIEnv* env, jclass /*type*/, jobject bitmap, jint width, jint height,
                                      jint count) {
     return answer(env, [=] {
-        const EffectsBitmap pixels(env, bitmap, width, height);
-        const std::vector<jint> colors = palette_of(pixels.pixels(), width, height, count);
+        // Unlocked before Java is called again, since no bitmap may be touched while an exception is pending.
+        const std::vector<jint> colors =
+            palette_of(EffectsBitmap(env, bitmap, width, height).pixels(), width, height, count);
         const auto length = static_cast<jsize>(colors.size());
         const jintArray array = env->NewIntArray(length);
         if (array != nullptr) {

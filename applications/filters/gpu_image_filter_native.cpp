@@ -191,6 +191,9 @@ KORVANE_API void FILTERS_RENDER(nativeSetParametersBitmap)(JNIEnv* env, jobject 
         ImageFilterBaseGL* filter = to_filter(handle);
         KORVANE_LOGD(FILTERS_RENDER_NAME("nativeSetParametersBitmap 1   pImageFilterBaseGL:%p\n"),
                      static_cast<void*>(filter));
+        if (key.has_failed()) {
+            return;
+        }
         const AndroidBitmapInfo info = korvane::bitmap_info(env, bitmap);
         if (info.width == 0 || info.height == 0) {
             key.keep();

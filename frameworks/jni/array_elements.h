@@ -35,9 +35,10 @@ class ArrayElements {
   public:
     using Element = typename ArrayCalls<Array>::Element;
 
-    // A null array has no elements, and so has one whose elements the virtual machine cannot give.
+    // A null array has no elements, and so has one whose elements the virtual machine cannot give. While an exception
+    // is pending nothing is asked for.
     ArrayElements(JNIEnv* env, Array array) : m_Env(env), m_Array(array) {
-        if (array != nullptr) {
+        if (array != nullptr && env->ExceptionCheck() == JNI_FALSE) {
             m_Elements = (env->*ArrayCalls<Array>::kGet)(array, nullptr);
         }
         if (m_Elements != nullptr) {

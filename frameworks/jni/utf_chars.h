@@ -24,6 +24,9 @@ class UtfChars {
     // Null for a null string, and when the virtual machine cannot give the characters.
     const char* get() const { return m_Chars; }
 
+    // The string is there, but not its characters: Java has an exception pending, and most calls are not allowed.
+    bool has_failed() const { return m_Text != nullptr && m_Chars == nullptr; }
+
     // Never gives the characters back: they stay with the virtual machine for the life of the process.
     const char* keep() {
         const char* chars = m_Chars;

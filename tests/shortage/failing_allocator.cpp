@@ -125,6 +125,10 @@ Shortage::Armed::~Armed() {
     gIsArmed = false;
 }
 
+bool Shortage::is_armed() {
+    return gIsArmed;
+}
+
 bool Shortage::has_failed() {
     return gHasFailed;
 }

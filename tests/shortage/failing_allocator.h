@@ -13,7 +13,8 @@
 
 class Shortage {
   public:
-    // The `failing`-th allocation, counted from 1, fails: on any thread, while during() runs. One object at a time.
+    // The `failing`-th allocation, counted from 1, fails: on any thread, while during() runs. 0: none does. One object
+    // at a time.
     explicit Shortage(size_t failing);
     Shortage(const Shortage&) = delete;
     Shortage& operator=(const Shortage&) = delete;
@@ -24,6 +25,9 @@ class Shortage {
         const Armed armed;
         return call();
     }
+
+    // Whether a during() runs.
+    static bool is_armed();
 
     // Whether the allocation came and failed.
     static bool has_failed();

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The native methods while memory is short. They are called as functions of this program, with real Java objects.
+// The native methods while memory is short, and while calls into Java raise exceptions. They are called as functions of
+// this program, with real Java objects.
 #include <com_tervo_media_effects_pano_PanoramaModule.h>
 #include <com_tervo_media_effects_renderer_render_FiltersRender.h>
 #include <com_tervo_media_render_BlurRender.h>
@@ -11,6 +12,7 @@
 #include "platform/log.h"
 #include "tests/applications/pano/panorama_module_peer.h"
 #include "tests/shortage/shortage_case.h"
+#include "tests/shortage/throwing_env.h"
 #include "tests/support/gl_surface.h"
 #include "tests/support/jvm.h"
 #include "tests/support/random_bytes.h"
@@ -59,7 +61,27 @@ class ShortageJni : public JvmTest {
     void fail_each(std::span<const ShortageCase> cases) {
         for (const ShortageCase& shortageCase : cases) {
             fail_each_allocation<LocalFrame>(shortageCase);
+            raise_at_each_call(shortageCase);
         }
+    }
+
+    // Each call into Java raises once. What the library then answers is its own business, but it returns, leaks nothing
+    // and leaves nothing locked.
+    static void raise_at_each_call(const ShortageCase& shortageCase) {
+        constexpr size_t kMostCalls = 500;
+        for (size_t n = 1; n < kMostCalls; ++n) {
+            const LocalFrame frame;
+            SCOPED_TRACE(testing::Message() << shortageCase.name << ", call into Java " << n);
+            Shortage memory(0);
+            const ThrowingEnv throwing(ShortageJni::java->env, n);
+            const Answer answer = shortageCase.run(memory);
+            EXPECT_EQ(Shortage::live_blocks(), 0U) << "a leak";
+            if (!ThrowingEnv::has_raised()) {
+                EXPECT_EQ(answer, Answer::kDone);
+                return;
+            }
+        }
+        ADD_FAILURE() << shortageCase.name << " calls Java without end";
     }
 
   public:
@@ -72,10 +94,21 @@ ShortageJni& java() {
     return *ShortageJni::java;
 }
 
-// A native method that is static, or does without its object.
+// A native method on an object. Only inside during() its calls into Java may raise.
+template <typename Result, typename This, typename... Parameters, typename... Arguments>
+Result call_on(jobject thiz, Result (*method)(JNIEnv*, This, Parameters...), Arguments... arguments) {
+    struct Clear {
+        ~Clear() { ThrowingEnv::clear(); }
+    };
+    const Clear afterwards;
+    JNIEnv* env = Shortage::is_armed() ? ThrowingEnv::of(java().env) : java().env;
+    return method(env, static_cast<This>(thiz), arguments...);
+}
+
+// One that is static, or does without its object.
 template <typename Method, typename... Arguments>
 auto call(Method method, Arguments... arguments) {
-    return method(java().env, nullptr, arguments...);
+    return call_on(nullptr, method, arguments...);
 }
 
 const std::vector<unsigned char>& picture() {
@@ -87,9 +120,15 @@ jobject new_picture() {
     return java().new_bitmap(kWidth, kHeight, picture());
 }
 
+bool is_unlocked(jobject bitmap) {
+    const jint locks = java().lock_count(bitmap);
+    EXPECT_EQ(locks, 0);
+    return locks == 0;
+}
+
 // A bitmap is given back unlocked, and either worked on or as it was.
 Answer picture_answer(jobject bitmap) {
-    if (java().lock_count(bitmap) != 0) {
+    if (!is_unlocked(bitmap)) {
         return Answer::kWrong;
     }
     const bool isAsBefore = java().bitmap_pixels(bitmap) == picture();
@@ -130,7 +169,7 @@ auto bitmap_on_surface(const char* name, const Method& method) {
         const jobject bitmap = new_picture();
         const jstring key = java().string("mFilterBitmap");
         on_surface(s, name, [&](jlong handle) { method(handle, bitmap, key); });
-        return answer(java().lock_count(bitmap) == 0, false);
+        return answer(is_unlocked(bitmap), false);
     };
 }
 
@@ -238,7 +277,7 @@ const ShortageCase kOthers[] = {
          const jlong handle = call(PANORAMA(nativeCreate), 4, 2, 1);
          const jbyteArray frame = java().env->NewByteArray(12);
          const auto process = [&](float gyroX, float gyroY) {
-             return PANORAMA(nativeProcess)(java().env, thiz, handle, frame, gyroX, gyroY);
+             return call_on(thiz, PANORAMA(nativeProcess), handle, frame, gyroX, gyroY);
          };
          process(10, 20);
          const jint result = s.during([&] { return process(11, 17.5F); });
@@ -277,8 +316,8 @@ const ShortageCase kOthers[] = {
          const jbyte bright[8] = {100, 100, 100, 100, 100, 100, 100, 100};
          env->SetByteArrayRegion(frame, 0, 8, bright);
          s.during([&] {
-             MODE(nativeProcess)(env, thiz, handle, frame);
-             MODE(nativeDestroy)(env, thiz, handle);
+             call_on(thiz, MODE(nativeProcess), handle, frame);
+             call(MODE(nativeDestroy), handle);
          });
          return answer(!env->ExceptionCheck(), false);
      },
@@ -287,6 +326,10 @@ const ShortageCase kOthers[] = {
 
 // A call that could not be done leaves an IllegalStateException.
 Answer effects_answer(bool isDone) {
+    // The exception that the test raised is gone already.
+    if (ThrowingEnv::has_raised()) {
+        return answer(false, !isDone);
+    }
     JNIEnv* env = java().env;
     const jthrowable exception = env->ExceptionOccurred();
     if (exception == nullptr) {
@@ -331,7 +374,7 @@ Answer table_answer(Shortage& s, const FilterCalls& calls) {
     const jstring key = java().string("mFilterBitmap");
     return effects_filter_answer(s, calls, "ImageFilterTable", [&](jlong handle) {
         s.during([&] { call(calls.setBitmap, handle, key, bitmap, kWidth, kHeight); });
-        return effects_answer(java().lock_count(bitmap) == 0);
+        return effects_answer(is_unlocked(bitmap));
     });
 }
 
@@ -347,7 +390,7 @@ const ShortageCase kEffects[] = {
      [](Shortage& s) {
          const jobject bitmap = new_picture();
          const jintArray colors = s.during([&] { return call(EFFECTS(palette), bitmap, kWidth, kHeight, 4); });
-         return effects_answer(colors != nullptr && java().lock_count(bitmap) == 0);
+         return effects_answer(colors != nullptr && is_unlocked(bitmap));
      }},
     {"stamp",
      [](Shortage& s) {
