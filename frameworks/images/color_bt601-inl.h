@@ -96,8 +96,10 @@ HWY_INLINE SignedVector EvenLuma(ByteVector y) {
     return ScaledTowardZero(CentredEven<16, 2>(y), kLumaFromY);
 }
 
-HWY_INLINE SignedVector OddLuma(ByteVector y) {
-    return ScaledTowardZero(CentredOdd<16, 2>(y), kLumaFromY);
+HWY_INLINE void LoadLuma(const uint8_t* from, SignedVector& even, SignedVector& odd) {
+    LoadCentredPairs<16, 2>(from, even, odd);
+    even = ScaledTowardZero(even, kLumaFromY);
+    odd = ScaledTowardZero(odd, kLumaFromY);
 }
 
 HWY_INLINE SignedVector ChromaEighths(LaneVector chroma) {
@@ -108,20 +110,14 @@ HWY_INLINE SignedVector GreenTerm(SignedVector uEighths, SignedVector vEighths) 
     return hn::Add(ScaledTowardZero(uEighths, kGreenFromU), ScaledTowardZero(vEighths, kGreenFromV));
 }
 
-// Stores the pixels with these luma and chroma terms; the green term is taken off.
-HWY_INLINE void StoreDecoded(SignedVector evenLuma, SignedVector evenRed, SignedVector evenGreen, SignedVector evenBlue,
-                             SignedVector oddLuma, SignedVector oddRed, SignedVector oddGreen, SignedVector oddBlue,
-                             uint8_t* rgb) {
-    const auto r = ClampedChannel(hn::Add(evenLuma, evenRed), hn::Add(oddLuma, oddRed));
-    const auto g = ClampedChannel(hn::Sub(evenLuma, evenGreen), hn::Sub(oddLuma, oddGreen));
-    const auto b = ClampedChannel(hn::Add(evenLuma, evenBlue), hn::Add(oddLuma, oddBlue));
-    StoreClampedRgb(r, g, b, rgb);
-}
-
-// The same where even and odd neighbours share their chroma.
+// Stores the pixels with these luma and chroma terms, of which even and odd neighbours share the latter. The green term
+// is taken off.
 HWY_INLINE void StoreDecodedPairs(SignedVector evenLuma, SignedVector oddLuma, SignedVector red, SignedVector green,
                                   SignedVector blue, uint8_t* rgb) {
-    StoreDecoded(evenLuma, red, green, blue, oddLuma, red, green, blue, rgb);
+    const ByteVector r = ClampedChannel(hn::Add(evenLuma, red), hn::Add(oddLuma, red));
+    const ByteVector g = ClampedChannel(hn::Sub(evenLuma, green), hn::Sub(oddLuma, green));
+    const ByteVector b = ClampedChannel(hn::Add(evenLuma, blue), hn::Add(oddLuma, blue));
+    StoreClampedRgb(r, g, b, rgb);
 }
 
 #endif

@@ -45,18 +45,27 @@ void Rgb2Yuv(const uint8_t* rgb, uint8_t* yuv, size_t pixels) {
     rgb2yuv_scalar(rgb + 3 * done, yuv + 3 * done, pixels - done);
 }
 
+// The channels of half a vector of pixels, not clamped.
+HWY_INLINE void DecodeHalf(SignedVector yQuarters, LaneVector u, LaneVector v, SignedVector& r, SignedVector& g,
+                           SignedVector& b) {
+    const SignedVector luma = ScaledTowardZero(yQuarters, kLumaFromY);
+    const SignedVector uEighths = ChromaEighths(u);
+    const SignedVector vEighths = ChromaEighths(v);
+    r = hn::Add(luma, ScaledTowardZero(vEighths, kRedFromV));
+    g = hn::Sub(luma, GreenTerm(uEighths, vEighths));
+    b = hn::Add(luma, ScaledTowardZero(uEighths, kBlueFromU));
+}
+
 void Yuv2Rgb(const uint8_t* yuv, uint8_t* rgb, size_t pixels) {
-    const size_t done = ForWholeSteps(0, pixels, hn::Lanes(ByteTag()), [&](size_t i) KORVANE_INLINE {
+    const auto convert = [](const uint8_t* from, uint8_t* to) KORVANE_INLINE {
         ByteVector y, u, v;
-        LoadRgb(yuv + 3 * i, y, u, v);
-        const SignedVector uEven = ChromaEighths(EvenBytes(u));
-        const SignedVector uOdd = ChromaEighths(OddBytes(u));
-        const SignedVector vEven = ChromaEighths(EvenBytes(v));
-        const SignedVector vOdd = ChromaEighths(OddBytes(v));
-        StoreDecoded(EvenLuma(y), ScaledTowardZero(vEven, kRedFromV), GreenTerm(uEven, vEven),
-                     ScaledTowardZero(uEven, kBlueFromU), OddLuma(y), ScaledTowardZero(vOdd, kRedFromV),
-                     GreenTerm(uOdd, vOdd), ScaledTowardZero(uOdd, kBlueFromU), rgb + 3 * i);
-    });
+        SignedVector r0, g0, b0, r1, g1, b1;
+        LoadRgb(from, y, u, v);
+        DecodeHalf(CentredFirst<16, 2>(y), FirstBytes(u), FirstBytes(v), r0, g0, b0);
+        DecodeHalf(CentredSecond<16, 2>(y), SecondBytes(u), SecondBytes(v), r1, g1, b1);
+        StoreClampedRgb(ClampedHalves(r0, r1), ClampedHalves(g0, g1), ClampedHalves(b0, b1), to);
+    };
+    const size_t done = ForWholeVectors<3, 3, 1>(yuv, rgb, pixels, convert);
     yuv2rgb_scalar(yuv + 3 * done, rgb + 3 * done, pixels - done);
 }
 

@@ -102,8 +102,9 @@ HWY_INLINE void StoreDecodedQuads(const uint8_t* yFrom, LaneVector chroma, uint8
     const SignedVector green = hn::Add(part, InEachQuad(part, kSwapLanes));
     const SignedVector first = InEachQuad(outer, kFirstLane);
     const SignedVector second = InEachQuad(outer, kSecondLane);
-    const ByteVector y = hn::LoadU(ByteTag(), yFrom);
-    StoreDecodedPairs(EvenLuma(y), OddLuma(y), kUFirst ? second : first, green, kUFirst ? first : second, rgb);
+    SignedVector evenLuma, oddLuma;
+    LoadLuma(yFrom, evenLuma, oddLuma);
+    StoreDecodedPairs(evenLuma, oddLuma, kUFirst ? second : first, green, kUFirst ? first : second, rgb);
 }
 
 void Yv12OrYu122Rgb(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, size_t quads) {

@@ -101,10 +101,11 @@ void Yuv422p2Rgb(const uint8_t* yPlane, const uint8_t* uPlane, const uint8_t* vP
     const LaneTag d;
     const hn::Rebind<uint8_t, LaneTag> dHalf;
     const size_t done = ForWholeSteps(0, pairs, hn::Lanes(d), [&](size_t i) KORVANE_INLINE {
-        const ByteVector y = hn::LoadU(ByteTag(), yPlane + 2 * i);
+        SignedVector evenLuma, oddLuma;
+        LoadLuma(yPlane + 2 * i, evenLuma, oddLuma);
         const LaneVector u = hn::PromoteTo(d, hn::LoadU(dHalf, uPlane + i));
         const LaneVector v = hn::PromoteTo(d, hn::LoadU(dHalf, vPlane + i));
-        StoreDecodedPairs(EvenLuma(y), OddLuma(y), u, v, rgb + 6 * i);
+        StoreDecodedPairs(evenLuma, oddLuma, u, v, rgb + 6 * i);
     });
     yuv422p2rgb_scalar(yPlane + 2 * done, uPlane + done, vPlane + done, rgb + 6 * done, pairs - done);
 }

@@ -510,7 +510,62 @@ HWY_INLINE ByteVector UnsplitBytes(V a, V b) {
 
 #endif
 
-#if HWY_TARGET != HWY_NEON
+#if HWY_TARGET == HWY_NEON
+
+// Loads that part pairs, and widenings that shift.
+template <int kOffset, int kShift>
+HWY_INLINE void LoadCentredPairs(const uint8_t* from, SignedVector& even, SignedVector& odd) {
+    const uint8x8x2_t pairs = vld2_u8(from);
+    even = Centred<kOffset, kShift>(LaneVector(vmovl_u8(pairs.val[0])));
+    odd = Centred<kOffset, kShift>(LaneVector(vmovl_u8(pairs.val[1])));
+}
+
+HWY_INLINE LaneVector FirstBytes(ByteVector bytes) {
+    return LaneVector(vmovl_u8(vget_low_u8(bytes.raw)));
+}
+
+HWY_INLINE LaneVector SecondBytes(ByteVector bytes) {
+    return LaneVector(vmovl_high_u8(bytes.raw));
+}
+
+template <int kOffset, int kShift>
+HWY_INLINE SignedVector CentredFirst(ByteVector bytes) {
+    return Centred<kOffset, kShift>(FirstBytes(bytes));
+}
+
+template <int kOffset, int kShift>
+HWY_INLINE SignedVector CentredSecond(ByteVector bytes) {
+    return Centred<kOffset, kShift>(SecondBytes(bytes));
+}
+
+#else
+
+// As CentredEven and CentredOdd, for a vector of bytes in memory.
+template <int kOffset, int kShift>
+HWY_INLINE void LoadCentredPairs(const uint8_t* from, SignedVector& even, SignedVector& odd) {
+    const ByteVector bytes = hn::LoadU(ByteTag(), from);
+    even = CentredEven<kOffset, kShift>(bytes);
+    odd = CentredOdd<kOffset, kShift>(bytes);
+}
+
+// One half of a vector's bytes as lanes and the other one, whichever halves cost least.
+HWY_INLINE LaneVector FirstBytes(ByteVector bytes) {
+    return EvenBytes(bytes);
+}
+
+HWY_INLINE LaneVector SecondBytes(ByteVector bytes) {
+    return OddBytes(bytes);
+}
+
+template <int kOffset, int kShift>
+HWY_INLINE SignedVector CentredFirst(ByteVector bytes) {
+    return CentredEven<kOffset, kShift>(bytes);
+}
+
+template <int kOffset, int kShift>
+HWY_INLINE SignedVector CentredSecond(ByteVector bytes) {
+    return CentredOdd<kOffset, kShift>(bytes);
+}
 
 // The low bytes of as many numbers as a vector has bytes.
 HWY_INLINE ByteVector LoadLowBytes(const int32_t* from) {

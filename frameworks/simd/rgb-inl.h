@@ -198,6 +198,21 @@ HWY_INLINE void StoreClampedRgb(ByteVector r, ByteVector g, ByteVector b, uint8_
 
 #endif
 
+// As ClampedChannel, from the lanes that FirstBytes and SecondBytes make.
+#if HWY_TARGET == HWY_NEON
+
+HWY_INLINE ByteVector ClampedHalves(SignedVector first, SignedVector second) {
+    return ClampedToBytes(first, second);
+}
+
+#else
+
+HWY_INLINE ByteVector ClampedHalves(SignedVector first, SignedVector second) {
+    return ClampedChannel(first, second);
+}
+
+#endif
+
 // Both functions below convert as many of `pixels` pixels as whole vectors allow, and return how many.
 
 #if HWY_ARCH_X86
