@@ -246,7 +246,8 @@ function fillSpeed() {
     const place = (ratio) => 100 * (Math.log2(ratio) - least) / (most - least);
     const table = element("table", {}, element("caption", {}, element("h2", {class: "name"}, "Speed against the peers"),
         element("p", {}, "How many times as fast as each peer; to the right of the line korvane is faster. The scale doubles."),
-        element("p", {class: "caption"}, `${data.speed.machine.trim()}; ${data.speed.date}`)));
+        element("p", {class: "caption"}, `${data.speed.machine.trim()}; ${data.speed.date}`)),
+        element("colgroup", {}, element("col", {class: "peer"}), element("col"), element("col", {class: "ratio"})));
     for (const comparison of data.speed.comparisons) {
         const body = element("tbody", {}, element("tr", {}, element("th", {colspan: 3, scope: "rowgroup"}, comparison.name, " ",
             element("span", {class: "caption"}, `${comparison.milliseconds.toPrecision(3)} ms`))));
@@ -256,7 +257,7 @@ function fillSpeed() {
             scale.style.setProperty("--from", `${Math.min(place(1), place(row.faster))}%`);
             scale.style.setProperty("--length", `${Math.abs(place(row.faster) - place(1))}%`);
             body.append(element("tr", {}, element("td", {}, row.name), element("td", {"aria-hidden": "true"}, scale),
-                element("td", {}, `${row.faster.toPrecision(3)} \u00D7 as fast`)));
+                element("td", {}, `${row.faster.toPrecision(3)} \u00D7`, element("span", {class: "wide"}, " as fast"))));
         }
         table.append(body);
     }
