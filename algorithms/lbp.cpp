@@ -13,6 +13,7 @@
 #define HWY_TARGET_INCLUDE "algorithms/lbp.cpp"
 #include <hwy/foreach_target.h>
 // Behind foreach_target, which sets the target that they read.
+#include "frameworks/simd/bytes-inl.h"
 #include "frameworks/simd/kernel-inl.h"
 #include "frameworks/simd/steps-inl.h"
 
@@ -25,20 +26,18 @@ namespace {
 
 using WideTag = hn::CappedTag<unsigned int, 16>;
 
-// A bit of the pattern where `neighbour` is less than the centre.
-template <class D, class V>
-HWY_INLINE V Bit(D d, V neighbour, V centre, unsigned int bit) {
-    return hn::IfThenElseZero(hn::Lt(neighbour, centre), hn::Set(d, bit));
-}
-
-template <class D, class V>
-HWY_INLINE V Pattern(D d, V left0, V left1, V left2, V above, V centre, V below, V right0, V right1, V right2) {
-    const V left =
-        hn::Or(hn::Or(Bit(d, left0, centre, 0x01), Bit(d, left1, centre, 0x02)), Bit(d, left2, centre, 0x04));
-    const V own = hn::Or(Bit(d, above, centre, 0x08), Bit(d, below, centre, 0x10));
-    const V right =
-        hn::Or(hn::Or(Bit(d, right0, centre, 0x20), Bit(d, right1, centre, 0x40)), Bit(d, right2, centre, 0x80));
-    return hn::Or(hn::Or(left, own), right);
+// A bit for each neighbour, set where it is less than the centre, and above them those of `block`.
+template <class V>
+HWY_INLINE V Slot(V block, V left0, V left1, V left2, V above, V centre, V below, V right0, V right1, V right2) {
+    V bits = FirstLess(left0, centre);
+    bits = AddLess<1>(bits, left1, centre);
+    bits = AddLess<2>(bits, left2, centre);
+    bits = AddLess<3>(bits, above, centre);
+    bits = AddLess<4>(bits, below, centre);
+    bits = AddLess<5>(bits, right0, centre);
+    bits = AddLess<6>(bits, right1, centre);
+    bits = AddLess<7>(bits, right2, centre);
+    return LowByteBelow(block, bits);
 }
 
 // Columns are too short for the processor to foresee the next ones by itself. The address may be past the image's end.
@@ -60,7 +59,7 @@ HWY_INLINE void ListWholeVectors(D d, const unsigned int* centre, size_t stride,
         auto left0 = hn::LoadU(d, column - 1), left1 = hn::LoadU(d, column), left2 = hn::LoadU(d, column + 1);
         column += stride;
         auto above = hn::LoadU(d, column - 1), value = hn::LoadU(d, column), below = hn::LoadU(d, column + 1);
-        unsigned int block = first + 256 * static_cast<unsigned int>(at);
+        auto blocks = hn::Add(steps, hn::Set(d, first + 256 * static_cast<unsigned int>(at)));
         for (size_t c = 0; c < kColumns; ++c) {
             column += stride;
             if (kColumns > 1) {
@@ -70,11 +69,11 @@ HWY_INLINE void ListWholeVectors(D d, const unsigned int* centre, size_t stride,
             const auto right0 = hn::LoadU(d, column - 1);
             const auto right1 = hn::LoadU(d, column);
             const auto right2 = hn::LoadU(d, column + 1);
-            const auto pattern = Pattern(d, left0, left1, left2, above, value, below, right0, right1, right2);
-            hn::StoreU(hn::Or(hn::Add(hn::Set(d, block), steps), pattern), d, slots + c * slotStride + at);
+            const auto slot = Slot(blocks, left0, left1, left2, above, value, below, right0, right1, right2);
+            hn::StoreU(slot, d, slots + c * slotStride + at);
             left0 = above, left1 = value, left2 = below;
             above = right0, value = right1, below = right2;
-            block += firstStep;
+            blocks = hn::Add(blocks, hn::Set(d, firstStep));
         }
     });
 }
@@ -113,32 +112,25 @@ void Halve(const LbpLevel& level, size_t x) {
 // Calls action(slot) for each slot that is on. Most of the time goes to waiting for the slots' memory. So slots are
 // listed a chunk ahead: while one chunk is worked off, the cache lines of the next are on their way.
 template <typename Action>
-void WalkSlots(unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols,
-               const Action& action) {
+void WalkSlots(unsigned int vec_nDim, unsigned int* img, unsigned short rows, unsigned short cols, Action action) {
     constexpr size_t kChunk = 64;
     unsigned int buffers[2][kChunk];
     unsigned int* fetched = buffers[0];
     unsigned int* listed = buffers[1];
     size_t fetchedCount = 0;
-    // Only the last block can reach past the end; no slot before it wraps.
-    const auto act = [&](unsigned int slot) {
-        if (slot < vec_nDim) {
-            action(slot);
-        }
-    };
     const auto add_chunk = [&](const unsigned int* centre, size_t count, size_t position) HWY_ATTR {
         const size_t first = position * kLbpSlotsPerPosition;
         ListSlots<1>(centre, rows, count, static_cast<unsigned int>(first), 0, listed, 0);
         const size_t both = HWY_MIN(count, fetchedCount);
         for (size_t i = 0; i < both; ++i) {
             action.fetch(listed[i]);
-            act(fetched[i]);
+            action(fetched[i]);
         }
         for (size_t i = both; i < count; ++i) {
             action.fetch(listed[i]);
         }
         for (size_t i = both; i < fetchedCount; ++i) {
-            act(fetched[i]);
+            action(fetched[i]);
         }
         std::swap(fetched, listed);
         fetchedCount = count;
@@ -151,8 +143,11 @@ void WalkSlots(unsigned int vec_nDim, unsigned int* img, unsigned short rows, un
         }
     };
     lbp_walk({img, rows, rows, cols}, lbp_positions_for(vec_nDim), visit, Halve);
+    // Only the last block can reach past the end; no slot before it wraps.
     for (size_t i = 0; i < fetchedCount; ++i) {
-        act(fetched[i]);
+        if (fetched[i] < vec_nDim) {
+            action(fetched[i]);
+        }
     }
 }
 

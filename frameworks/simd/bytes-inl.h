@@ -578,6 +578,43 @@ HWY_INLINE ByteVector LoadLowBytes(const int32_t* from) {
 
 #endif
 
+// Bits of comparisons, one below the other, in 32-bit lanes: FirstLess gives bit 0, AddLess<1> bit 1 and so on, of
+// a < b. What stands above the last bit is anything until LowByteBelow puts the lowest byte below `rest`, whose own is
+// 0.
+template <class V>
+HWY_INLINE V FirstLess(V a, V b) {
+    return hn::IfThenElseZero(hn::Lt(a, b), hn::Set(hn::DFromV<V>(), 1));
+}
+
+template <int kBit, class V>
+HWY_INLINE V AddLess(V bits, V a, V b) {
+    return hn::Or(bits, hn::IfThenElseZero(hn::Lt(a, b), hn::Set(hn::DFromV<V>(), 1U << kBit)));
+}
+
+template <class V>
+HWY_INLINE V LowByteBelow(V rest, V bits) {
+    return hn::Or(rest, bits);
+}
+
+#if HWY_TARGET == HWY_NEON
+
+// What is all ones or zeros is shifted and inserted in one instruction.
+
+HWY_INLINE QuadVector FirstLess(QuadVector a, QuadVector b) {
+    return QuadVector(vcltq_u32(a.raw, b.raw));
+}
+
+template <int kBit>
+HWY_INLINE QuadVector AddLess(QuadVector bits, QuadVector a, QuadVector b) {
+    return QuadVector(vsliq_n_u32(bits.raw, vcltq_u32(a.raw, b.raw), kBit));
+}
+
+HWY_INLINE QuadVector LowByteBelow(QuadVector rest, QuadVector bits) {
+    return QuadVector(vbslq_u32(vdupq_n_u32(0xFF), bits.raw, rest.raw));
+}
+
+#endif
+
 #endif
 
 }  // namespace
