@@ -5,13 +5,6 @@ source "$(dirname "$0")/checks.sh"
 
 accepts scene scene.jpg --size 320x180
 
-corners=(corners scene.jpg -o new.jpg)
-refuses 'output is required, or --json' corners scene.jpg
-refuses '--threshold.*256' "${corners[@]}" --threshold 256
-refuses '--threshold.*-1' "${corners[@]}" --threshold=-1
-refuses '--min-dist.*-1' "${corners[@]}" --min-dist=-1
-refuses 'cannot read missing.jpg' corners missing.jpg -o new.jpg
-refuses 'cannot write nowhere/new.jpg' corners scene.jpg -o nowhere/new.jpg
 
 # found ARGUMENTS...: the number that the command prints.
 found() {
@@ -46,10 +39,6 @@ accepts corners scene.jpg -o plain.jpg --threshold 255
 accepts corners scene.jpg -o marked.jpg --threshold 10 --min-dist 4
 holds test "$(reds marked.jpg)" -gt "$(reds plain.jpg)"
 
-refuses '--colors.*0' palette scene.jpg -n 0
-refuses '--colors.*513' palette scene.jpg -n 513
-refuses 'cannot read missing.jpg' palette missing.jpg
-refuses 'cannot write nowhere/new.jpg' palette scene.jpg -n 4 -o nowhere/new.jpg
 
 accepts palette scene.jpg -n 5
 holds test "$(grep -cxE '#[0-9A-F]{6}' out.log)" = 5
@@ -73,7 +62,6 @@ for count in 5 16 64; do
     accepts palette scene.jpg -n $count -o reduced.png
     holds test "$(compare -metric MAE scene.jpg reduced.png null: 2>&1 | cut -d. -f1)" -lt 5000
 done
-refuses '--colors: a PNG file' palette scene.jpg -n 257 -o new.png
 
 # Animations. The quantizer's palette is that of `palette`, for each frame or for all.
 accepts blur scene.jpg -o blurred.jpg --radius 9
@@ -93,10 +81,6 @@ far() {
 }
 holds test "$(far dithered.gif)" -lt "$(far one.gif)"
 holds test "$(exiftool -s3 -AnimationIterations dithered.gif)" = 3
-refuses 'small.jpg is not of the size of scene.jpg' gif scene.jpg small.jpg -o new.gif
-refuses 'must end in .gif' gif scene.jpg -o new.png
-refuses 'exists already' gif scene.jpg -o out.gif -n
-refuses '--delay' gif scene.jpg -o new.gif --delay=-1
 
 accepts scene narrow.jpg --size 3x50
 accepts palette narrow.jpg -n 40 -o narrow_palette.jpg
