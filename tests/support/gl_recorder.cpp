@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <functional>
 #include <mutex>
+#include <regex>
 #include <set>
 #include <type_traits>
 #include <utility>
@@ -91,6 +92,10 @@ Result forward(const char* name, Result (*driver)(Arguments...), Arguments... ar
 }
 
 void born(const char* maker, GLsizei count, const GLuint* names) {
+    // Without a context, and in a call that was kept from the driver, no names are given.
+    if (eglGetCurrentContext() == EGL_NO_CONTEXT || GlRecorder::was_answered()) {
+        return;
+    }
     const std::lock_guard<std::mutex> guard(gLiveNamesMutex);
     gLiveNames[maker].insert(names, names + count);
 }
@@ -153,7 +158,26 @@ void GlRecorder::note(const std::string& entry, bool isGl) {
     }
 }
 
+bool GlRecorder::was_answered() {
+    return gRecorder != nullptr && gRecorder->m_WasAnswered;
+}
+
 bool GlRecorder::find_answer(const char* function, uint64_t* result) {
+    m_WasAnswered = find_injected(function, result);
+    return m_WasAnswered;
+}
+
+bool GlRecorder::find_injected(const char* function, uint64_t* result) {
+    static const std::regex kTakesMemory(
+        "egl(Create|Initialize|MakeCurrent|ChooseConfig).*|"
+        "gl(Gen|Create|BufferData|MapBuffer|TexImage|Framebuffer|CheckFramebuffer|Draw|Read|Blit|GetProgramBinary).*");
+    if (m_Injected.callsLeft > 0 && std::regex_match(function, kTakesMemory) && --m_Injected.callsLeft == 0) {
+        m_HasFailed = true;
+        const bool isGl = function[0] == 'g';
+        (isGl ? m_Injected.glErrors : m_Injected.eglErrors).push_back(isGl ? GL_OUT_OF_MEMORY : EGL_BAD_ALLOC);
+        *result = 0;
+        return true;
+    }
     const auto found = m_Injected.answers.find(function);
     if (found == m_Injected.answers.end()) {
         return false;

@@ -37,6 +37,11 @@ class GlRecorder {
         m_Injected.answers[function] = {result, code};
     }
 
+    // The `failing`-th call from now on that takes memory of the driver, counted from 1, does not reach it, answers 0
+    // and says that memory is short.
+    void fail_call(size_t failing) { m_Injected.callsLeft = failing; }
+    bool has_failed() const { return m_HasFailed; }
+
     // Queries of this value of a shader or program answer `value`.
     void answer_query(GLenum name, GLint value) { m_Injected.queryAnswers[name] = value; }
 
@@ -55,6 +60,7 @@ class GlRecorder {
     // For the entry points.
     void note(const std::string& entry, bool isGl);
     bool find_answer(const char* function, uint64_t* result);
+    static bool was_answered();
     bool find_query_answer(GLenum name, GLint* value) const;
     GLenum next_error(bool isGl);
 
@@ -67,14 +73,18 @@ class GlRecorder {
         std::map<std::string, Answer> answers;
         std::map<GLenum, GLint> queryAnswers;
         GLenum failEveryCall = GL_NO_ERROR;
+        size_t callsLeft = 0;
         std::deque<GLenum> glErrors;
         std::deque<GLenum> eglErrors;
     };
 
+    bool find_injected(const char* function, uint64_t* result);
     static void log_sink(void* user, int priority, const char* tag, const char* text);
 
     std::vector<std::string> m_Entries;
     Injected m_Injected;
+    bool m_HasFailed = false;
+    bool m_WasAnswered = false;
 };
 
 #endif  // KORVANE_TESTS_SUPPORT_GL_RECORDER_H_

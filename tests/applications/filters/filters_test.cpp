@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "applications/filters/gpu_image_filter_factory.h"
 #include "frameworks/gpu/program_cache.h"
 #include "tests/applications/filters/reference_filters.h"
+#include "tests/support/gl_recorder.h"
 #include "tests/support/gl_surface.h"
 #include "tests/support/log_capture.h"
 
@@ -369,6 +371,39 @@ TEST_F(Filters, ASecondEngineTakesThePlaceOfTheFirst) {
         filter->process(pixel, std::numeric_limits<int>::max(), std::numeric_limits<int>::max());
         EXPECT_EQ(pixel[0], 1);
     }
+}
+
+TEST(FiltersOnAFailingDriver, LeaveNothingBehindAndTheNextOneWorks) {
+    const ReferenceImage input = smooth_picture(16, 12);
+    const Golden& next = kGoldens[0];
+    constexpr size_t kMostCalls = 1000;
+    bool hasFailed = true;
+    for (size_t n = 1; hasFailed && n < kMostCalls; ++n) {
+        SCOPED_TRACE(n);
+        GlRecorder recorder;
+        std::map<std::string, size_t> before = GlRecorder::live_names();
+        {
+            const OwnedFilter filter = create("Table");
+            recorder.fail_call(n);
+            filter->initEngine();
+            filter->setupGraphics(1);
+            std::vector<unsigned char> pixels = input.pixels;
+            filter->process(pixels.data(), input.width, input.height);
+        }
+        hasFailed = recorder.has_failed();
+        recorder.heal();
+        std::map<std::string, size_t> after = GlRecorder::live_names();
+        // Shaders go with their context.
+        after.erase("glCreateShader");
+        before.erase("glCreateShader");
+        EXPECT_EQ(after, before) << testing::PrintToString(recorder.take_calls());
+        const OwnedFilter filter = create(next.filter);
+        set_up_offscreen(*filter);
+        std::vector<unsigned char> pixels = input.pixels;
+        filter->process(pixels.data(), input.width, input.height);
+        expect_close(expected_picture(next, input, input.width, input.height), pixels, next.largest);
+    }
+    EXPECT_FALSE(hasFailed) << "calls the driver without end";
 }
 
 TEST_F(Filters, LongNamesKeepTheirVariantsApartInTheCache) {
