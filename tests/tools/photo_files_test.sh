@@ -98,6 +98,17 @@ accepts blur gray_profile.png -o out.png
 holds test -n "$(exiftool -ICC_Profile:ColorSpaceData out.png)"
 run blur gray_profile.png -o out.png --color '#ff0000' --alpha 50
 holds grep -q 'warning: .*profile' err.log
+# A PNG file's texts and its gamma go on into another one.
+exiftool -q -o said.png -PNG:Title=Harbour '-PNG:Comment-de=Blick auf die Brücke' scene.png
+convert said.png -set gamma 0.5 said_gamma.png
+accepts blur said_gamma.png -o out.png
+accepts palette said_gamma.png -o reduced.png
+for row in out.png:Gamma:2 out.png:Title:Harbour reduced.png:Gamma:2 reduced.png:Title:Harbour; do
+    IFS=: read -r file tag value <<<"$row"
+    holds test "$(exiftool -s3 "-PNG:$tag" "$file")" = "$value"
+done
+accepts blur said.png -o out.png
+holds test "$(exiftool -s3 -PNG:Comment-de out.png)" = 'Blick auf die Brücke'
 # A JPEG file shows white where the photo is transparent.
 convert rgba.png -background white -alpha remove -alpha off expected.png
 accepts blur rgba.png -o flat.jpg --radius 0 -q 100 --subsampling 4:4:4

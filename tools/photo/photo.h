@@ -27,6 +27,16 @@ struct Density {
     uint32_t y = 0;
 };
 
+// A text of a PNG file besides XMP: title, author, comment.
+struct PngText {
+    // libpng's number for the kind of chunk.
+    int kind;
+    std::string key;
+    std::string text;
+    std::string language;
+    std::string translatedKey;
+};
+
 // Blocks that go from the input's file to the output's. Empty ones are absent.
 struct Metadata {
     // From its TIFF header on. The orientation is 1 and there is no thumbnail.
@@ -36,6 +46,9 @@ struct Metadata {
     // Photoshop's resources (captions, keywords), without the name before them. Only JPEG files hold them.
     Bytes photoshop;
     std::vector<Bytes> comments;
+    // Only PNG files hold these: their texts, and the exponent of their samples in 1/100000, or 0.
+    std::vector<PngText> pngTexts;
+    int32_t pngGamma = 0;
     Density density;
 };
 

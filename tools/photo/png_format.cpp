@@ -15,6 +15,8 @@ namespace korvane {
 namespace {
 
 constexpr char kXmpKeyword[] = "XML:com.adobe.xmp";
+// EXIF and other blocks as hexadecimal text, an old habit. They would tell of the orientation that the photo had.
+constexpr std::string_view kRawProfileKeyword = "Raw profile type ";
 constexpr uint32_t kMaxSidePixels = 0x7FFFFFFF;
 constexpr size_t kMaxImageBytes = 0xFFFFFFFF;
 
@@ -113,6 +115,10 @@ class PngReader {
     bool m_IsGray = false;
 };
 
+std::string text_or_empty(const char* text) {
+    return text == nullptr ? std::string() : text;
+}
+
 // These functions of libpng only look at what was read; none of them fails.
 void take_metadata(const PngReader& reader, Metadata& metadata) {
     png_charp name = nullptr;
@@ -131,7 +137,15 @@ void take_metadata(const PngReader& reader, Metadata& metadata) {
         if (std::strcmp(texts[i].key, kXmpKeyword) == 0) {
             const size_t length = texts[i].itxt_length != 0 ? texts[i].itxt_length : texts[i].text_length;
             metadata.xmp.assign(texts[i].text, texts[i].text + length);
+        } else if (texts[i].key[0] != '\0' && !std::string_view(texts[i].key).starts_with(kRawProfileKeyword)) {
+            metadata.pngTexts.push_back({texts[i].compression, texts[i].key, text_or_empty(texts[i].text),
+                                         text_or_empty(texts[i].lang), text_or_empty(texts[i].lang_key)});
         }
+    }
+    // libpng derives one from a profile, too.
+    png_fixed_point gamma = 0;
+    if (metadata.icc.empty() && png_get_gAMA_fixed(reader.png(), reader.info(), &gamma) != 0) {
+        metadata.pngGamma = gamma;
     }
     png_uint_32 x = 0;
     png_uint_32 y = 0;
@@ -248,6 +262,19 @@ class PngWriter {
             text.text = const_cast<char*>(reinterpret_cast<const char*>(metadata.xmp.data()));
             text.itxt_length = metadata.xmp.size() - 1;
             png_set_text(m_Png, m_Info, &text, 1);
+        }
+        for (const PngText& kept : metadata.pngTexts) {
+            png_text text = {};
+            text.compression = kept.kind;
+            text.key = const_cast<char*>(kept.key.c_str());
+            text.text = const_cast<char*>(kept.text.c_str());
+            text.text_length = kept.text.size();
+            text.lang = const_cast<char*>(kept.language.c_str());
+            text.lang_key = const_cast<char*>(kept.translatedKey.c_str());
+            png_set_text(m_Png, m_Info, &text, 1);
+        }
+        if (metadata.pngGamma > 0 && metadata.icc.empty()) {
+            png_set_gAMA_fixed(m_Png, m_Info, metadata.pngGamma);
         }
         const Density& density = metadata.density;
         if (density.unit == DensityUnit::kAspect) {
