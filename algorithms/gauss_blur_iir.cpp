@@ -19,6 +19,7 @@
 // Behind foreach_target, which sets the target that they read.
 #include <hwy/cache_control.h>
 
+#include "frameworks/simd/factors-inl.h"
 #include "frameworks/simd/kernel-inl.h"
 #include "frameworks/simd/transpose-inl.h"
 
@@ -38,9 +39,8 @@ constexpr size_t kOrder = 4;
 constexpr size_t kLeastLength = 2 * kOrder;  // of a line, for the kernel
 
 // A single recursion would mostly wait for its own last value. Two vectors in both directions keep the processor busy;
-// one vector is enough where it holds 16 lanes.
-constexpr bool kHasLongVectors = !HWY_HAVE_SCALABLE && hn::MaxLanes(hn::ScalableTag<float>()) >= kLines;
-constexpr size_t kVectors = kHasLongVectors ? 1 : 2;
+// it has to be one where all that the recursions keep then stays in registers.
+constexpr size_t kVectors = kHasManyRegisters ? 1 : 2;
 using FloatTag = hn::CappedTag<float, kLines / kVectors>;
 using Floats = hn::Vec<FloatTag>;
 
@@ -58,8 +58,18 @@ struct Recursion {
     float edge[kOrder + 1];  // of a position before the line's start, times the line's first value
 };
 
-// What a recursion read and gave at its last four steps, by step modulo four, and its line's first value. It is in
-// memory, since there are too few registers for all the recursions that run at once; loads run beside the arithmetic.
+// Forwards the numerators begin with term 0, backwards with term 1. The denominators begin with term 1.
+template <size_t kFirst>
+struct Factors {
+    HWY_INLINE explicit Factors(const Recursion& recursion)
+        : numerators(LoadFactors(recursion.numerator + kFirst)), denominators(LoadFactors(recursion.denominator + 1)) {}
+
+    FourFactors numerators;
+    FourFactors denominators;
+};
+
+// What a recursion read and gave at its last four steps, by step modulo four, and its line's first value. The compiler
+// knows every index, and so keeps in registers what fits.
 struct History {
     HWY_ALIGN float read[kOrder][kLines];
     HWY_ALIGN float given[kOrder][kLines];
@@ -67,15 +77,16 @@ struct History {
 };
 
 // Term j of a step with kTerms steps before it: from the line's history, or from its edge.
-template <size_t kJ, size_t kTerms>
-HWY_INLINE Floats Term(const Recursion& recursion, const History& history, size_t step) {
+template <size_t kJ, size_t kTerms, size_t kFirst>
+HWY_INLINE Floats Term(const Recursion& recursion, const Factors<kFirst>& factors, const History& history,
+                       size_t step) {
     const FloatTag d;
     if constexpr (kJ > kTerms) {
         return hn::Mul(hn::Set(d, recursion.edge[kJ]), hn::Load(d, history.first));
     } else {
         const size_t at = (step + kOrder - kJ) % kOrder;
-        return hn::Sub(hn::Mul(hn::Set(d, recursion.numerator[kJ]), hn::Load(d, history.read[at])),
-                       hn::Mul(hn::Set(d, recursion.denominator[kJ]), hn::Load(d, history.given[at])));
+        return hn::Sub(TimesFactor<kJ - kFirst>(hn::Load(d, history.read[at]), factors.numerators),
+                       TimesFactor<kJ - 1>(hn::Load(d, history.given[at]), factors.denominators));
     }
 }
 
@@ -89,37 +100,47 @@ HWY_INLINE Floats Record(Floats read, Floats given, History& history, size_t ste
 // Terms are added in the order of the twin, without those that are always zero: forwards the denominator's part of term
 // 0 and the numerator's of term 4, backwards all of term 0.
 template <size_t kTerms>
-HWY_INLINE Floats Forwards(const Recursion& p, Floats read, History& history, size_t step) {
+HWY_INLINE Floats Forwards(const Recursion& p, const Factors<0>& factors, Floats read, History& history, size_t step) {
     const FloatTag d;
-    Floats sum = hn::Mul(hn::Set(d, p.numerator[0]), read);
-    sum = hn::Add(sum, Term<1, kTerms>(p, history, step));
-    sum = hn::Add(sum, Term<2, kTerms>(p, history, step));
-    sum = hn::Add(sum, Term<3, kTerms>(p, history, step));
+    Floats sum = TimesFactor<0>(read, factors.numerators);
+    sum = hn::Add(sum, Term<1, kTerms>(p, factors, history, step));
+    sum = hn::Add(sum, Term<2, kTerms>(p, factors, history, step));
+    sum = hn::Add(sum, Term<3, kTerms>(p, factors, history, step));
     if constexpr (kTerms < kOrder) {
-        sum = hn::Add(sum, Term<kOrder, kTerms>(p, history, step));
+        sum = hn::Add(sum, hn::Mul(hn::Set(d, p.edge[kOrder]), hn::Load(d, history.first)));
     } else {
         const Floats oldest = hn::Load(d, history.given[step % kOrder]);
-        sum = hn::Sub(sum, hn::Mul(hn::Set(d, p.denominator[kOrder]), oldest));
+        sum = hn::Sub(sum, TimesFactor<kOrder - 1>(oldest, factors.denominators));
     }
     return Record(read, sum, history, step);
 }
 
 template <size_t kTerms>
-HWY_INLINE Floats Backwards(const Recursion& m, Floats read, History& history, size_t step) {
-    Floats sum = Term<1, kTerms>(m, history, step);
-    sum = hn::Add(sum, Term<2, kTerms>(m, history, step));
-    sum = hn::Add(sum, Term<3, kTerms>(m, history, step));
-    sum = hn::Add(sum, Term<4, kTerms>(m, history, step));
+HWY_INLINE Floats Backwards(const Recursion& m, const Factors<1>& factors, Floats read, History& history, size_t step) {
+    Floats sum = Term<1, kTerms>(m, factors, history, step);
+    sum = hn::Add(sum, Term<2, kTerms>(m, factors, history, step));
+    sum = hn::Add(sum, Term<3, kTerms>(m, factors, history, step));
+    sum = hn::Add(sum, Term<4, kTerms>(m, factors, history, step));
     return Record(read, sum, history, step);
 }
 
-// Calls `step(i, i % 4)` for a range; mostly with a second number that the compiler knows.
-template <class Step>
-HWY_INLINE void ForEachStep(size_t begin, size_t end, const Step& step) {
-    size_t i = begin;
-    for (; i < end && i % kOrder != 0; ++i) {
-        step(i, i % kOrder);
+// After a step with number 0: makes the next step's number 0 as well.
+HWY_INLINE void Rotate(History& history) {
+    const FloatTag d;
+    for (auto* lines : {history.read, history.given}) {
+        const Floats newest = hn::Load(d, lines[0]);
+        hn::Store(hn::Load(d, lines[1]), d, lines[0]);
+        hn::Store(hn::Load(d, lines[2]), d, lines[1]);
+        hn::Store(hn::Load(d, lines[3]), d, lines[2]);
+        hn::Store(newest, d, lines[3]);
     }
+}
+
+// Calls `step(i, number)` for a range with the numbers 0 to 3 in turn. Steps at the end that are not four have the
+// number 0, and `rotate` is called after each.
+template <class Step, class Rotation>
+HWY_INLINE void ForEachStep(size_t begin, size_t end, const Step& step, const Rotation& rotate) {
+    size_t i = begin;
     for (; i + kOrder <= end; i += kOrder) {
         step(i, 0);
         step(i + 1, 1);
@@ -127,7 +148,8 @@ HWY_INLINE void ForEachStep(size_t begin, size_t end, const Step& step) {
         step(i + 3, 3);
     }
     for (; i < end; ++i) {
-        step(i, i % kOrder);
+        step(i, 0);
+        rotate();
     }
 }
 
@@ -138,6 +160,8 @@ using Terms = std::integral_constant<size_t, kTerms>;
 // when they have met, each finds the other's sums in `work`, and the results are complete.
 void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* work, size_t length) {
     const FloatTag d;
+    const Factors<0> factorsP(p);
+    const Factors<1> factorsM(m);
     const hn::Rebind<int32_t, FloatTag> dInt;
     const hn::Rebind<uint32_t, FloatTag> dUnsigned;
     const hn::Rebind<uint8_t, FloatTag> dByte;
@@ -155,8 +179,10 @@ void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* 
     };
     const auto workAt = [=](size_t i, size_t v) { return work + (i * kVectors + v) * lanes; };
 
-    History historyP[kVectors] = {};
-    History historyM[kVectors] = {};
+    History statesP[kVectors] = {};
+    History statesM[kVectors] = {};
+    History* const historyP = KeptAtHand(statesP);
+    History* const historyM = KeptAtHand(statesM);
     for (size_t v = 0; v < kVectors; ++v) {
         hn::Store(load(0, v), d, historyP[v].first);
         hn::Store(load(length - 1, v), d, historyM[v].first);
@@ -164,17 +190,24 @@ void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* 
     const auto apart = [&](auto terms, size_t i, size_t step) KORVANE_INLINE {
         const size_t mirrored = length - 1 - i;
         for (size_t v = 0; v < kVectors; ++v) {
-            hn::StoreU(Forwards<terms()>(p, load(i, v), historyP[v], step), d, workAt(i, v));
-            hn::StoreU(Backwards<terms()>(m, load(mirrored, v), historyM[v], step), d, workAt(mirrored, v));
+            hn::StoreU(Forwards<terms()>(p, factorsP, load(i, v), historyP[v], step), d, workAt(i, v));
+            hn::StoreU(Backwards<terms()>(m, factorsM, load(mirrored, v), historyM[v], step), d, workAt(mirrored, v));
         }
     };
     const auto beyond = [&](size_t i, size_t step) KORVANE_INLINE {
         const size_t mirrored = length - 1 - i;
         for (size_t v = 0; v < kVectors; ++v) {
-            const Floats vp = Forwards<kOrder>(p, load(i, v), historyP[v], step);
+            const Floats vp = Forwards<kOrder>(p, factorsP, load(i, v), historyP[v], step);
             store(hn::Add(vp, hn::LoadU(d, workAt(i, v))), i, v);
-            const Floats vm = Backwards<kOrder>(m, load(mirrored, v), historyM[v], step);
+            const Floats vm = Backwards<kOrder>(m, factorsM, load(mirrored, v), historyM[v], step);
             store(hn::Add(hn::LoadU(d, workAt(mirrored, v)), vm), mirrored, v);
+        }
+    };
+
+    const auto rotate = [&]() KORVANE_INLINE {
+        for (size_t v = 0; v < kVectors; ++v) {
+            Rotate(historyP[v]);
+            Rotate(historyM[v]);
         }
     };
 
@@ -183,14 +216,18 @@ void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* 
     apart(Terms<1>(), 1, 1);
     apart(Terms<2>(), 2, 2);
     apart(Terms<3>(), 3, 3);
-    ForEachStep(kOrder, half, [&](size_t i, size_t step) KORVANE_INLINE { apart(Terms<kOrder>(), i, step); });
-    for (size_t v = 0; length % 2 != 0 && v < kVectors; ++v) {
-        const Floats read = load(half, v);
-        const Floats vp = Forwards<kOrder>(p, read, historyP[v], half);
-        const Floats vm = Backwards<kOrder>(m, read, historyM[v], half);
-        store(hn::Add(vp, vm), half, v);
+    ForEachStep(
+        kOrder, half, [&](size_t i, size_t step) KORVANE_INLINE { apart(Terms<kOrder>(), i, step); }, rotate);
+    if (length % 2 != 0) {
+        for (size_t v = 0; v < kVectors; ++v) {
+            const Floats read = load(half, v);
+            const Floats vp = Forwards<kOrder>(p, factorsP, read, historyP[v], 0);
+            const Floats vm = Backwards<kOrder>(m, factorsM, read, historyM[v], 0);
+            store(hn::Add(vp, vm), half, v);
+        }
+        rotate();
     }
-    ForEachStep(length - half, length, beyond);
+    ForEachStep(length - half, length, beyond, rotate);
 }
 
 class Blur {
