@@ -322,7 +322,7 @@ HWY_NOINLINE void BlurRows(unsigned char* image, size_t w, size_t h, const Kerne
 // A block of columns is walked together: wide enough to use many cache lines of each page that it enters, narrow enough
 // that its ring and its rows in the window stay in the second-level cache.
 constexpr size_t kMaxBlockBytes = 1024;
-constexpr size_t kMaxRingBytes = 128 * 1024;
+constexpr size_t kMaxRingBytes = size_t{128} * 1024;
 static_assert(kMaxBlockBytes / 2 * (kStackBlurMaxRadius + 1) <= kMaxRingBytes);
 constexpr size_t kRowsAtOnce = 4;
 constexpr size_t kRowsAhead = 4;

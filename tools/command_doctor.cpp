@@ -39,6 +39,7 @@ struct Findings {
 std::vector<std::pair<const char*, bool>> look_up(const std::vector<const char*>& names, const char* list) {
     const std::string padded = " " + std::string(list) + " ";
     std::vector<std::pair<const char*, bool>> found;
+    found.reserve(names.size());
     for (const char* name : names) {
         found.emplace_back(name, padded.find(" " + std::string(name) + " ") != std::string::npos);
     }

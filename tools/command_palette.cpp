@@ -2,7 +2,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <iostream>
 #include <memory>
 #include <utility>
 #include <vector>

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <utility>
 
@@ -21,7 +22,7 @@ size_t terminal_columns() {
 
 // "1:02:03" or "2:03".
 std::string clock_text(double seconds) {
-    const auto whole = static_cast<unsigned long>(seconds + 0.5);
+    const auto whole = static_cast<unsigned long>(std::lround(seconds));
     char text[40];
     if (whole >= 3600) {
         std::snprintf(text, sizeof(text), "%lu:%02lu:%02lu", whole / 3600, whole / 60 % 60, whole % 60);

@@ -10,13 +10,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <limits>
 #include <new>
-#include <optional>
 #include <sstream>
 #include <vector>
 

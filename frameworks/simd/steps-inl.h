@@ -73,9 +73,10 @@ HWY_INLINE size_t ForWholeVectors(const uint8_t* from, uint8_t* to, size_t count
 // Calls body(tag) with the longest vector of at most kWide, kNarrow or 1 lanes that `count` elements fill.
 template <typename T, size_t kWide, size_t kNarrow, class Body>
 HWY_INLINE void WithLongestVector(size_t count, const Body& body) {
+    // NOLINTNEXTLINE(bugprone-branch-clone): each time with another tag.
     if (count >= hn::Lanes(hn::CappedTag<T, kWide>())) {
         body(hn::CappedTag<T, kWide>());
-    } else if (count >= hn::Lanes(hn::CappedTag<T, kNarrow>())) {  // NOLINT(bugprone-branch-clone): another tag
+    } else if (count >= hn::Lanes(hn::CappedTag<T, kNarrow>())) {
         body(hn::CappedTag<T, kNarrow>());
     } else {
         body(hn::CappedTag<T, 1>());

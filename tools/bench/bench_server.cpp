@@ -9,7 +9,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <optional>
 #include <semaphore>
 #include <string_view>
@@ -33,7 +32,7 @@ using httplib::Response;
 using Clock = std::chrono::steady_clock;
 
 constexpr size_t kThreads = 64;
-constexpr size_t kMaxQuestionBytes = 64 * 1024;
+constexpr size_t kMaxQuestionBytes = size_t{64} * 1024;
 constexpr size_t kLeastPreviewPixels = 1024;
 constexpr ptrdiff_t kDecodersAtOnce = 2;
 constexpr size_t kUploadBytesAtOnce = size_t{512} << 20;
@@ -228,9 +227,8 @@ class BenchServer::Parts {
                 refuse(response, response.status, "this request cannot be served");
             }
         });
-        m_Server.set_exception_handler([](const Request& /*request*/, Response& response, std::exception_ptr fault) {
-            answer_fault(response, fault);
-        });
+        m_Server.set_exception_handler([](const Request& /*request*/, Response& response,
+                                          const std::exception_ptr& fault) { answer_fault(response, fault); });
     }
 
     // Before the body is read.
@@ -441,10 +439,10 @@ class BenchServer::Parts {
             run_chain(photo, chain, scale);
             timing.add("draw");
         });
-        std::string file = encode_bmp(photo);
+        const std::string file = encode_bmp(photo);
         timing.add("encode");
         response.set_header("Server-Timing", timing.text());
-        response.set_content(std::move(file), "image/bmp");
+        response.set_content(file, "image/bmp");
     }
 
     void save_photo(const httplib::ContentReader& reader, Response& response) {

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <cctype>
 #include <map>
 
 #include "applications/filters/filter_description.h"
-#include "applications/filters/gpu_image_filter_base.h"
 #include "applications/filters/gpu_image_filter_factory.h"
 #include "korvane/version.h"
 #include "tools/command.h"

@@ -6,7 +6,6 @@
 #include <cctype>
 #include <filesystem>
 #include <iostream>
-#include <sstream>
 
 #include "tools/command.h"
 #include "tools/photo/file_io.h"
