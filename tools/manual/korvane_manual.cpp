@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Writes the manual page and the completions into a folder. usage: korvane_manual FOLDER DATE
+#include <fstream>
 #include <iostream>
 #include <string>
 
