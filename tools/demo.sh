@@ -2,11 +2,16 @@
 # SPDX-License-Identifier: Apache-2.0
 # Blurs and dims a picture from C++ (korvane blur) and from Java (BlurRender on a Java virtual machine), and checks that
 # both come to the same; then makes a page with every effect. Called by ./dev demo.
-# usage: tools/demo.sh BUILD_DIR OUT_DIR [PHOTO.jpg]
+# usage: tools/demo.sh [--without-page] BUILD_DIR OUT_DIR [PHOTO]
 set -euo pipefail
 
+with_page=true
+if [ "${1:-}" = --without-page ]; then
+    with_page=false
+    shift
+fi
 if [ $# -lt 2 ] || [ $# -gt 3 ]; then
-    echo "usage: tools/demo.sh BUILD_DIR OUT_DIR [PHOTO.jpg]" >&2
+    echo "usage: tools/demo.sh [--without-page] BUILD_DIR OUT_DIR [PHOTO]" >&2
     exit 2
 fi
 build=$1
@@ -37,16 +42,18 @@ if ! difference=$(java -Djava.awt.headless=true -cp "$build/java/korvane_demo.ja
     exit 1
 fi
 
-gallery=()
-[ "$photo" = "$out/scene.jpg" ] || gallery=(--photo "$photo")
-bench=$(dirname "$out")/bench.json
-[ ! -f "$bench" ] || gallery+=(--bench "$bench")
-tools/bench/gallery.py "$build" "$out" "${gallery[@]}"
-
 folder=$(cd "$out" && pwd)
 cat <<TEXT
 The picture                 $(realpath "$photo")
 Blurred and dimmed by C++   $folder/blurred_by_cpp.jpg
 The same through Java       $folder/blurred_by_java.jpg   (differs by $difference of 255 in the mean)
-All effects, in a browser   file://$folder/index.html
 TEXT
+
+if $with_page; then
+    gallery=()
+    [ "$photo" = "$out/scene.jpg" ] || gallery=(--photo "$photo")
+    bench=$(dirname "$out")/bench.json
+    [ ! -f "$bench" ] || gallery+=(--bench "$bench")
+    "$(dirname "${BASH_SOURCE[0]}")/bench/gallery.py" "$build" "$out" "${gallery[@]}"
+    echo "All effects, in a browser   file://$folder/index.html"
+fi
