@@ -12,7 +12,7 @@ function(korvane_add_test name)
     set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name})
     korvane_configure_target(${target})
     target_link_libraries(${target} PRIVATE korvane_test_support GTest::gtest_main ${arg_LIBRARIES})
-    if(KORVANE_PRECOMPILE_TESTS)
+    if(KORVANE_BULK_BUILD)
         # Sharing them takes equal flags; both compilers make position independent programs by themselves.
         set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
         target_precompile_headers(${target} REUSE_FROM korvane_test_support)
