@@ -8,6 +8,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <new>
 #include <shared_mutex>
 #include <thread>
 
@@ -23,9 +24,10 @@ std::atomic<bool> gIsEnding{false};
 sem_t gArrived;
 
 // Never destroyed: the watching thread lives as long as the program.
-std::shared_mutex*& file_gate() {
-    static auto* gate = new std::shared_mutex;
-    return gate;
+std::shared_mutex& file_gate() {
+    alignas(std::shared_mutex) static unsigned char memory[sizeof(std::shared_mutex)];
+    static auto* gate = new (memory) std::shared_mutex;
+    return *gate;
 }
 
 void note_interrupt(int signal) {
@@ -41,7 +43,7 @@ void end_on_interrupt() {
     }
     gIsEnding = true;
     // No file is being written once this is locked.
-    file_gate()->lock();
+    file_gate().lock();
     ::signal(gSignal, SIG_DFL);
     raise(gSignal);
 }
@@ -71,20 +73,20 @@ void watch_interrupts() {
 
 void watch_interrupts_in_child() {
     // What the parent's threads held stays locked for ever here. The semaphore is kept: it may have a signal already.
-    file_gate() = new std::shared_mutex;
+    new (&file_gate()) std::shared_mutex;
     std::thread(end_on_interrupt).detach();
 }
 
 UninterruptedSection::UninterruptedSection() {
-    file_gate()->lock_shared();
+    file_gate().lock_shared();
     if (gIsEnding) {
-        file_gate()->unlock_shared();
+        file_gate().unlock_shared();
         await_interrupt();
     }
 }
 
 UninterruptedSection::~UninterruptedSection() {
-    file_gate()->unlock_shared();
+    file_gate().unlock_shared();
 }
 
 bool interrupt_is_pending() {
