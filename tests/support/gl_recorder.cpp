@@ -168,9 +168,12 @@ bool GlRecorder::find_answer(const char* function, uint64_t* result) {
 }
 
 bool GlRecorder::find_injected(const char* function, uint64_t* result) {
+    // Not the names of framebuffers: without one the engine's own surface is drawn on, which has no pixels, and there
+    // Mesa's plain rasteriser reads astray.
     static const std::regex kTakesMemory(
-        "egl(Create|Initialize|MakeCurrent|ChooseConfig).*|"
-        "gl(Gen|Create|BufferData|MapBuffer|TexImage|Framebuffer|CheckFramebuffer|Draw|Read|Blit|GetProgramBinary).*");
+        "egl(Create|Initialize|MakeCurrent|ChooseConfig).*|gl(Gen(Textures|Buffers)|Create|BufferData|MapBuffer|"
+        "TexImage|"
+        "Framebuffer|CheckFramebuffer|Draw|Read|Blit|GetProgramBinary).*");
     if (m_Injected.callsLeft > 0 && std::regex_match(function, kTakesMemory) && --m_Injected.callsLeft == 0) {
         m_HasFailed = true;
         const bool isGl = function[0] == 'g';
