@@ -78,7 +78,7 @@ std::string bash_values(const ManualCommand& command) {
     return result;
 }
 
-// Brackets and colons end parts of a specification.
+// Within an argument of _arguments, brackets and colons divide.
 std::string zsh(const std::string& text) {
     std::string result;
     for (const char c : text) {
@@ -97,7 +97,7 @@ std::string zsh_action(const ManualOption& option) {
     return option.takesFile ? ":file:_files" : ":value: ";
 }
 
-std::string zsh_specification(const ManualOption& option, size_t& place) {
+std::string zsh_argument(const ManualOption& option, size_t& place) {
     if (option.names.empty()) {
         return shell((option.isRepeated ? "*" : std::to_string(++place)) + zsh_action(option));
     }
@@ -107,9 +107,9 @@ std::string zsh_specification(const ManualOption& option, size_t& place) {
     for (const std::string& name : option.names) {
         const std::string others = repeat.empty() ? "(" + joined(option.names) + ")" : "";
         const std::string separator = !takes_value(option) ? "" : name.starts_with("--") ? "=" : "+";
-        std::string specification = others;
-        specification.append(repeat).append(name).append(separator).append(rest);
-        result.append(result.empty() ? "" : " ").append(shell(specification));
+        std::string argument = others;
+        argument.append(repeat).append(name).append(separator).append(rest);
+        result.append(result.empty() ? "" : " ").append(shell(argument));
     }
     return result;
 }
@@ -204,7 +204,7 @@ std::string zsh_completion(std::span<const ManualCommand> commands) {
         cases += "        " + command.name + ")\n            _arguments -s";
         size_t place = 0;
         for (const ManualOption& option : command.options) {
-            cases += " \\\n                " + zsh_specification(option, place);
+            cases += " \\\n                " + zsh_argument(option, place);
         }
         cases += " ;;\n";
     }
