@@ -6,11 +6,11 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <new>
 #include <vector>
 
 #include "algorithms/fast_detection_frame.h"
 #include "algorithms/fast_detection_scalar.h"
+#include "frameworks/core/guard.h"
 #include "frameworks/core/memory.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -237,9 +237,11 @@ void fast16(const unsigned char* img, std::vector<KeyPoint>& keypoints, int widt
     if (frame.is_empty()) {
         return;
     }
-    try {
+    const bool is_done = korvane::guarded(false, [&] {
         korvane::DetectCorners(img, keypoints, frame, *params);
-    } catch (const std::bad_alloc&) {
+        return true;
+    });
+    if (!is_done) {
         keypoints.clear();
     }
 }

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <limits>
-#include <new>
 
 #include "applications/gif_maker/cell_pixels.h"
 #include "applications/gif_maker/palette_refinement.h"
+#include "frameworks/core/guard.h"
 #include "frameworks/core/memory.h"
 
 namespace {
@@ -397,16 +397,15 @@ bool ColorQuantizer::refine(const korvane::CellPixels& pixels, int32_t boxCount)
 }
 
 void ColorQuantizer::appendMeans(int32_t boxCount) {
-    try {
+    // Short memory leaves the palette empty.
+    korvane::guarded([&] {
         colors.reserve(static_cast<size_t>(boxCount));
-    } catch (const std::bad_alloc&) {
-        return;
-    }
-    for (int32_t k = 0; k < boxCount; ++k) {
-        const int64_t divisor = std::max<int64_t>(sums[k], 1);
-        colors.push_back({static_cast<int32_t>(reds[k] / divisor), static_cast<int32_t>(greens[k] / divisor),
-                          static_cast<int32_t>(blues[k] / divisor), 255});
-    }
+        for (int32_t k = 0; k < boxCount; ++k) {
+            const int64_t divisor = std::max<int64_t>(sums[k], 1);
+            colors.push_back({static_cast<int32_t>(reds[k] / divisor), static_cast<int32_t>(greens[k] / divisor),
+                              static_cast<int32_t>(blues[k] / divisor), 255});
+        }
+    });
 }
 
 void ColorQuantizer::release() {
