@@ -37,24 +37,18 @@ public final class CameraFrames {
     public static byte[] nv21(ByteBuffer y, int yRowStride, ByteBuffer u, ByteBuffer v, int chromaRowStride,
             int chromaPixelStride, int width, int height) {
         byte[] out = new byte[checkedBytes(width, height, 3)];
-        Plane luma = new Plane(y, "y", yRowStride, 1, width, height);
-        Plane blue = new Plane(u, "u", chromaRowStride, chromaPixelStride, width / 2, height / 2);
-        Plane red = new Plane(v, "v", chromaRowStride, chromaPixelStride, width / 2, height / 2);
-        byte[] row = new byte[width];
-        byte[] blueRow = new byte[width / 2];
-        byte[] redRow = new byte[width / 2];
+        Planes in = new Planes(y, yRowStride, u, v, chromaRowStride, chromaPixelStride, width, height);
         int at = 0;
-        for (int line = 0; line < height; ++line) {
-            luma.read(line, row);
-            System.arraycopy(row, 0, out, at, width);
+        for (int row = 0; row < height; ++row) {
+            System.arraycopy(in.luma.read(row), 0, out, at, width);
             at += width;
         }
-        for (int line = 0; line < height / 2; ++line) {
-            blue.read(line, blueRow);
-            red.read(line, redRow);
+        for (int row = 0; row < height / 2; ++row) {
+            byte[] blue = in.blue.read(row);
+            byte[] red = in.red.read(row);
             for (int x = 0; x < width / 2; ++x) {
-                out[at++] = redRow[x];
-                out[at++] = blueRow[x];
+                out[at++] = red[x];
+                out[at++] = blue[x];
             }
         }
         return out;
@@ -77,24 +71,19 @@ public final class CameraFrames {
     public static byte[] yuyv(ByteBuffer y, int yRowStride, ByteBuffer u, ByteBuffer v, int chromaRowStride,
             int chromaPixelStride, int width, int height) {
         byte[] out = new byte[checkedBytes(width, height, 4)];
-        Plane luma = new Plane(y, "y", yRowStride, 1, width, height);
-        Plane blue = new Plane(u, "u", chromaRowStride, chromaPixelStride, width / 2, height / 2);
-        Plane red = new Plane(v, "v", chromaRowStride, chromaPixelStride, width / 2, height / 2);
-        byte[] row = new byte[width];
-        byte[] blueRow = new byte[width / 2];
-        byte[] redRow = new byte[width / 2];
+        Planes in = new Planes(y, yRowStride, u, v, chromaRowStride, chromaPixelStride, width, height);
         int at = 0;
-        for (int line = 0; line < height; ++line) {
-            luma.read(line, row);
-            if (line % 2 == 0) {
-                blue.read(line / 2, blueRow);
-                red.read(line / 2, redRow);
-            }
-            for (int x = 0; x < width / 2; ++x) {
-                out[at++] = row[2 * x];
-                out[at++] = blueRow[x];
-                out[at++] = row[2 * x + 1];
-                out[at++] = redRow[x];
+        for (int pair = 0; pair < height / 2; ++pair) {
+            byte[] blue = in.blue.read(pair);
+            byte[] red = in.red.read(pair);
+            for (int row = 2 * pair; row < 2 * pair + 2; ++row) {
+                byte[] luma = in.luma.read(row);
+                for (int x = 0; x < width / 2; ++x) {
+                    out[at++] = luma[2 * x];
+                    out[at++] = blue[x];
+                    out[at++] = luma[2 * x + 1];
+                    out[at++] = red[x];
+                }
             }
         }
         return out;
@@ -108,12 +97,26 @@ public final class CameraFrames {
         return bytes;
     }
 
+    private static final class Planes {
+        final Plane luma;
+        final Plane blue;
+        final Plane red;
+
+        Planes(ByteBuffer y, int yRowStride, ByteBuffer u, ByteBuffer v, int chromaRowStride, int chromaPixelStride,
+                int width, int height) {
+            luma = new Plane(y, "y", yRowStride, 1, width, height);
+            blue = new Plane(u, "u", chromaRowStride, chromaPixelStride, width / 2, height / 2);
+            red = new Plane(v, "v", chromaRowStride, chromaPixelStride, width / 2, height / 2);
+        }
+    }
+
     private static final class Plane {
         private final ByteBuffer bytes;
         private final int start;
         private final int rowStride;
         private final int pixelStride;
         private final byte[] line;
+        private final byte[] values;
 
         Plane(ByteBuffer buffer, String name, int rowStride, int pixelStride, int width, int height) {
             bytes = Checks.notNull(buffer, name).duplicate();
@@ -129,14 +132,17 @@ public final class CameraFrames {
                         name + " has " + bytes.remaining() + " bytes; it must have " + needed);
             }
             line = new byte[rowBytes];
+            values = new byte[width];
         }
 
-        void read(int row, byte[] values) {
+        /** The values of a row, in an array that the next read changes. */
+        byte[] read(int row) {
             bytes.position(start + row * rowStride);
             bytes.get(line);
             for (int x = 0; x < values.length; ++x) {
                 values[x] = line[x * pixelStride];
             }
+            return values;
         }
     }
 }
