@@ -23,9 +23,8 @@ function(korvane_configure_target target)
         target_compile_options(${target} PRIVATE -fsanitize=${KORVANE_SANITIZE} -fno-sanitize-recover=all
                                                  -fno-omit-frame-pointer)
         target_link_options(${target} PRIVATE -fsanitize=${KORVANE_SANITIZE})
-        # One vector target beside the baseline is enough to find a stray access, and keeps instrumented builds short.
         target_compile_definitions(${target} PRIVATE KORVANE_SANITIZED
-                                                     "HWY_DISABLED_TARGETS=(HWY_AVX3_DL|HWY_AVX3|HWY_SSSE3)")
+                                                     "HWY_DISABLED_TARGETS=(${KORVANE_SANITIZE_WITHOUT})")
     endif()
     target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
 endfunction()

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // Any bytes at all as a JPEG file: the decoder must answer, keep its memory together, and on failure leave the caller's
 // image as it was. The sanitizers see the rest.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 #include "frameworks/images/image_decoder_factory.h"
 #include "frameworks/images/jpeg_decoder.h"
 #include "frameworks/io/memory_stream.h"
+#include "tests/fuzz/fuzz.h"
 
 namespace {
 
@@ -40,12 +38,6 @@ bool declares_too_much(const uint8_t* data, size_t size) {
     return false;
 }
 
-void require(bool holds) {
-    if (!holds) {
-        abort();
-    }
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -59,17 +51,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     auto_ptr<ImageDecoder> decoder(new JpegDecoder);
     const unsigned char* pixels = image->getPlanes()[0];
     if (!decoder->decode(stream, image)) {
-        require(image->getWidth() == 2 && image->getHeight() == 3 && image->getPlanes()[0] == pixels);
-        require(memcmp(pixels, before, sizeof(before)) == 0);
+        REQUIRE(image->getWidth() == 2 && image->getHeight() == 3 && image->getPlanes()[0] == pixels);
+        REQUIRE(memcmp(pixels, before, sizeof(before)) == 0);
         return 0;
     }
     const size_t bytes =
         static_cast<size_t>(image->getWidth()) * image->getHeight() * static_cast<size_t>(image->getDepthType());
-    require((image->getPlanes()[0] == nullptr) == (image->getFormatType() == IMAGE_FORMAT_TYPE_NONE));
+    REQUIRE((image->getPlanes()[0] == nullptr) == (image->getFormatType() == IMAGE_FORMAT_TYPE_NONE));
     uint32_t sum = 0;
     for (size_t i = 0; image->getPlanes()[0] != nullptr && i < bytes; ++i) {
         sum += image->getPlanes()[0][i];
     }
-    require(sum <= bytes * 255);
+    REQUIRE(sum <= bytes * 255);
     return 0;
 }

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the fuzz targets share. Buffers have exactly the documented size, so that the address sanitizer sees the first
+// byte behind them; those of no bytes still lie somewhere, since null is another case.
+#ifndef KORVANE_TESTS_FUZZ_FUZZ_H_
+#define KORVANE_TESTS_FUZZ_FUZZ_H_
+
+#include <fuzzer/FuzzedDataProvider.h>
+#include <hwy/targets.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <utility>
+#include <vector>
+
+using Bytes = std::vector<unsigned char>;
+
+// Like assert, in every build.
+#define REQUIRE(condition) \
+    ((condition) ? void() : (std::fprintf(stderr, "%s:%d: no: %s\n", __FILE__, __LINE__, #condition), std::abort()))
+
+class Input : public FuzzedDataProvider {
+  public:
+    using FuzzedDataProvider::FuzzedDataProvider;
+
+    template <typename T>
+    T between(T least, T most) {
+        return ConsumeIntegralInRange<T>(least, most);
+    }
+
+    bool one_in(int count) { return between(1, count) == 1; }
+
+    // -1 to `most`, now and then any int at all.
+    int hostile(int most) { return one_in(32) ? ConsumeIntegral<int>() : between(-1, most); }
+
+    // A whole number over `divisor`, now and then any float at all.
+    float number(float divisor) {
+        const auto bits = ConsumeIntegral<uint32_t>();
+        float value = static_cast<float>(static_cast<int16_t>(bits)) / divisor;
+        if (bits % 16 == 0) {
+            std::memcpy(&value, &bits, sizeof(value));
+        }
+        return value;
+    }
+
+    // What the input lacks goes on with noise that depends on what it has; with flat parts for half of the inputs.
+    Bytes bytes(size_t count) {
+        Bytes result = buffer(count);
+        const size_t given = ConsumeData(result.data(), count);
+        uint32_t state = static_cast<uint32_t>(given);
+        for (size_t i = 0; i < count; ++i) {
+            state = state * 1664525 + 1013904223 + (i < given ? result[i] : 0);
+            if (i >= given) {
+                result[i] = static_cast<unsigned char>(state >> (given % 2 == 0 ? 30 : 24));
+            }
+        }
+        return result;
+    }
+
+    static Bytes buffer(size_t count, unsigned char fill = 0) {
+        Bytes result(count, fill);
+        result.reserve(1);
+        return result;
+    }
+};
+
+// Runs `work` with the kernels of every instruction set of this processor; all must give what the plain loops give,
+// which stand in for the instruction set that has none of ours.
+template <typename Work>
+void on_every_target(const Work& work) {
+    static const std::vector<int64_t> targets = hwy::SupportedAndGeneratedTargets();
+    std::optional<decltype(work())> expected;
+    for (auto target = targets.rbegin(); target != targets.rend(); ++target) {
+        hwy::GetChosenTarget().Update(*target);
+        auto result = work();
+        if (expected && result != *expected) {
+            std::fprintf(stderr, "%s differs\n", hwy::TargetName(*target));
+            std::abort();
+        }
+        expected = expected ? std::move(expected) : std::move(result);
+    }
+}
+
+#endif  // KORVANE_TESTS_FUZZ_FUZZ_H_
