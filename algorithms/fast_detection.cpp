@@ -19,6 +19,7 @@
 // Behind foreach_target, which sets the target that they read.
 #include <hwy/cache_control.h>
 
+#include "frameworks/simd/bytes-inl.h"
 #include "frameworks/simd/kernel-inl.h"
 #include "frameworks/simd/steps-inl.h"
 
@@ -70,44 +71,45 @@ HWY_INLINE V BestEnds(Inner inner, Outer outer, V a0, V a8, V b0, V b8) {
 
 struct RowJob {
     const unsigned char* line;  // the row of the image
-    const int* pixel;           // offsets of the circle
-    size_t aheadBytes;          // to the lowest row of the next row's circles
+    ptrdiff_t stride;
     unsigned char threshold;
     bool isScored;
     unsigned char* row;  // out: score (or any other value but 0) of each corner; cleared before
 };
 
-// Works on the brightness of the circle's pixels; the centre is compared once with the result for a whole arc.
+// Works on the brightness of the circle's pixels; the centre is compared once with the result for a whole arc. False
+// when no pixel of the block is a corner. The job comes by value: a store to a byte may change whatever is not the
+// function's own.
 template <class D>
-HWY_INLINE void ScoreBlock(D d, const RowJob& job, size_t at) {
+HWY_INLINE bool ScoreBlock(D d, const RowJob job, size_t at) {
     const unsigned char* centre = job.line + at;
-    const auto circle = [&](int k) KORVANE_INLINE { return hn::LoadU(d, centre + job.pixel[k]); };
+    const auto circle = [&](ptrdiff_t dx, ptrdiff_t dy)
+                            KORVANE_INLINE { return hn::LoadU(d, centre + dy * job.stride + dx); };
     const auto value = hn::LoadU(d, centre);
-    // Harmless below the last row: a prefetch never faults.
-    hwy::Prefetch(centre + job.aheadBytes);
+    // The lowest row of the next row's circles. Harmless below the last row: a prefetch never faults.
+    hwy::Prefetch(centre + 4 * job.stride);
     const auto threshold = hn::Set(d, job.threshold);
     const auto ceiling = hn::SaturatedAdd(value, threshold);
     const auto floor = hn::SaturatedSub(value, threshold);
-    const auto zero = hn::Zero(d);
 
-    const auto p0 = circle(0), p4 = circle(4), p8 = circle(8), p12 = circle(12);
+    const auto p0 = circle(0, 3), p4 = circle(3, 0), p8 = circle(0, -3), p12 = circle(-3, 0);
     auto bright = hn::SaturatedSub(BestEnds(Least(), Greatest(), p0, p8, p4, p12), ceiling);
     auto dark = hn::SaturatedSub(floor, BestEnds(Greatest(), Least(), p0, p8, p4, p12));
-    if (hn::AllTrue(d, hn::Eq(hn::Or(bright, dark), zero))) {
-        return;
+    if (IsAllZero(d, hn::Or(bright, dark))) {
+        return false;
     }
-    const auto p2 = circle(2), p6 = circle(6), p10 = circle(10), p14 = circle(14);
+    const auto p2 = circle(2, 2), p6 = circle(2, -2), p10 = circle(-2, -2), p14 = circle(-2, 2);
     bright = hn::Min(bright, hn::SaturatedSub(BestEnds(Least(), Greatest(), p2, p10, p6, p14), ceiling));
     dark = hn::Min(dark, hn::SaturatedSub(floor, BestEnds(Greatest(), Least(), p2, p10, p6, p14)));
-    const bool hasBright = !hn::AllTrue(d, hn::Eq(bright, zero));
-    const bool hasDark = !hn::AllTrue(d, hn::Eq(dark, zero));
+    const bool hasBright = !IsAllZero(d, bright);
+    const bool hasDark = !IsAllZero(d, dark);
     if (!hasBright && !hasDark) {
-        return;
+        return false;
     }
 
-    const auto p1 = circle(1), p3 = circle(3), p5 = circle(5), p7 = circle(7);
-    const auto p9 = circle(9), p11 = circle(11), p13 = circle(13), p15 = circle(15);
-    auto difference = zero;
+    const auto p1 = circle(1, 3), p3 = circle(3, 1), p5 = circle(3, -1), p7 = circle(1, -3);
+    const auto p9 = circle(-1, -3), p11 = circle(-3, -1), p13 = circle(-3, 1), p15 = circle(-1, 3);
+    auto difference = hn::Zero(d);
     if (hasBright) {
         const auto arc =
             BestArc(Least(), Greatest(), p0, p1, p2, p3, p4, p5, p6, p7, p8, p9, p10, p11, p12, p13, p14, p15);
@@ -119,7 +121,9 @@ HWY_INLINE void ScoreBlock(D d, const RowJob& job, size_t at) {
         difference = hn::Max(difference, hn::SaturatedSub(value, arc));
     }
     const auto score = job.isScored ? hn::SaturatedSub(difference, hn::Set(d, uint8_t{1})) : difference;
-    hn::StoreU(hn::IfThenElseZero(hn::Gt(difference, threshold), score), d, job.row + at);
+    const auto corners = hn::IfThenElseZero(hn::Gt(difference, threshold), score);
+    hn::StoreU(corners, d, job.row + at);
+    return !IsAllZero(d, corners);
 }
 
 // Bit i tells whether the pixel in column at + i is kept.
@@ -127,9 +131,6 @@ template <class D>
 HWY_INLINE uint64_t KeptInBlock(D d, const unsigned char* above, const unsigned char* own, const unsigned char* below,
                                 size_t at, bool suppress) {
     const auto score = hn::LoadU(d, own + at);
-    if (hn::AllTrue(d, hn::Eq(score, hn::Zero(d)))) {
-        return 0;
-    }
     const auto greatest_of_three = [&](const unsigned char* row) KORVANE_INLINE {
         return hn::Max(hn::Max(hn::LoadU(d, row - 1), hn::LoadU(d, row + 1)), hn::LoadU(d, row));
     };
@@ -145,30 +146,47 @@ HWY_INLINE uint64_t KeptInBlock(D d, const unsigned char* above, const unsigned 
     return bits;
 }
 
-// Calls body(tag, at) for vectors that cover the columns [first, end). Some columns may come twice.
-template <class Body>
-HWY_INLINE void ForEachBlock(size_t first, size_t end, const Body& body) {
-    WithLongestVector<uint8_t, 64, 16>(end - first, [&](auto d) KORVANE_INLINE {
-        ForOverlappingSteps(first, end, hn::Lanes(d), [&](size_t at) KORVANE_INLINE { body(d, at); });
-    });
-}
-
 struct Columns {
     size_t first;
     size_t end;
 };
 
-HWY_NOINLINE void ScoreRow(const RowJob& job, const Columns& columns) {
-    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at) KORVANE_INLINE { ScoreBlock(d, job, at); });
+// Calls body(tag) with the vectors that the blocks of a row have.
+template <class Body>
+HWY_INLINE void WithBlockTag(const Columns& columns, const Body& body) {
+    WithLongestVector<uint8_t, 64, 16>(columns.end - columns.first, body);
 }
 
+// Lists where the blocks with corners begin, and returns how many they are. Some columns may come twice.
+HWY_NOINLINE size_t ScoreRow(const RowJob& job, const Columns& columns, uint32_t* blocks) {
+    size_t count = 0;
+    WithBlockTag(columns, [&](auto d) KORVANE_INLINE {
+        size_t found = 0;
+        ForOverlappingSteps(columns.first, columns.end, hn::Lanes(d), [&, job](size_t at) KORVANE_INLINE {
+            if (ScoreBlock(d, job, at)) {
+                blocks[found++] = static_cast<uint32_t>(at);
+            }
+        });
+        count = found;
+    });
+    return count;
+}
+
+struct Blocks {
+    const uint32_t* first;
+    size_t count;
+};
+
 HWY_NOINLINE void EmitRow(const unsigned char* above, const unsigned char* own, const unsigned char* below,
-                          const Columns& columns, bool suppress, CornerThinner& thinner) {
-    ForEachBlock(columns.first, columns.end, [&](auto d, size_t at) KORVANE_INLINE {
-        // A column that comes twice does no harm: its bin was taken the first time.
-        uint64_t bits = KeptInBlock(d, above, own, below, at, suppress);
-        for (; bits != 0; bits &= bits - 1) {
-            thinner.add(static_cast<int>(at + hwy::Num0BitsBelowLS1Bit_Nonzero64(bits)));
+                          const Columns& columns, const Blocks& blocks, bool suppress, CornerThinner& thinner) {
+    WithBlockTag(columns, [&](auto d) KORVANE_INLINE {
+        for (size_t i = 0; i < blocks.count; ++i) {
+            // A column that comes twice does no harm: its bin was taken the first time.
+            const size_t at = blocks.first[i];
+            uint64_t bits = KeptInBlock(d, above, own, below, at, suppress);
+            for (; bits != 0; bits &= bits - 1) {
+                thinner.add(static_cast<int>(at + hwy::Num0BitsBelowLS1Bit_Nonzero64(bits)));
+            }
         }
     });
 }
@@ -185,23 +203,30 @@ void DetectCorners(const unsigned char* img, std::vector<KeyPoint>& keypoints, c
     if (work == nullptr) {
         return;
     }
-    // Three rows in rotation, with a spare byte on each side that is always 0.
+    // In rotation, the blocks with corners of two rows and the scores of three, with a spare byte on each side of a row
+    // that is always 0.
     const size_t columns = static_cast<size_t>(frame.width);
-    const auto row_of = [&](int64_t i) { return work.get() + static_cast<size_t>(i % 3) * (columns + 2) + 1; };
-    int pixel[25];
-    makeOffsets(pixel, static_cast<int>(frame.width), 16);
+    const auto blocks_of = [&](int64_t i) {
+        return reinterpret_cast<uint32_t*>(work.get()) + static_cast<size_t>(i % 2) * columns;
+    };
+    unsigned char* const rows = reinterpret_cast<unsigned char*>(blocks_of(1) + columns);
+    const auto row_of = [&](int64_t i) { return rows + static_cast<size_t>(i % 3) * (columns + 2) + 1; };
+    const auto threshold = static_cast<unsigned char>(frame.threshold);
     const bool suppress = params.nonmax_suppression != 0;
     CornerThinner thinner(params.min_dist, keypoints);
 
+    size_t found = 0;
     for (int64_t i = frame.firstRow; i <= frame.endRow; ++i) {
         std::memset(row_of(i), 0, columns);
+        const size_t foundBefore = found;
         if (i < frame.endRow) {
-            const auto threshold = static_cast<unsigned char>(frame.threshold);
-            ScoreRow({img + i * frame.width, pixel, 4 * columns, threshold, suppress, row_of(i)}, ColumnsOf(frame, i));
+            found = ScoreRow({img + i * frame.width, static_cast<ptrdiff_t>(columns), threshold, suppress, row_of(i)},
+                             ColumnsOf(frame, i), blocks_of(i));
         }
         if (i > frame.firstRow) {
             thinner.begin_row(static_cast<int>(i - 1));
-            EmitRow(row_of(i - 2), row_of(i - 1), row_of(i), ColumnsOf(frame, i - 1), suppress, thinner);
+            EmitRow(row_of(i - 2), row_of(i - 1), row_of(i), ColumnsOf(frame, i - 1), {blocks_of(i - 1), foundBefore},
+                    suppress, thinner);
         }
     }
 }

@@ -578,6 +578,21 @@ HWY_INLINE ByteVector LoadLowBytes(const int32_t* from) {
 
 #endif
 
+template <class D>
+HWY_INLINE bool IsAllZero(D d, hn::Vec<D> bytes) {
+    return hn::AllTrue(d, hn::Eq(bytes, hn::Zero(d)));
+}
+
+#if HWY_TARGET == HWY_NEON
+
+// NEON has no test of a whole vector. The maxima of neighbours leave half of one, which a register holds.
+HWY_INLINE bool IsAllZero(ByteTag /*d*/, ByteVector bytes) {
+    const uint32x4_t quads = vreinterpretq_u32_u8(bytes.raw);
+    return vgetq_lane_u64(vreinterpretq_u64_u32(vpmaxq_u32(quads, quads)), 0) == 0;
+}
+
+#endif
+
 // Bits of comparisons, one below the other, in 32-bit lanes: FirstLess gives bit 0, AddLess<1> bit 1 and so on, of
 // a < b. What stands above the last bit is anything until LowByteBelow puts the lowest byte below `rest`, whose own is
 // 0.
