@@ -11,14 +11,13 @@
 
 namespace {
 
-using korvane::CellBase;
 using korvane::LowBits;
 
-constexpr size_t kSide = korvane::kCellsPerAxis;
+// Of the cumulative sums, which begin with a zero on each axis: pixel cell 0 is their cell 1.
+constexpr size_t kSide = korvane::kCellsPerAxis + 1;
 constexpr size_t kPlane = kSide * kSide;
-constexpr size_t kCells = korvane::kHistogramCells;
-constexpr int32_t kLastCell = 32;
-constexpr size_t kChannelValues = 256;
+constexpr size_t kCells = kSide * kSide * kSide;
+constexpr int32_t kLastCell = korvane::kCellsPerAxis;
 
 static_assert(ColorQuantizer::kMaxColors == korvane::kMaxPaletteColors);
 
@@ -58,6 +57,46 @@ struct FreeArray {
         return true;
     }
 };
+
+struct CellSums {
+    int64_t red;
+    int64_t green;
+    int64_t blue;
+    float squares;
+};
+
+// Of the pixels of one cell. The first loop is left to the compiler's vectors; what is added up in single precision is
+// added in the order of the pixels, since palettes depend on how it rounds.
+CellSums sums_of(const uint16_t* low, size_t count, const korvane::CellBase& base) {
+    constexpr size_t kChunk = 256;
+    const auto baseRed = static_cast<uint16_t>(base.red);
+    const auto baseGreen = static_cast<uint16_t>(base.green);
+    const auto baseBlue = static_cast<uint16_t>(base.blue);
+    float squares[kChunk];
+    CellSums sums = {};
+    for (size_t done = 0; done < count; done += kChunk) {
+        const size_t length = std::min(kChunk, count - done);
+        uint32_t reds = 0;
+        uint32_t greens = 0;
+        uint32_t blues = 0;
+        for (size_t i = 0; i < length; ++i) {
+            // 16 bits are enough, and vectors hold twice as many of them.
+            const auto red = static_cast<uint16_t>(baseRed + LowBits::red(low[done + i]));
+            const auto green = static_cast<uint16_t>(baseGreen + LowBits::green(low[done + i]));
+            const auto blue = static_cast<uint16_t>(baseBlue + LowBits::blue(low[done + i]));
+            reds += red;
+            greens += green;
+            blues += blue;
+            squares[i] = static_cast<float>(
+                static_cast<int32_t>(uint32_t{red} * red + uint32_t{green} * green + uint32_t{blue} * blue));
+        }
+        sums.red += reds;
+        sums.green += greens;
+        sums.blue += blues;
+        korvane::four_a_round(squares, length, [&](float square) { sums.squares += square; });
+    }
+    return sums;
+}
 
 // Turns the cells into sums over all cells with no coordinate greater.
 template <typename T>
@@ -200,9 +239,6 @@ void ColorQuantizer::prepare(int32_t width, int height) {
         return;
     }
     cubes[0] = {0, kLastCell, 0, kLastCell, 0, kLastCell, kLastCell * kLastCell * kLastCell};
-    for (size_t i = 0; i < kChannelValues; ++i) {
-        table[i] = static_cast<int32_t>(i * i);
-    }
     m_IsPrepared = true;
 }
 
@@ -212,22 +248,20 @@ bool ColorQuantizer::eachImageArray(const Visit& visit) {
     const auto pixels = static_cast<size_t>(imageSize);
     return visit(cubes, kMaxColors) && visit(weights, kCells) && visit(momentsRed, kCells) &&
            visit(momentsGreen, kCells) && visit(momentsBlue, kCells) && visit(moments, kCells) &&
-           visit(table, kChannelValues) && visit(quantizedPixels, pixels) && visit(pixelsR, pixels) &&
-           visit(pixelsG, pixels) && visit(pixelsB, pixels);
+           visit(quantizedPixels, pixels);
 }
 
 // What getPalette makes and frees.
 template <typename Visit>
 bool ColorQuantizer::eachPaletteArray(size_t entries, const Visit& visit) {
-    return visit(tag, kCells) && visit(reds, entries) && visit(greens, entries) && visit(blues, entries) &&
-           visit(sums, entries);
+    return visit(tag, korvane::kHistogramCells) && visit(reds, entries) && visit(greens, entries) &&
+           visit(blues, entries) && visit(sums, entries);
 }
 
 void ColorQuantizer::addColor(int32_t r, int32_t g, int32_t b) {
-    // Called for every pixel: one test of all three channels, and no field is read twice, since a store to a byte may
-    // change any of them.
-    const int32_t at = pixelIndex;
-    if (at >= imageSize) {
+    // Called for every pixel: one test of all three channels.
+    const auto at = static_cast<uint32_t>(pixelIndex);
+    if (at >= static_cast<uint32_t>(imageSize)) {
         return;
     }
     if (((r | g | b) & ~0xFF) != 0) {
@@ -235,16 +269,9 @@ void ColorQuantizer::addColor(int32_t r, int32_t g, int32_t b) {
         g = std::clamp(g, 0, 255);
         b = std::clamp(b, 0, 255);
     }
-    pixelIndex = at + 1;
-    // Cell 0 of each axis stays empty: it is the zero that cumulative sums begin with.
-    const auto cell_of = [](int32_t channel) { return static_cast<size_t>(channel >> 3) + 1; };
-    quantizedPixels[at] = static_cast<int32_t>(korvane::cell_index(cell_of(r), cell_of(g), cell_of(b)));
-    uint8_t* const red = pixelsR + at;
-    uint8_t* const green = pixelsG + at;
-    uint8_t* const blue = pixelsB + at;
-    *red = static_cast<uint8_t>(r);
-    *green = static_cast<uint8_t>(g);
-    *blue = static_cast<uint8_t>(b);
+    pixelIndex = static_cast<int32_t>(at + 1);
+    quantizedPixels[at] =
+        korvane::CellPixel::of(static_cast<uint32_t>(r), static_cast<uint32_t>(g), static_cast<uint32_t>(b));
 }
 
 std::vector<Color>& ColorQuantizer::getPalette(int32_t colorCount) {
@@ -254,7 +281,7 @@ std::vector<Color>& ColorQuantizer::getPalette(int32_t colorCount) {
     }
     m_IsPrepared = false;
     korvane::CellPixels pixels;
-    if (pixels.sort({pixelsR, pixelsG, pixelsB, quantizedPixels, static_cast<size_t>(pixelIndex)})) {
+    if (pixels.sort(quantizedPixels, static_cast<size_t>(pixelIndex))) {
         fillHistogram(pixels);
         calculateMoments();
         const int32_t boxCount = splitBoxes(std::min(colorCount, kMaxColors));
@@ -269,29 +296,21 @@ std::vector<Color>& ColorQuantizer::getPalette(int32_t colorCount) {
 }
 
 void ColorQuantizer::fillHistogram(const korvane::CellPixels& pixels) {
-    for (size_t r = 1; r < kSide; ++r) {
-        for (size_t g = 1; g < kSide; ++g) {
-            for (size_t b = 1; b < kSide; ++b) {
+    for (size_t r = 0; r < korvane::kCellsPerAxis; ++r) {
+        for (size_t g = 0; g < korvane::kCellsPerAxis; ++g) {
+            for (size_t b = 0; b < korvane::kCellsPerAxis; ++b) {
                 const size_t cell = korvane::cell_index(r, g, b);
-                const CellBase base = korvane::cell_base(r, g, b);
-                Sums sums = {};
-                // Single precision, in the order of the pixels: palettes depend on how it rounds.
-                float squares = 0;
-                for (size_t i = pixels.begin(cell); i < pixels.begin(cell + 1); ++i) {
-                    const uint16_t low = pixels.low()[i];
-                    const int32_t red = base.red + LowBits::red(low);
-                    const int32_t green = base.green + LowBits::green(low);
-                    const int32_t blue = base.blue + LowBits::blue(low);
-                    sums.red += red;
-                    sums.green += green;
-                    sums.blue += blue;
-                    squares += static_cast<float>(table[red] + table[green] + table[blue]);
+                const size_t begin = pixels.begin(cell);
+                const size_t end = pixels.begin(cell + 1);
+                if (begin == end) {
+                    continue;
                 }
-                weights[r][g][b] = static_cast<int64_t>(pixels.begin(cell + 1) - pixels.begin(cell));
-                momentsRed[r][g][b] = sums.red;
-                momentsGreen[r][g][b] = sums.green;
-                momentsBlue[r][g][b] = sums.blue;
-                moments[r][g][b] = squares;
+                const CellSums sums = sums_of(pixels.low() + begin, end - begin, korvane::cell_base(r, g, b));
+                weights[r + 1][g + 1][b + 1] = static_cast<int64_t>(end - begin);
+                momentsRed[r + 1][g + 1][b + 1] = sums.red;
+                momentsGreen[r + 1][g + 1][b + 1] = sums.green;
+                momentsBlue[r + 1][g + 1][b + 1] = sums.blue;
+                moments[r + 1][g + 1][b + 1] = sums.squares;
             }
         }
     }
@@ -368,10 +387,11 @@ double ColorQuantizer::calculateVariance(const ColorCube& cube) const {
 }
 
 void ColorQuantizer::mark(const ColorCube& cube, int32_t label) {
-    for (int32_t r = cube.RedMinimum + 1; r <= cube.RedMaximum; ++r) {
-        for (int32_t g = cube.GreenMinimum + 1; g <= cube.GreenMaximum; ++g) {
-            int32_t* line = tag + static_cast<size_t>(r) * kPlane + static_cast<size_t>(g) * kSide;
-            std::fill(line + cube.BlueMinimum + 1, line + cube.BlueMaximum + 1, label);
+    // Cells of pixels count from 0, the box's from 1, and its minima are exclusive.
+    for (int32_t r = cube.RedMinimum; r < cube.RedMaximum; ++r) {
+        for (int32_t g = cube.GreenMinimum; g < cube.GreenMaximum; ++g) {
+            int32_t* line = tag + korvane::cell_index(static_cast<size_t>(r), static_cast<size_t>(g), 0);
+            std::fill(line + cube.BlueMinimum, line + cube.BlueMaximum, label);
         }
     }
 }

@@ -6,7 +6,7 @@
 // palette entry becomes the mean of its pixels.
 //
 // Use: prepare, addColor once per pixel, getPalette, release; prepare again for the next image. The pixels are stored
-// here, 7 bytes each, and 2 more while the palette is made. One object serves one thread at a time. Palettes are the
+// here, 4 bytes each, and 2 more while the palette is made. One object serves one thread at a time. Palettes are the
 // same on every processor.
 //
 // Published source: X. Wu, "Efficient Statistical Computations for Optimal Color Quantization", Graphics Gems II, 1991.
@@ -39,7 +39,8 @@ struct Color {
 
 namespace korvane {
 class CellPixels;
-}
+struct CellPixel;
+}  // namespace korvane
 
 // The slot order is part of the binary interface.
 class KORVANE_API ColorQuantizer {
@@ -97,16 +98,10 @@ class KORVANE_API ColorQuantizer {
     int64_t*** momentsBlue = nullptr;
     float*** moments = nullptr;
 
-    // Per cell, the box that holds it.
+    // Per cell of pixels, the box that holds it.
     int32_t* tag = nullptr;
-    // Per pixel, its cell.
-    int32_t* quantizedPixels = nullptr;
-    // Squares of 0 ... 255.
-    int32_t* table = nullptr;
-    // Per pixel, its channels. Which entry a pixel falls to is not kept: the refinement adds it up at once.
-    uint8_t* pixelsR = nullptr;
-    uint8_t* pixelsG = nullptr;
-    uint8_t* pixelsB = nullptr;
+    // Per pixel, its cell and where in the cell it lies.
+    korvane::CellPixel* quantizedPixels = nullptr;
 
     int32_t imageWidth = 0;
     int32_t imageSize = 0;

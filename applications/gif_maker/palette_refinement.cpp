@@ -9,14 +9,17 @@
 #include "applications/gif_maker/pixel_tally.h"
 
 // Only a few colors of a palette can be nearest to a pixel of one cell: those whose distance to the nearest point of
-// the cell is not above the distance of some color to its farthest point. Each cell gets a short list of them to
-// search.
+// the cell is not above the distance of some color to its farthest point. Each cell gets a short list of them. Then
+// those are struck off that are farther than the color nearest to the cell's centre wherever in the cell a pixel may
+// lie: the difference of two squared distances is a linear function, whose least value is that of a corner.
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "applications/gif_maker/palette_refinement.cpp"
 #include <hwy/foreach_target.h>
 // Behind foreach_target, which sets the target that they read.
+#include "frameworks/simd/factors-inl.h"
 #include "frameworks/simd/kernel-inl.h"
+#include "frameworks/simd/steps-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace korvane {
@@ -39,6 +42,13 @@ constexpr size_t kMaxLanes = 16;
 constexpr size_t kListSize = kMaxPaletteColors + kMaxLanes;
 constexpr int32_t kFarChannel = 8000;  // of the entries that fill up the last vector
 
+struct Candidate {
+    int32_t constant;
+    int32_t redFactor;
+    int32_t greenFactor;  // for a green that stands where it does in LowBits
+    int32_t blueFactor;
+};
+
 class Refinement {
   public:
     Refinement(const CellPixels& pixels, const PaletteColors& palette, const PaletteSums& sums)
@@ -52,17 +62,17 @@ class Refinement {
     }
 
     void Run(const int32_t* guesses) {
-        for (size_t r = 1; r < kCellsPerAxis; ++r) {
+        for (size_t r = 0; r < kCellsPerAxis; ++r) {
             if (IsEmpty(cell_index(r, 0, 0), cell_index(r + 1, 0, 0))) {
                 continue;
             }
             AddDistances(m_Red, cell_base(r, 0, 0).red, m_Zeros, m_RedDistances);
-            for (size_t g = 1; g < kCellsPerAxis; ++g) {
+            for (size_t g = 0; g < kCellsPerAxis; ++g) {
                 if (IsEmpty(cell_index(r, g, 0), cell_index(r, g + 1, 0))) {
                     continue;
                 }
                 AddDistances(m_Green, cell_base(r, g, 0).green, m_RedDistances, m_RedGreenDistances);
-                for (size_t b = 1; b < kCellsPerAxis; ++b) {
+                for (size_t b = 0; b < kCellsPerAxis; ++b) {
                     const size_t cell = cell_index(r, g, b);
                     if (!IsEmpty(cell, cell + 1)) {
                         m_Base = cell_base(r, g, b);
@@ -102,8 +112,7 @@ class Refinement {
                squared(farthest(m_Blue[entry], m_Base.blue));
     }
 
-    // In ascending order. Distances from the pixel at the cell's base are held times 512, plus the place in the list.
-    // So the least sum tells both, and the lowest entry wins ties.
+    // In ascending order.
     void ListCandidates(size_t guess) {
         const Tag d;
         const auto limit = hn::Set(d, FarthestInCell(guess) + 1);
@@ -117,16 +126,53 @@ class Refinement {
                 m_Listed += hn::CompressStore(hn::Iota(d, static_cast<int32_t>(k)), isNear, d, m_List + m_Listed);
             }
         }
+        StrikeOff(NearestToCentre());
+    }
+
+    // Seen from the cell's base.
+    HWY_INLINE CellBase Offset(int32_t entry) const {
+        return {m_Red[entry] - m_Base.red, m_Green[entry] - m_Base.green, m_Blue[entry] - m_Base.blue};
+    }
+
+    static HWY_INLINE int32_t SquaredLength(const CellBase& offset) {
+        return squared(offset.red) + squared(offset.green) + squared(offset.blue);
+    }
+
+    CellBase NearestToCentre() const {
+        CellBase nearest{};
+        int32_t least = 0x7FFFFFFF;
         for (size_t i = 0; i < m_Listed; ++i) {
-            const auto entry = static_cast<size_t>(m_List[i]);
-            const int32_t red = m_Red[entry] - m_Base.red;
-            const int32_t green = m_Green[entry] - m_Base.green;
-            const int32_t blue = m_Blue[entry] - m_Base.blue;
-            m_Constant[i] = (squared(red) + squared(green) + squared(blue)) * 512 + static_cast<int32_t>(i);
-            m_RedFactor[i] = red * -1024;
-            m_GreenFactor[i] = green * -1024;
-            m_BlueFactor[i] = blue * -1024;
+            const CellBase offset = Offset(m_List[i]);
+            // But for a constant, its squared distance.
+            const int32_t distance =
+                SquaredLength(offset) - (kCellWidth - 1) * (offset.red + offset.green + offset.blue);
+            if (distance < least) {
+                least = distance;
+                nearest = offset;
+            }
         }
+        return nearest;
+    }
+
+    // Distances from the pixel at the cell's base are held times 512, plus the place in the list. So the least sum
+    // tells both, and the lowest entry wins ties.
+    HWY_INLINE void StrikeOff(const CellBase& nearest) {
+        const int32_t fromBase = SquaredLength(nearest);
+        size_t kept = 0;
+        for (size_t i = 0; i < m_Listed; ++i) {
+            const int32_t entry = m_List[i];
+            const CellBase offset = Offset(entry);
+            const int32_t length = SquaredLength(offset);
+            const int32_t towards = std::max(offset.red - nearest.red, 0) + std::max(offset.green - nearest.green, 0) +
+                                    std::max(offset.blue - nearest.blue, 0);
+            if (length - fromBase <= 2 * (kCellWidth - 1) * towards) {
+                m_List[kept] = entry;
+                m_Candidates[kept] = {length * 512 + static_cast<int32_t>(kept), offset.red * -1024,
+                                      offset.green * -128, offset.blue * -1024};
+                ++kept;
+            }
+        }
+        m_Listed = kept;
     }
 
     void AddPixels(size_t begin, size_t end) {
@@ -142,7 +188,9 @@ class Refinement {
             }
             std::fill_n(m_Tallies, m_Listed, uint64_t{0});
             for (size_t chunk = i; chunk < stop; chunk += kChunk) {
-                TallyChunk(m_Pixels.low() + chunk, HWY_MIN(kChunk, stop - chunk));
+                const size_t count = HWY_MIN(kChunk, stop - chunk);
+                Choose(m_Pixels.low() + chunk, count);
+                TallyChunk(m_Pixels.low() + chunk, count);
             }
             for (size_t k = 0; k < m_Listed; ++k) {
                 add_tally(m_Tallies[k], m_Base, static_cast<size_t>(m_List[k]), m_Sums);
@@ -150,26 +198,43 @@ class Refinement {
         }
     }
 
-    HWY_INLINE void TallyChunk(const uint16_t* low, size_t count) {
+    // The place in the list of each pixel's entry.
+    HWY_INLINE void Choose(const uint16_t* low, size_t count) {
         const Tag d;
         const hn::Rebind<uint16_t, Tag> dLow;
+        const size_t lanes = hn::Lanes(d);
         const auto seven = hn::Set(d, 7);
-        for (size_t i = 0; i < count; i += hn::Lanes(d)) {
-            const auto pixel = hn::PromoteTo(d, hn::LoadU(dLow, low + i));
-            const auto red = hn::And(pixel, seven);
-            const auto green = hn::And(hn::ShiftRight<3>(pixel), seven);
-            const auto blue = hn::ShiftRight<6>(pixel);
-            auto best = hn::Set(d, 0x7FFFFFFF);
-            for (size_t k = 0; k < m_Listed; ++k) {
-                const auto redGreen =
-                    hn::Add(hn::Mul(red, hn::Set(d, m_RedFactor[k])), hn::Mul(green, hn::Set(d, m_GreenFactor[k])));
-                const auto rest = hn::Add(hn::Mul(blue, hn::Set(d, m_BlueFactor[k])), hn::Set(d, m_Constant[k]));
-                best = hn::Min(best, hn::Add(redGreen, rest));
+        const auto greenMask = hn::Set(d, 7 << 3);
+        const Candidate* const end = m_Candidates + m_Listed;
+        // Two vectors at a time share what is loaded for a candidate.
+        for (size_t i = 0; i < count; i += 2 * lanes) {
+            const auto a = hn::PromoteTo(d, hn::LoadU(dLow, low + i));
+            const auto b = hn::PromoteTo(d, hn::LoadU(dLow, low + i + lanes));
+            const auto redA = hn::And(a, seven), redB = hn::And(b, seven);
+            const auto greenA = hn::And(a, greenMask), greenB = hn::And(b, greenMask);
+            const auto blueA = hn::ShiftRight<6>(a), blueB = hn::ShiftRight<6>(b);
+            auto bestA = hn::Set(d, 0x7FFFFFFF);
+            auto bestB = bestA;
+            for (const Candidate* candidate = m_Candidates; candidate != end; ++candidate) {
+                const auto numbers = LoadNumbers(&candidate->constant);
+                const auto sum = [&](auto red, auto green, auto blue) KORVANE_INLINE {
+                    const auto withRed = PlusTimesNumber<1>(NumberInAllLanes<0>(d, numbers), red, numbers);
+                    return PlusTimesNumber<3>(PlusTimesNumber<2>(withRed, green, numbers), blue, numbers);
+                };
+                bestA = hn::Min(bestA, sum(redA, greenA, blueA));
+                bestB = hn::Min(bestB, sum(redB, greenB, blueB));
             }
-            hn::Store(hn::And(best, hn::Set(d, 511)), d, m_Chosen + i);
+            hn::Store(hn::And(bestA, hn::Set(d, 511)), d, m_Chosen + i);
+            hn::Store(hn::And(bestB, hn::Set(d, 511)), d, m_Chosen + i + lanes);
         }
-        for (size_t i = 0; i < count; ++i) {
-            m_Tallies[m_Chosen[i]] += kTallySteps[low[i]];
+    }
+
+    HWY_INLINE void TallyChunk(const uint16_t* low, size_t count) {
+        uint64_t* const tallies = m_Tallies;
+        const int32_t* const chosen = m_Chosen;
+        const auto add = [&](size_t i) KORVANE_INLINE { tallies[chosen[i]] += kTallySteps[low[i]]; };
+        for (size_t i = ForShortSteps(0, count, 1, add); i < count; ++i) {
+            add(i);
         }
     }
 
@@ -190,10 +255,7 @@ class Refinement {
     // The short list of the cell in work.
     size_t m_Listed = 0;
     int32_t m_List[kListSize];
-    int32_t m_Constant[kMaxPaletteColors];
-    int32_t m_RedFactor[kMaxPaletteColors];
-    int32_t m_GreenFactor[kMaxPaletteColors];
-    int32_t m_BlueFactor[kMaxPaletteColors];
+    Candidate m_Candidates[kMaxPaletteColors];
     uint64_t m_Tallies[kMaxPaletteColors];
     alignas(64) int32_t m_Chosen[kChunk];
 };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Four factors at hand for vectors of floats. For kernel files only: included once for each instruction set.
+// Four factors at hand for vectors of floats or of 32-bit numbers. For kernel files only: included once for each
+// instruction set.
 #if defined(KORVANE_FRAMEWORKS_SIMD_FACTORS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KORVANE_FRAMEWORKS_SIMD_FACTORS_INL_H_
 #undef KORVANE_FRAMEWORKS_SIMD_FACTORS_INL_H_
@@ -49,6 +50,22 @@ HWY_INLINE V TimesFactor(V value, FourFactors factors) {
     return V(vmulq_laneq_f32(value.raw, factors.raw, kIndex));
 }
 
+using FourNumbers = hn::Vec<hn::FixedTag<int32_t, 4>>;
+
+HWY_INLINE FourNumbers LoadNumbers(const int32_t* from) {
+    return hn::LoadU(hn::FixedTag<int32_t, 4>(), from);
+}
+
+template <size_t kIndex, class D>
+HWY_INLINE hn::Vec<D> NumberInAllLanes(D /*d*/, FourNumbers numbers) {
+    return hn::Vec<D>(vdupq_laneq_s32(numbers.raw, kIndex));
+}
+
+template <size_t kIndex, class V>
+HWY_INLINE V PlusTimesNumber(V sum, V value, FourNumbers numbers) {
+    return V(vmlaq_laneq_s32(sum.raw, value.raw, numbers.raw, kIndex));
+}
+
 #else
 
 using FourFactors = const float*;
@@ -61,6 +78,22 @@ HWY_INLINE FourFactors LoadFactors(const float* from) {
 template <size_t kIndex, class V>
 HWY_INLINE V TimesFactor(V value, FourFactors factors) {
     return hn::Mul(value, hn::Set(hn::DFromV<V>(), factors[kIndex]));
+}
+
+using FourNumbers = const int32_t*;
+
+HWY_INLINE FourNumbers LoadNumbers(const int32_t* from) {
+    return from;
+}
+
+template <size_t kIndex, class D>
+HWY_INLINE hn::Vec<D> NumberInAllLanes(D d, FourNumbers numbers) {
+    return hn::Set(d, numbers[kIndex]);
+}
+
+template <size_t kIndex, class V>
+HWY_INLINE V PlusTimesNumber(V sum, V value, FourNumbers numbers) {
+    return hn::Add(sum, hn::Mul(value, NumberInAllLanes<kIndex>(hn::DFromV<V>(), numbers)));
 }
 
 #endif

@@ -251,15 +251,10 @@ using Sums = std::array<std::vector<int64_t>, 4>;
 
 // Returns the sums of the kernel, which are those of its twin.
 Sums refined(const Pixels& pixels, const Pixels& entries, const std::vector<int32_t>& guesses) {
-    std::array<std::vector<uint8_t>, 3> planes;
-    std::vector<int32_t> cells;
-    const auto cell_of = [](int channel) { return static_cast<size_t>(channel / 8 + 1); };
+    std::vector<korvane::CellPixel> cellPixels;
     for (const Pixel& pixel : pixels) {
-        for (size_t axis = 0; axis < 3; ++axis) {
-            planes[axis].push_back(static_cast<uint8_t>(pixel[axis]));
-        }
-        cells.push_back(
-            static_cast<int32_t>(korvane::cell_index(cell_of(pixel[0]), cell_of(pixel[1]), cell_of(pixel[2]))));
+        cellPixels.push_back(korvane::CellPixel::of(static_cast<uint32_t>(pixel[0]), static_cast<uint32_t>(pixel[1]),
+                                                    static_cast<uint32_t>(pixel[2])));
     }
     korvane::PaletteColors palette = {};
     palette.count = entries.size();
@@ -269,7 +264,7 @@ Sums refined(const Pixels& pixels, const Pixels& entries, const std::vector<int3
         palette.blue[k] = entries[k][2];
     }
     korvane::CellPixels sorted;
-    EXPECT_TRUE(sorted.sort({planes[0].data(), planes[1].data(), planes[2].data(), cells.data(), pixels.size()}));
+    EXPECT_TRUE(sorted.sort(cellPixels.data(), cellPixels.size()));
     std::array<Sums, 2> both;
     for (const bool isTwin : {false, true}) {
         Sums& sums = both[isTwin ? 1 : 0];
