@@ -149,23 +149,32 @@ void write_stream(const std::string& path, const Bytes& bytes) {
     }
 }
 
+// Writes the old content over what a failed write left. It needs no space that the file does not have.
+void restore(int file, const Bytes& old) {
+    [[maybe_unused]] const ssize_t written = pwrite(file, old.data(), old.size(), 0);
+    [[maybe_unused]] const int ignored = ftruncate(file, static_cast<off_t>(old.size()));
+}
+
 // For files with several names, and in folders where no file can be made. The space is taken first: a full disk must
-// not cost the old picture.
+// not cost the old picture. Neither must a disk that fails, so the picture is kept until the new one is written.
 void write_in_place(const std::string& path, const Target& target, const Bytes& bytes) {
     const UninterruptedSection section;
+    const Bytes old = read_file(target.path);
     Descriptor file(open(target.path.c_str(), O_WRONLY | O_CLOEXEC));
     if (!file.isOpen()) {
         fail_to_write(path, errno);
     }
     const auto size = static_cast<off_t>(bytes.size());
     int error = posix_fallocate(file.get(), 0, std::max<off_t>(1, size));
-    if (error != 0) {
-        // Nothing but the size can have changed.
-        [[maybe_unused]] const int ignored = ftruncate(file.get(), target.status.st_size);
-        fail_to_write(path, error);
+    if (error == 0) {
+        error = write_all(file.get(), bytes);
     }
-    error = write_all(file.get(), bytes);
-    if (error == 0 && (ftruncate(file.get(), size) != 0 || !file.close())) {
+    if (error == 0 && ftruncate(file.get(), size) != 0) {
+        error = errno;
+    }
+    if (error != 0) {
+        restore(file.get(), old);
+    } else if (!file.close()) {
         error = errno;
     }
     if (error != 0) {
