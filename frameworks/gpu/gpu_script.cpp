@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "frameworks/gpu/gpu_script.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -16,6 +21,42 @@
 namespace {
 
 constexpr size_t kFormatBytes = sizeof(int32_t);
+
+// A file beside the one of that path, which it may become. Removed where it does not.
+class UnfinishedFile {
+  public:
+    explicit UnfinishedFile(const std::string& path) : m_Path(path), m_Name(path) {
+        m_Name.resize(path.rfind('/') + 1);
+        m_Name += ".korvane-XXXXXX";
+        const int file = path.empty() ? -1 : mkstemp(m_Name.data());
+        m_IsThere = file >= 0;
+        if (m_IsThere) {
+            close(file);
+        }
+    }
+    ~UnfinishedFile() {
+        if (m_IsThere) {
+            unlink(m_Name.c_str());
+        }
+    }
+    UnfinishedFile(const UnfinishedFile&) = delete;
+    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+
+    // Null when it could not be made.
+    const char* name() const { return m_IsThere ? m_Name.c_str() : nullptr; }
+
+    void finish(size_t bytes) {
+        struct stat status = {};
+        if (m_IsThere && stat(m_Name.c_str(), &status) == 0 && static_cast<size_t>(status.st_size) == bytes) {
+            m_IsThere = std::rename(m_Name.c_str(), m_Path.c_str()) != 0;
+        }
+    }
+
+  private:
+    const std::string m_Path;
+    std::string m_Name;
+    bool m_IsThere;
+};
 
 }  // namespace
 
@@ -99,21 +140,26 @@ void GPUScript::read_cache() {
     if (m_ScriptBinary == nullptr) {
         return;
     }
-    m_ScriptBinaryFormat = static_cast<GLenum>(reader.readInt());
-    m_ScriptBinarySize = static_cast<int>(size);
-    if (reader.read(m_ScriptBinary, size) < size) {
-        m_ScriptBinaryFormat = 0;
-        m_ScriptBinarySize = 0;
+    int32_t format = 0;
+    // What is taken over is also written back, so it must be what the file holds.
+    if (reader.read(&format, kFormatBytes) < kFormatBytes || reader.read(m_ScriptBinary, size) < size) {
         galloc_free(m_ScriptBinary);
         m_ScriptBinary = nullptr;
+        return;
     }
+    m_ScriptBinaryFormat = static_cast<GLenum>(format);
+    m_ScriptBinarySize = static_cast<int>(size);
 }
 
+// The streams do not tell whether all was stored, but the file's length does. A short file would be worse than none: a
+// binary that the driver rejects is not compiled anew.
 void GPUScript::write_cache() const {
-    StreamWriter writer(
-        new FileStream(korvane::program_cache_file(m_ScriptName).c_str(), FileStream::FILE_MODE_ONLY_WRITE));
+    UnfinishedFile file(korvane::program_cache_file(m_ScriptName));
+    const auto size = static_cast<size_t>(std::max(m_ScriptBinarySize, 0));
+    StreamWriter writer(new FileStream(file.name(), FileStream::FILE_MODE_ONLY_WRITE));
     writer.writeInt(static_cast<int32_t>(m_ScriptBinaryFormat));
-    writer.write(m_ScriptBinary, static_cast<size_t>(std::max(m_ScriptBinarySize, 0)));
+    writer.write(m_ScriptBinary, size);
     writer.flush();
     writer.close();
+    file.finish(kFormatBytes + size);
 }

@@ -57,7 +57,7 @@ class KORVANE_API GPUScript : public RefBase {
     int getScirptBinarySize() const { return m_ScriptBinarySize; }
 
     // Writes the cache file if a binary is held, and empties the list of sources. The binary stays. Write errors and
-    // short memory are dropped.
+    // short memory are dropped: then the cache file is what it was.
     void clear();
 
   private:
