@@ -1,0 +1,56 @@
+# SPDX-License-Identifier: Apache-2.0
+# Disks as they are: full, read-only, with a limit, and a folder that goes away. The mounts are seen by this script only.
+if [ -z "${KORVANE_OWN_MOUNTS:-}" ]; then
+    # Some containers allow no mounts of one's own.
+    KORVANE_OWN_MOUNTS=$(unshare --mount --map-root-user true && echo yes || echo no)
+    export KORVANE_OWN_MOUNTS
+    [ "$KORVANE_OWN_MOUNTS" = no ] || exec unshare --mount --map-root-user bash "$0" "$@"
+fi
+source "$(dirname "$0")/../tools/checks.sh"
+
+accepts scene in.png --size 300x200
+full_and_read_only() {
+    mkdir disk
+    holds mount -t tmpfs -o size=256k korvane disk
+    head -c 1000 in.png >disk/old.png
+    cp disk/old.png disk/linked.png
+    ln disk/linked.png disk/other.png
+    mkdir disk/in
+    cp in.png disk/in/1.png
+    cp in.png disk/in/2.png
+    head -c 1000000 /dev/zero >disk/filler 2>/dev/null
+    for output in new.png old.png linked.png; do
+        refuses "cannot write disk/$output: No space left" blur in.png -o disk/$output
+    done
+    run blur disk/in/1.png disk/in/2.png -o disk/out/ -j 2
+    holds test $? = 1
+    holds test "$(grep -c 'No space left' err.log)" = 2
+    holds test -z "$(ls disk/out)"
+    rm disk/filler
+    accepts blur in.png -o disk/linked.png
+    holds cmp -s disk/linked.png disk/other.png
+    mount -o remount,ro disk
+    for output in new.png old.png linked.png; do
+        refuses "cannot write disk/$output: Read-only file system" blur in.png -o disk/$output
+    done
+    umount disk
+}
+[ "$KORVANE_OWN_MOUNTS" = no ] || full_and_read_only
+
+# A file may not grow beyond 8 KiB: real short writes.
+(ulimit -f 8; refuses 'cannot write limited.png: File too large' blur in.png -o limited.png; exit $failures) ||
+    complain 'with a limit of the size'
+
+# The folder goes while the photo is on its way.
+mkfifo slow.png
+mkdir gone
+"${program[@]}" blur slow.png -o gone/new.png >out.log 2>err.log &
+exec 3>slow.png
+rmdir gone
+cat in.png >&3
+exec 3>&-
+wait $!
+holds test $? = 2
+holds test "$(cat err.log)" = 'korvane: cannot write gone/new.png: No such file or directory'
+holds test ! -e gone
+finish
