@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +24,9 @@
 
 extern const FilterDescription kImageFilterSepia;
 
+// Before the driver's.
+extern "C" void glShaderSource(GLuint shader, GLsizei count, const GLchar* const* texts, const GLint* lengths);
+
 namespace {
 
 struct Setting {
@@ -35,6 +41,8 @@ struct Golden {
     // Largest difference of a byte, in steps. Texture units weigh neighbours in 256 steps, and a shader multiplies what
     // that leaves: the slope of the temperature ramp is 8.
     int largest = 2;
+    // What a driver that computes in 16 bits, as the GPUs of phones do, may add.
+    int half = 2;
 };
 
 // Each filter at its defaults and at the corners of its parameters.
@@ -42,9 +50,9 @@ const Golden kGoldens[] = {
     {"None", {}, {}},
     {"Temperature", {}, {}, 8},
     {"Xray", {}, {}},
-    {"Table", {}, {.strength = 1.0}},
+    {"Table", {}, {.strength = 1.0}, 2, 9},
     {"Table", {{"mStrength", 0.0F}}, {.strength = 0.0}},
-    {"Table", {{"mStrength", 0.4F}}, {.strength = 0.4F}},
+    {"Table", {{"mStrength", 0.4F}}, {.strength = 0.4F}, 2, 4},
     {"Distorted", {}, {.strength = 4.0, .radius = 0.2F, .centerx = 0.5, .centery = 0.5}},
     {"Distorted",
      {{"mRadius", 0.7F}, {"mStrength", -1.5F}, {"mCenterx", 0.4F}, {"mCentery", 1.7F}},
@@ -68,6 +76,48 @@ const Golden kGoldens[] = {
     {"Timetunnel", {{"mRadius", 0.3F}}, {.radius = 0.09}},
     {"Timetunnel", {{"mRadius", 0.0F}}, {.radius = 0.0}},
 };
+
+// A filter that is released before it is deleted, without which the Table filter keeps its table's memory for good.
+class OwnedFilter : public auto_ptr<ImageFilterBaseGL> {
+  public:
+    using auto_ptr<ImageFilterBaseGL>::auto_ptr;
+    ~OwnedFilter() override {
+        if (get() != nullptr) {
+            get()->release();
+        }
+    }
+};
+
+// Whether shaders shall say highp where the library's say mediump.
+bool gForcesHighp = false;
+
+class Probe : public ImageFilterBaseGL {
+  protected:
+    const FilterDescription& description() const override {
+        static const FilterDescription kProbe = {
+            "Probe", "", "void main() { gl_FragColor = vec4(fract(texture2D(tex_sampler, v_texcoord).r * 2048.5)); }",
+            {},      {}, nullptr};
+        return kProbe;
+    }
+};
+
+// Whether the driver computes mediump in 16 bits, which have no halves above 2048. The language asks for 10 bits only.
+bool is_half_precision() {
+    static const bool kIsHalf = [] {
+        const OwnedFilter probe(new Probe);
+        probe->initEngine();
+        probe->setupGraphics(1);
+        std::vector<unsigned char> pixel(4, 255);
+        probe->process(pixel.data(), 1, 1);
+        return pixel[0] == 0;
+    }();
+    return kIsHalf;
+}
+
+void expect_golden(const Golden& golden, const ReferenceImage& expected, const std::vector<unsigned char>& pixels) {
+    const bool isHalf = is_half_precision();
+    expect_close(expected, pixels, golden.largest + (isHalf ? golden.half : 0), isHalf ? 1.5 : 0.8);
+}
 
 // The table that maps each colour to itself, as the Table filter starts with.
 ReferenceImage identity_table() {
@@ -102,17 +152,6 @@ void apply(const Golden& golden, ImageFilterBaseGL& filter) {
     }
 }
 
-// A filter that is released before it is deleted, without which the Table filter keeps its table's memory for good.
-class OwnedFilter : public auto_ptr<ImageFilterBaseGL> {
-  public:
-    using auto_ptr<ImageFilterBaseGL>::auto_ptr;
-    ~OwnedFilter() override {
-        if (get() != nullptr) {
-            get()->release();
-        }
-    }
-};
-
 OwnedFilter create(const char* shortName) {
     return {ImageFilterFactory::createFilter((std::string("ImageFilter") + shortName).c_str())};
 }
@@ -125,6 +164,8 @@ void set_up_offscreen(ImageFilterBaseGL& filter) {
 
 class Filters : public testing::Test {
   protected:
+    // Before a filter has this thread's context.
+    const bool m_IsHalf = is_half_precision();
     LogCapture m_Log;
 };
 
@@ -139,12 +180,39 @@ TEST_F(Filters, ProcessMatchesTheReferenceAtDefaultsAndCorners) {
             const ReferenceImage input = smooth_picture(size[0], size[1]);
             std::vector<unsigned char> pixels = input.pixels;
             filter->process(pixels.data(), size[0], size[1]);
-            expect_close(expected_picture(golden, input, size[0], size[1]), pixels, golden.largest);
+            expect_golden(golden, expected_picture(golden, input, size[0], size[1]), pixels);
             // The automatic zoom stays with the first size that it saw.
             if (std::string(golden.filter) == "Extrusion") {
                 break;
             }
         }
+    }
+}
+
+// The table that a user of a phone would like to see: each filter as it is against the same shader in 32 bits.
+TEST_F(Filters, HalfPrecisionStaysNear) {
+    const ReferenceImage input = smooth_picture(256, 192);
+    std::printf("mediump has %s bits\nfilter       row  largest  mean\n", m_IsHalf ? "16" : "32");
+    for (const Golden& golden : kGoldens) {
+        std::vector<unsigned char> pixels[2] = {input.pixels, input.pixels};
+        for (const bool isHigh : {false, true}) {
+            gForcesHighp = isHigh;
+            const OwnedFilter filter = create(golden.filter);
+            set_up_offscreen(*filter);
+            apply(golden, *filter);
+            filter->process(pixels[isHigh ? 1 : 0].data(), input.width, input.height);
+        }
+        gForcesHighp = false;
+        int worst = 0;
+        double sum = 0;
+        for (size_t i = 0; i < input.pixels.size(); ++i) {
+            const int difference = std::abs(pixels[0][i] - pixels[1][i]);
+            worst = std::max(worst, difference);
+            sum += difference;
+        }
+        std::printf("%-12s %3td  %7d  %.3f\n", golden.filter, &golden - kGoldens, worst,
+                    sum / static_cast<double>(input.pixels.size()));
+        EXPECT_LE(worst, m_IsHalf ? golden.half : 0) << trace(golden, input.width, input.height);
     }
 }
 
@@ -193,7 +261,7 @@ TEST_F(Filters, RenderDrawsTexturesAndCameraTexturesToTheSurface) {
                     filter->setTexture(12345, input.width, input.height, size[0], size[1]);
                     glClear(GL_COLOR_BUFFER_BIT);
                     filter->render();
-                    expect_close(expected, surface.pixels(), golden.largest);
+                    expect_golden(golden, expected, surface.pixels());
                 }
             }
         }
@@ -265,7 +333,7 @@ TEST_F(Filters, SeveralThreadsFilterAtOnce) {
                 set_up_offscreen(*filter);
                 std::vector<unsigned char> pixels = input.pixels;
                 filter->process(pixels.data(), 80, 60);
-                expect_close(expected_picture(golden, input, 80, 60), pixels, golden.largest);
+                expect_golden(golden, expected_picture(golden, input, 80, 60), pixels);
             }
         });
     }
@@ -374,6 +442,7 @@ TEST_F(Filters, ASecondEngineTakesThePlaceOfTheFirst) {
 }
 
 TEST(FiltersOnAFailingDriver, LeaveNothingBehindAndTheNextOneWorks) {
+    is_half_precision();
     const ReferenceImage input = smooth_picture(16, 12);
     const Golden& next = kGoldens[0];
     constexpr size_t kMostCalls = 1000;
@@ -401,7 +470,7 @@ TEST(FiltersOnAFailingDriver, LeaveNothingBehindAndTheNextOneWorks) {
         set_up_offscreen(*filter);
         std::vector<unsigned char> pixels = input.pixels;
         filter->process(pixels.data(), input.width, input.height);
-        expect_close(expected_picture(next, input, input.width, input.height), pixels, next.largest);
+        expect_golden(next, expected_picture(next, input, input.width, input.height), pixels);
     }
     EXPECT_FALSE(hasFailed) << "calls the driver without end";
 }
@@ -434,3 +503,18 @@ TEST_F(Filters, LongNamesKeepTheirVariantsApartInTheCache) {
 }
 
 }  // namespace
+
+extern "C" __attribute__((visibility("default"))) void glShaderSource(GLuint shader, GLsizei count,
+                                                                      const GLchar* const* texts,
+                                                                      const GLint* lengths) {
+    const auto driver = reinterpret_cast<decltype(&glShaderSource)>(dlsym(RTLD_NEXT, "glShaderSource"));
+    std::string text = texts[0];
+    const size_t word = text.find("mediump");
+    if (!gForcesHighp || word == std::string::npos) {
+        driver(shader, count, texts, lengths);
+        return;
+    }
+    text.replace(word, 7, "highp");
+    const GLchar* const changed = text.c_str();
+    driver(shader, 1, &changed, nullptr);
+}
