@@ -94,6 +94,19 @@ def threads(run):
         run.tests("build/tsan", "-LE", "^proof$")
 
 
+def each_vector_length(run, *selection, **how):
+    """The tests on 64-bit ARM: without SVE, and with each length of its vectors."""
+    run.tests("build/aarch64", *selection, **how, QEMU_CPU="max,sve=off")
+    for bits in (128, 256, 512, 1024, 2048):
+        run.tests("build/aarch64", *selection, **how, QEMU_CPU=f"max,sve-default-vector-length={bits // 8}")
+
+
+def pages(run):
+    labelled("pages")(run)
+    if run.build("aarch64", "korvane_protected_pages_test"):
+        each_vector_length(run, "-R", "^protected_pages_test$")
+
+
 def determinism(run):
     """One program, built in other ways than CI does, and on processors whose vectors have other lengths."""
     def digests(folder, **environment):
@@ -105,16 +118,14 @@ def determinism(run):
             if run.build(preset, "korvane_digests_test", folder=folder, options=[f"-DCMAKE_BUILD_TYPE={kind}"]):
                 digests(folder)
     if run.build("aarch64", "korvane_digests_test"):
-        digests("build/aarch64", QEMU_CPU="max,sve=off")
-        for bits in (128, 256, 512, 1024, 2048):
-            digests("build/aarch64", QEMU_CPU=f"max,sve-default-vector-length={bits // 8}")
+        each_vector_length(run, "-R", "^digests_test$", what="runs")
 
 
 # The name, what it shows, and how. Tests in the everyday build need no more than a label and a line here.
 ROWS = {
     "fuzz": ("fuzz targets", fuzz),
     "faults": ("files, memory, Java and GL that fail at the n-th call", labelled("faults")),
-    "pages": ("buffers that end at a protected page", labelled("pages")),
+    "pages": ("buffers that end at a protected page", pages),
     "limits": ("sizes at the edge of what is taken", labelled("limits")),
     "drivers": ("graphics drivers, mediump", labelled("drivers")),
     "threads": ("all tests under the thread sanitizer", threads),
