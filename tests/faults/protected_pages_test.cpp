@@ -215,11 +215,13 @@ const Row kFrameRows[] = {
      [](WalledMemory& memory, const Size& size) {
          const intptr_t capture =
              super_capture_module_init(static_cast<uint32_t>(size.width), static_cast<uint32_t>(size.height), 1);
-         for (unsigned char* frame : {memory.source(size.pixels * 2), memory.source(size.pixels * 2)}) {
-             super_capture_module_push_frame(capture, &frame);
+         unsigned char* planes[4] = {};
+         for (int i = 0; i < 2; ++i) {
+             planes[0] = memory.source(size.pixels * 2);
+             super_capture_module_push_frame(capture, planes);
          }
-         unsigned char* result = memory.bytes(size.pixels * 2);
-         super_capture_module_pop_frame(capture, &result);
+         planes[0] = memory.bytes(size.pixels * 2);
+         super_capture_module_pop_frame(capture, planes);
          super_capture_module_destroy(capture);
      }},
     {"panorama",
