@@ -40,7 +40,8 @@ struct FastFrame {
     int64_t first_column(int64_t row) const { return std::max(borderX, reach() - row * width); }
     int64_t end_column(int64_t row) const { return std::min(width - borderX, (height - row) * width - reach()); }
 
-    // Memory for three score rows with a spare byte on each side and three rows of counted positions.
+    // Memory for three score rows with a spare byte on each side and three rows of counted positions. The kernel's two
+    // lists of blocks take less than those.
     size_t work_bytes() const { return (3 * static_cast<size_t>(width) + 48) * 5 + 128; }
 
   private:
