@@ -9,6 +9,7 @@
 #include <cstring>
 #include <ctime>
 #include <memory>
+#include <numeric>
 #include <utility>
 
 #include "benchmarks/support/machine.h"
@@ -82,10 +83,13 @@ void Comparison::verify(std::string what, std::function<bool()> check) {
     m_Checks.push_back({std::move(what), std::move(check)});
 }
 
-void Comparison::run_round(size_t first) {
+void Comparison::run_round() {
     const clockid_t clock = m_Clock == Clock::kThreadCpu ? CLOCK_THREAD_CPUTIME_ID : CLOCK_MONOTONIC;
-    for (size_t i = 0; i < m_Contestants.size(); ++i) {
-        Contestant& contestant = m_Contestants[(first + i) % m_Contestants.size()];
+    std::vector<size_t> order(m_Contestants.size());
+    std::iota(order.begin(), order.end(), size_t{0});
+    std::shuffle(order.begin(), order.end(), m_Random);
+    for (const size_t number : order) {
+        Contestant& contestant = m_Contestants[number];
         if (contestant.prepare) {
             contestant.prepare();
         }
@@ -117,13 +121,14 @@ Result Comparison::measure(const Limits& limits) {
     if (m_Clock == Clock::kThreadCpu) {
         pinned.emplace();
     }
-    run_round(0);
+    run_round();
     for (Contestant& contestant : m_Contestants) {
         contestant.seconds.clear();  // the first round only touched the memory
     }
     const double end = now_seconds(CLOCK_MONOTONIC) + limits.seconds;
     do {
-        run_round(result.rounds++);
+        run_round();
+        ++result.rounds;
     } while (result.rounds < limits.leastRounds ||
              (largest_spread() > limits.spread && now_seconds(CLOCK_MONOTONIC) < end));
     result.kernelSeconds = median(m_Contestants[0].seconds);

@@ -2,15 +2,18 @@
 // Comparison: our kernel against its scalar twin, peers and floors, as ratios measured inside one run.
 //
 // Milliseconds change with the machine and its mood; the ratio of two things that ran in turn, within the same second,
-// on the same core, does not. So all contestants run once a round, in an order that rotates from round to round, each
-// under a clock that stops while other programs have the core; a ratio is the median of the ratios of the rounds, and
-// rounds are added until these medians are steady. Goals are ratios too, written beside the contestant that they name.
+// on the same core, does not. So all contestants run once a round, each under a clock that stops while other programs
+// have the core; a ratio is the median of the ratios of the rounds, and rounds are added until these medians are
+// steady. The order is drawn anew for each round: what ran just before decides what is still in the cache, and one who
+// always followed the same other would win or lose by that. Goals are ratios too, written beside the contestant that
+// they name.
 #ifndef KORVANE_BENCHMARKS_SUPPORT_COMPARISON_H_
 #define KORVANE_BENCHMARKS_SUPPORT_COMPARISON_H_
 
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -95,12 +98,13 @@ class Comparison {
         std::function<bool()> passes;
     };
 
-    void run_round(size_t first);
+    void run_round();
     double largest_spread() const;
 
     Clock m_Clock;
     std::vector<Contestant> m_Contestants = std::vector<Contestant>(1);  // the kernel is number 0
     std::vector<Check> m_Checks;
+    std::minstd_rand m_Random;  // the same orders in every run
 };
 
 // Whether `ratio` (contestant's time / kernel's time) meets the goal, and the figure that holds on this processor.
