@@ -193,7 +193,7 @@ void compare_nv12(Comparison& comparison, int width, int height) {
     });
     comparison.kernel([=] { convert_nv12_to_yv12(source->data(), ours->data(), width, height); });
     comparison.against("memcpy and scalar twin", {faster(1.4)}, twin);
-    comparison.against("libyuv NV12ToI420", {at_most(1.2)}, peer);
+    comparison.against("libyuv NV12ToI420", {at_most(1.1)}, peer);
     comparison.against_memcpy({}, luma * 4);
 }
 

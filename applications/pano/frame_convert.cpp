@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "applications/pano/frame_convert.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "applications/pano/frame_convert_scalar.h"
 
@@ -21,18 +23,6 @@ namespace {
 
 #if KORVANE_HAS_VECTORS
 
-// Not memcpy: above some size memcpy writes past the caches, but a preview frame is looked at again at once.
-void CopyBytes(const uint8_t* src, uint8_t* dst, size_t count) {
-    const ByteTag d;
-    const size_t lanes = hn::Lanes(d);
-    const size_t before = CountUntilAligned(dst, lanes, count);
-    copy_bytes_scalar(src, dst, before);
-    const auto copy = [&](const uint8_t* from, uint8_t* to)
-                          KORVANE_INLINE { StorePair(hn::LoadU(d, from), hn::LoadU(d, from + lanes), to); };
-    const size_t done = before + ForWholeVectors<1, 1, 2>(src + before, dst + before, count - before, copy);
-    copy_bytes_scalar(src + done, dst + done, count - done);
-}
-
 void SplitPairs(const uint8_t* pairs, uint8_t* evens, uint8_t* odds, size_t count) {
     const ByteTag d;
     const size_t lanes = hn::Lanes(d);
@@ -49,7 +39,6 @@ void SplitPairs(const uint8_t* pairs, uint8_t* evens, uint8_t* odds, size_t coun
 
 #else
 
-constexpr auto& CopyBytes = copy_bytes_scalar;
 constexpr auto& SplitPairs = split_pairs_scalar;
 
 #endif
@@ -64,8 +53,16 @@ HWY_AFTER_NAMESPACE();
 namespace korvane {
 namespace {
 
-KORVANE_DISPATCH(CopyBytes);
 KORVANE_DISPATCH(SplitPairs);
+
+// Above some size memcpy writes past the caches, but a preview frame is looked at again at once: so in pieces. For
+// these memcpy knows ways that a loop of vectors has not: some processors need not read what they overwrite as a whole.
+void copy_in_pieces(const unsigned char* src, unsigned char* dst, size_t count) {
+    constexpr size_t kPieceBytes = size_t{256} << 10;
+    for (size_t begin = 0; begin < count; begin += kPieceBytes) {
+        std::memcpy(dst + begin, src + begin, std::min(kPieceBytes, count - begin));
+    }
+}
 
 enum class ChromaOrder { kUV, kVU };
 
@@ -76,7 +73,7 @@ void convert_to_yv12(const unsigned char* src, unsigned char* dst, int width, in
     const size_t luma = static_cast<size_t>(width) * static_cast<size_t>(height);
     unsigned char* v = dst + luma;
     unsigned char* u = dst + luma * 5 / 4;
-    CopyBytes(src, dst, luma);
+    copy_in_pieces(src, dst, luma);
     SplitPairs(src + luma, order == ChromaOrder::kUV ? u : v, order == ChromaOrder::kUV ? v : u, luma / 4);
 }
 

@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "applications/pano/frame_convert_scalar.h"
 
-#include <cstring>
-
 namespace korvane {
-
-void copy_bytes_scalar(const uint8_t* src, uint8_t* dst, size_t count) {
-    std::memcpy(dst, src, count);
-}
 
 void split_pairs_scalar(const uint8_t* pairs, uint8_t* evens, uint8_t* odds, size_t count) {
     for (size_t i = 0; i < count; ++i) {

@@ -8,8 +8,6 @@
 
 namespace korvane {
 
-void copy_bytes_scalar(const uint8_t* src, uint8_t* dst, size_t count);
-
 // evens[i] = pairs[2 * i], odds[i] = pairs[2 * i + 1]
 void split_pairs_scalar(const uint8_t* pairs, uint8_t* evens, uint8_t* odds, size_t count);
 
