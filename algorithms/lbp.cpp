@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 
 #include "algorithms/lbp_scalar.h"
 #include "algorithms/lbp_walk.h"
@@ -119,20 +118,27 @@ void WalkSlots(unsigned int vec_nDim, unsigned int* img, unsigned short rows, un
     unsigned int* listed = buffers[1];
     size_t fetchedCount = 0;
     const auto add_chunk = [&](const unsigned int* centre, size_t count, size_t position) HWY_ATTR {
+        // In locals: a slot is a byte, which may be any of the captured variables as far as the compiler knows, and a
+        // processor that reads them anew behind each slot waits for the slot's memory.
+        const Action act = action;
+        unsigned int* const coming = listed;
+        unsigned int* const due = fetched;
+        const size_t dueCount = fetchedCount;
         const size_t first = position * kLbpSlotsPerPosition;
-        ListSlots<1>(centre, rows, count, static_cast<unsigned int>(first), 0, listed, 0);
-        const size_t both = HWY_MIN(count, fetchedCount);
+        ListSlots<1>(centre, rows, count, static_cast<unsigned int>(first), 0, coming, 0);
+        const size_t both = HWY_MIN(count, dueCount);
         for (size_t i = 0; i < both; ++i) {
-            action.fetch(listed[i]);
-            action(fetched[i]);
+            act.fetch(coming[i]);
+            act(due[i]);
         }
         for (size_t i = both; i < count; ++i) {
-            action.fetch(listed[i]);
+            act.fetch(coming[i]);
         }
-        for (size_t i = both; i < fetchedCount; ++i) {
-            action(fetched[i]);
+        for (size_t i = both; i < dueCount; ++i) {
+            act(due[i]);
         }
-        std::swap(fetched, listed);
+        fetched = coming;
+        listed = due;
         fetchedCount = count;
     };
     const auto visit = [&](const unsigned int* centre, size_t columns, size_t count, size_t position) HWY_ATTR {

@@ -57,23 +57,23 @@ inline size_t lbp_positions_for(unsigned int slots) {
 }
 
 // The actions on a slot. Integer steps are taken unsigned, where overflow is defined. fetch() asks for the slot's cache
-// line ahead of time, into the second level, which takes far more requests at once than the first.
+// line ahead of time.
 struct LbpCount {
     char* vec;
     void operator()(size_t slot) const { vec[slot] = static_cast<char>(vec[slot] + 1); }
-    void fetch(size_t slot) const { __builtin_prefetch(vec + slot, 1, 2); }
+    void fetch(size_t slot) const { __builtin_prefetch(vec + slot, 1, 3); }
 };
 struct LbpSum {
     const double* vec;
     double* sum;
     void operator()(size_t slot) const { *sum += vec[slot]; }
-    void fetch(size_t slot) const { __builtin_prefetch(vec + slot, 0, 2); }
+    void fetch(size_t slot) const { __builtin_prefetch(vec + slot, 0, 3); }
 };
 struct LbpStep {
     long* vec;
     unsigned long step;
     void operator()(size_t slot) const { vec[slot] = static_cast<long>(static_cast<unsigned long>(vec[slot]) + step); }
-    void fetch(size_t slot) const { __builtin_prefetch(vec + slot, 1, 2); }
+    void fetch(size_t slot) const { __builtin_prefetch(vec + slot, 1, 3); }
 };
 
 }  // namespace korvane
