@@ -38,10 +38,10 @@ constexpr size_t kSlotBytes = kLines * kChannels;
 constexpr size_t kOrder = 4;
 constexpr size_t kLeastLength = 2 * kOrder;  // of a line, for the kernel
 
-// A single recursion would mostly wait for its own last value. Two vectors in both directions keep the processor busy;
-// it has to be one where all that the recursions keep then stays in registers.
-constexpr size_t kVectors = kHasManyRegisters ? 1 : 2;
-using FloatTag = hn::CappedTag<float, kLines / kVectors>;
+// A single recursion would mostly wait for its own last value. Several vectors in both directions keep the processor
+// busy; it has to be one where all that the recursions keep then stays in registers.
+constexpr size_t kVectors = kHasManyRegisters ? 1 : 3;
+using FloatTag = hn::CappedTag<float, kLines>;
 using Floats = hn::Vec<FloatTag>;
 
 struct Recursion {
@@ -158,25 +158,19 @@ using Terms = std::integral_constant<size_t, kTerms>;
 
 // Filters kVectors vectors of lines in `length` slots, in place. The two directions run at once, towards each other;
 // when they have met, each finds the other's sums in `work`, and the results are complete.
-void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* work, size_t length) {
+HWY_INLINE void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* work, size_t length) {
     const FloatTag d;
     const Factors<0> factorsP(p);
     const Factors<1> factorsM(m);
     const hn::Rebind<int32_t, FloatTag> dInt;
-    const hn::Rebind<uint32_t, FloatTag> dUnsigned;
     const hn::Rebind<uint8_t, FloatTag> dByte;
     const size_t lanes = hn::Lanes(d);
 
     const auto load = [&](size_t i, size_t v) KORVANE_INLINE {
         return hn::ConvertTo(d, hn::PromoteTo(dInt, hn::LoadU(dByte, slots + i * kSlotBytes + v * lanes)));
     };
-    // A NaN fails the comparison and becomes 0. Added to 2^23, a whole number stands in the lowest bits of the float.
-    const auto store = [&](Floats sum, size_t i, size_t v) KORVANE_INLINE {
-        const Floats positive = hn::IfThenElseZero(hn::Ge(sum, hn::Zero(d)), sum);
-        const Floats whole = hn::Trunc(hn::Min(positive, hn::Set(d, 255.0F)));
-        const auto bits = hn::BitCast(dUnsigned, hn::Add(whole, hn::Set(d, 8388608.0F)));
-        hn::StoreU(hn::U8FromU32(bits), dByte, slots + i * kSlotBytes + v * lanes);
-    };
+    const auto store = [&](Floats sum, size_t i, size_t v)
+                           KORVANE_INLINE { StoreClampedFloats(sum, slots + i * kSlotBytes + v * lanes); };
     const auto workAt = [=](size_t i, size_t v) { return work + (i * kVectors + v) * lanes; };
 
     History statesP[kVectors] = {};
@@ -191,6 +185,8 @@ void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* 
         const size_t mirrored = length - 1 - i;
         for (size_t v = 0; v < kVectors; ++v) {
             hn::StoreU(Forwards<terms()>(p, factorsP, load(i, v), historyP[v], step), d, workAt(i, v));
+        }
+        for (size_t v = 0; v < kVectors; ++v) {
             hn::StoreU(Backwards<terms()>(m, factorsM, load(mirrored, v), historyM[v], step), d, workAt(mirrored, v));
         }
     };
@@ -199,6 +195,8 @@ void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slots, float* 
         for (size_t v = 0; v < kVectors; ++v) {
             const Floats vp = Forwards<kOrder>(p, factorsP, load(i, v), historyP[v], step);
             store(hn::Add(vp, hn::LoadU(d, workAt(i, v))), i, v);
+        }
+        for (size_t v = 0; v < kVectors; ++v) {
             const Floats vm = Backwards<kOrder>(m, factorsM, load(mirrored, v), historyM[v], step);
             store(hn::Add(hn::LoadU(d, workAt(mirrored, v)), vm), mirrored, v);
         }
@@ -240,7 +238,7 @@ class Blur {
           m_Stride(stride),
           // Room for a whole tile at a line's end.
           m_Slots(std::max(width, height) + kLines, kSlotBytes),
-          m_Work(std::max(width, height), kLines) {}
+          m_Work(std::max(width, height), kVectors * hn::Lanes(FloatTag())) {}
 
     bool HasMemory() const { return m_Slots && m_Work; }
 
@@ -271,8 +269,11 @@ class Blur {
         for (size_t y = 0; y < m_Height; y += kLines) {
             const size_t rows = std::min(kLines, m_Height - y);
             for (size_t x = 0; x < m_Width; x += kLines) {
+                const size_t ahead = std::min(kPrefetchColumns, m_Width - 1 - x) * m_Depth;
                 for (size_t row = 0; row < rows; ++row) {
-                    GatherPixels(Pixel(x, y + row), tile + row * kSlotBytes, m_Width - x);
+                    const unsigned char* pixels = Pixel(x, y + row);
+                    hwy::Prefetch(pixels + ahead);
+                    GatherPixels(pixels, tile + row * kSlotBytes, m_Width - x);
                 }
                 TransposeTile(tile, Slot(x));
             }
@@ -287,7 +288,9 @@ class Blur {
     }
 
   private:
-    static constexpr size_t kPrefetchRows = 8;
+    // How far ahead lines are asked for: there are too many of them, and too far apart, for the processor to foresee.
+    static constexpr size_t kPrefetchRows = 64;
+    static constexpr size_t kPrefetchColumns = 8 * kLines;
 
     unsigned char* Pixel(size_t x, size_t y) const {
         return m_Image + static_cast<ptrdiff_t>(y) * m_Stride + static_cast<ptrdiff_t>(x * m_Depth);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Four factors at hand for vectors of floats or of 32-bit numbers. For kernel files only: included once for each
-// instruction set.
+// Four factors at hand for vectors of floats or of 32-bit numbers, and floats as bytes. For kernel files only: included
+// once for each instruction set.
 #if defined(KORVANE_FRAMEWORKS_SIMD_FACTORS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KORVANE_FRAMEWORKS_SIMD_FACTORS_INL_H_
 #undef KORVANE_FRAMEWORKS_SIMD_FACTORS_INL_H_
@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frameworks/simd/bytes-inl.h"
 #include "frameworks/simd/kernel-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -20,10 +21,11 @@ namespace {
 
 #if KORVANE_HAS_VECTORS
 
-// 64-bit ARM and AVX-512 have 32 vector registers, the others 16.
-constexpr bool kHasManyRegisters = HWY_ARCH_ARM_A64 || hn::MaxLanes(hn::ScalableTag<uint8_t>()) >= 64;
+// The sixteen factors of two recursions and what both keep fit the registers of 64-bit ARM, where instructions take no
+// operand from memory. Those of x86 do.
+constexpr bool kHasManyRegisters = HWY_ARCH_ARM_A64;
 
-// Where there are few registers, what is here stays in memory: loads run beside the arithmetic, while moves between
+// Where registers are few, what is here stays in memory: loads run beside the arithmetic, while moves between
 // registers and stack would not.
 template <class T>
 HWY_INLINE T* KeptAtHand(T* state) {
@@ -97,6 +99,31 @@ HWY_INLINE V PlusTimesNumber(V sum, V value, FourNumbers numbers) {
 }
 
 #endif
+
+// The floats as bytes: toward zero, what is beyond 0 or 255 becomes that, a NaN becomes 0.
+template <class V>
+HWY_INLINE void StoreClampedFloats(V floats, uint8_t* to) {
+    const hn::DFromV<V> d;
+    const hn::Rebind<uint8_t, decltype(d)> dByte;
+    const hn::Rebind<uint32_t, decltype(d)> dUnsigned;
+#if HWY_ARCH_X86
+    // Of a NaN x86 keeps the second operand; as a whole number it is then below all others, as is what is too low.
+    const V notAbove{KORVANE_X86(min_ps)(hn::Set(d, 255.0F).raw, floats.raw)};
+    const hn::Rebind<int32_t, decltype(d)> dWhole;
+    const hn::Vec<decltype(dWhole)> whole{KORVANE_X86(cvttps_epi32)(notAbove.raw)};
+    if constexpr (HWY_MAX_BYTES == 64) {
+        const auto notBelow = hn::Max(whole, hn::Zero(dWhole));
+        hn::StoreU(hn::U8FromU32(hn::BitCast(dUnsigned, notBelow)), dByte, to);
+    } else {
+        hn::StoreU(hn::DemoteTo(dByte, hn::DemoteTo(hn::Rebind<int16_t, decltype(d)>(), whole)), dByte, to);
+    }
+#else
+    // A NaN fails the comparison. Added to 2^23, a whole number stands in the lowest bits of the float.
+    const V notBelow = hn::IfThenElseZero(hn::Ge(floats, hn::Zero(d)), floats);
+    const V whole = hn::Trunc(hn::Min(notBelow, hn::Set(d, 255.0F)));
+    hn::StoreU(hn::U8FromU32(hn::BitCast(dUnsigned, hn::Add(whole, hn::Set(d, 8388608.0F)))), dByte, to);
+#endif
+}
 
 #endif
 
