@@ -5,6 +5,10 @@
 # display with EGL (the wrapper brings one), "jvm" needs a Java virtual machine; both stay on the desktop's own
 # processor. "threads" is what the thread sanitizer runs.
 add_custom_target(korvane_thread_tests)
+set(KORVANE_TEST_TIMEOUT 600)
+if(KORVANE_SANITIZE MATCHES thread)
+    set(KORVANE_TEST_TIMEOUT 3600)
+endif()
 function(korvane_add_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT;WRAPPER" ${ARGN})
     set(target korvane_${name})
@@ -18,7 +22,7 @@ function(korvane_add_test name)
         target_precompile_headers(${target} REUSE_FROM korvane_test_support)
     endif()
     add_test(NAME ${name} COMMAND ${arg_WRAPPER} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${target}>)
-    set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" ENVIRONMENT "${arg_ENVIRONMENT}" TIMEOUT 600)
+    set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" ENVIRONMENT "${arg_ENVIRONMENT}" TIMEOUT ${KORVANE_TEST_TIMEOUT})
     if("threads" IN_LIST arg_LABELS)
         add_dependencies(korvane_thread_tests ${target})
     endif()
@@ -62,7 +66,7 @@ function(korvane_add_gpu_test name)
                      WRAPPER ${KORVANE_GPU_WRAPPER})
     add_test(NAME ${name}_softpipe COMMAND ${KORVANE_GPU_WRAPPER} $<TARGET_FILE:korvane_${name}>)
     set_tests_properties(${name}_softpipe PROPERTIES
-        LABELS "gpu;${arg_LABELS}" TIMEOUT 600
+        LABELS "gpu;${arg_LABELS}" TIMEOUT ${KORVANE_TEST_TIMEOUT}
         ENVIRONMENT "${KORVANE_GPU_ENVIRONMENT};GALLIUM_DRIVER=softpipe;${arg_ENVIRONMENT}")
 endfunction()
 

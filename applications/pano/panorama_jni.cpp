@@ -26,6 +26,7 @@ void set_offsets(JNIEnv* env, jobject thiz, int offsetX, int offsetY) {
     const jclass type = korvane::find_java_class(env, "com/tervo/media/effects/pano/PanoramaModule");
     korvane::set_java_int(env, thiz, type, "mOffsetX", offsetX);
     korvane::set_java_int(env, thiz, type, "mOffsetY", offsetY);
+    env->DeleteLocalRef(type);
 }
 
 }  // namespace

@@ -49,9 +49,11 @@ void onResultCallback(JNIEnv* env, jobject object, float aperture, int gain) {
     const jmethodID method = korvane::find_java_method(env, objectClass, "onResultCallback", "(FI)V");
     if (method == nullptr) {
         KORVANE_LOGD("method onResultCallback is not found!");
-        return;
+    } else {
+        env->CallVoidMethod(object, method, aperture, gain);
     }
-    env->CallVoidMethod(object, method, aperture, gain);
+    // A native thread that reports for long would run out of references.
+    env->DeleteLocalRef(objectClass);
 }
 
 SuperCaptureMode::SuperCaptureMode() = default;

@@ -1,12 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The native methods while memory is short, and while calls into Java raise exceptions. They are called as functions of
 // this program, with real Java objects.
-#include <com_tervo_media_effects_pano_PanoramaModule.h>
-#include <com_tervo_media_effects_renderer_render_FiltersRender.h>
-#include <com_tervo_media_render_BlurRender.h>
-#include <com_tervo_media_supercapture_mode_SuperCaptureMode.h>
-#include <korvane_effects_Natives.h>
-
 #include "applications/filters/gpu_image_filter_base.h"
 #include "frameworks/gpu/program_cache.h"
 #include "platform/log.h"
@@ -15,13 +9,8 @@
 #include "tests/shortage/throwing_env.h"
 #include "tests/support/gl_surface.h"
 #include "tests/support/jvm.h"
+#include "tests/support/native_methods.h"
 #include "tests/support/random_bytes.h"
-
-#define BLUR(method) Java_com_tervo_media_render_BlurRender_##method
-#define FILTERS(method) Java_com_tervo_media_effects_renderer_render_FiltersRender_##method
-#define PANORAMA(method) Java_com_tervo_media_effects_pano_PanoramaModule_##method
-#define EFFECTS(method) Java_korvane_effects_Natives_##method
-#define MODE(method) Java_com_tervo_media_supercapture_mode_SuperCaptureMode_##method
 
 namespace {
 

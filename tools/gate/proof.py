@@ -58,25 +58,27 @@ class Run:
         return (self.must("cmake", "--preset", preset, "-B", folder, "-DKORVANE_WERROR=OFF", *options)[0]
                 and self.must("cmake", "--build", folder, "-j", JOBS, *chosen)[0])
 
-    def tests(self, folder, *selection, what="test programs", **environment):
-        """Runs ctest. That nothing was selected is a failure: a label may have been misspelt."""
+    def tests(self, where, *selection, what="test programs", **environment):
+        """Runs ctest in a build folder, or with a preset and what it excludes. That nothing was selected is a failure: a
+        label may have been misspelt."""
+        place = ["--test-dir", where] if "/" in where else ["--preset", where]
         report = (OUT / "report.xml").resolve()
         report.unlink(missing_ok=True)
-        self.command("ctest", "--test-dir", folder, "--verbose", "--parallel", JOBS, "--output-junit", report,
-                     *selection, KORVANE_STRESS_SECONDS=str(self.given.seconds), **environment)
+        self.command("ctest", *place, "--verbose", "--parallel", JOBS, "--output-junit", report, *selection,
+                     KORVANE_PROOF="1", **environment)
         cases = xml.parse(report).getroot().findall("testcase") if report.exists() else []
         ran = [case for case in cases if case.get("status") in ("run", "fail")]
-        self.failures += [f"{case.get('name')} in {folder}" for case in cases if case.get("status") != "run"]
+        self.failures += [f"{case.get('name')} in {where}" for case in cases if case.get("status") != "run"]
         self.counts[what] += len(ran)
         if not ran:
-            self.failures.append(f"no test in {folder} for {' '.join(selection)}")
+            self.failures.append(f"no test in {where} for {' '.join(selection)}")
 
 
 def labelled(label, *targets):
-    """The tests of the everyday build with this label."""
+    """The tests of the everyday build with this label; without targets all are built."""
     def row(run):
         if run.build("dev", *targets):
-            run.tests("build/dev", "-L", f"^{label}$")
+            run.tests("build/dev", "-L", f"^{label}$", KORVANE_STRESS_SECONDS=str(run.given.seconds))
     return row
 
 
@@ -91,7 +93,7 @@ def fuzz(run):
 
 def threads(run):
     if run.build("tsan"):
-        run.tests("build/tsan", "-LE", "^proof$")
+        run.tests("tsan")
 
 
 def each_vector_length(run, *selection, **how):
@@ -129,8 +131,8 @@ ROWS = {
     "limits": ("sizes at the edge of what is taken", labelled("limits")),
     "drivers": ("graphics drivers, mediump", labelled("drivers")),
     "threads": ("all tests under the thread sanitizer", threads),
-    "stress": ("all modules at once, flat memory", labelled("stress")),
-    "jni": ("100,000 calls of each native method", labelled("jni")),
+    "stress": ("all modules at once, flat memory", labelled("stress", "korvane_stress_test")),
+    "jni": ("each native method again and again", labelled("jni", "korvane_jni_stress_test")),
     "determinism": ("equal bytes, however built", determinism),
 }
 
