@@ -259,6 +259,7 @@ TEST_F(JniStress, CallsLeaveNothingBehind) {
         }
         const size_t grown = std::max(mallinfo2().uordblks, allocated) - allocated;
         std::printf("%zu x %s: %zu bytes more\n", calls, row.methods.c_str(), grown);
+        std::fflush(stdout);
         total += calls;
         // The machine's own threads take and give meanwhile; Mesa keeps 60 bytes for each context.
         EXPECT_LE(grown, (size_t{512} << 10U) + calls * (row.cost > 20 ? 80 : 2));
