@@ -76,6 +76,8 @@ std::vector<Row> rows() {
     const jstring xray = text("ImageFilterXray");
     const jstring stamp = text("2026");
     const jint camera = call(EFFECTS(createCameraTexture));
+    // What waits for threads of its own, and what makes a whole context.
+    constexpr size_t kThreads = 20;
     constexpr size_t kDear = 200;
     return {
         {"BlurRender.nativeProcess",
@@ -161,7 +163,8 @@ std::vector<Row> rows() {
                      PANORAMA(nativeDestroy)(nullptr, nullptr, handle);
                  });
              };
-         }},
+         },
+         kThreads},
         {"SuperCaptureMode.nativeCreate SuperCaptureMode.nativeProcess SuperCaptureMode.nativeDestroy",
          [=] {
              const jclass type = gEnv->FindClass("com/tervo/media/supercapture/mode/SuperCaptureMode");
@@ -215,7 +218,8 @@ std::vector<Row> rows() {
                  call(EFFECTS(panoramaFeed), handle, small, 10.0F, 20.0F, answer);
                  call(EFFECTS(panoramaClose), handle);
              };
-         }},
+         },
+         kThreads},
         {"Natives.burstOpen Natives.burstPush Natives.burstMerge Natives.burstClose",
          [=] {
              return [burstFrame = gEnv->NewByteArray(16)] {
@@ -224,7 +228,8 @@ std::vector<Row> rows() {
                  EXPECT_TRUE(call(EFFECTS(burstMerge), handle, 1, burstFrame));
                  call(EFFECTS(burstClose), handle);
              };
-         }},
+         },
+         kThreads},
     };
 }
 
