@@ -250,8 +250,8 @@ TEST_F(JniStress, CallsLeaveNothingBehind) {
         SCOPED_TRACE(row.methods);
         ASSERT_EQ(env->PushLocalFrame(16), 0);
         const Call work = row.prepare();
-        // More than the frame has room for.
-        const size_t calls = std::max<size_t>(run_length(100, 100000 / row.cost), 100);
+        // More than the frame has room for, at least of what is cheap.
+        const size_t calls = run_length(100 / std::min<size_t>(row.cost, 10), std::max<size_t>(100000 / row.cost, 500));
         size_t allocated = 0;
         for (size_t i = 0; i < calls; ++i) {
             if (i == calls / 4) {
