@@ -12,7 +12,6 @@
 #include <functional>
 #include <iterator>
 #include <string>
-#include <utility>
 
 #include "frameworks/core/memory.h"
 #include "frameworks/gpu/gpu_script.h"
