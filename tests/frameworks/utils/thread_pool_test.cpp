@@ -108,6 +108,10 @@ TEST(ThreadPool, GoesAtOnceWhileWorkersWaitOrHaveNotBegun) {
             std::atomic<int> runs{0};
             ThreadPool pool(workers);
             pool.start();
+            if (i == 0) {
+                // Long enough for them to wait for work.
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            }
             if (workers > 0 && i % 2 == 0) {
                 pool.submit(new Task([&] { ++runs; }));
                 wait_until([&] { return runs == 1; });
