@@ -98,7 +98,7 @@ prepare() {
         (cd "$tree" && cmake --preset dev >/dev/null)
     fi
     # A mutation that hangs need not hang for ten minutes.
-    find "$tree/build/dev" -name CTestTestfile.cmake -exec sed -i 's/TIMEOUT "600"/TIMEOUT "100"/' {} +
+    find "$tree/build/dev" -name CTestTestfile.cmake -exec sed -i 's/TIMEOUT "600"/TIMEOUT "200"/' {} +
     mapfile -t wanted < <(for i in "${todo[@]}"; do echo "${tests[i]}"; done | sort -u)
     for i in "${wanted[@]}"; do targets+=("$(target_of "$i")"); done
     if ! build "${targets[@]}" || ! run_tests "$(IFS='|' && echo "${wanted[*]}")"; then
