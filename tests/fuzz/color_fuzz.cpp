@@ -104,7 +104,7 @@ void convert_preview(Input& input, const Picture& picture) {
 
 void merge(Input& input, size_t count) {
     const Bytes frames[] = {input.bytes(count), input.bytes(count)};
-    const int frameCount = input.between(0, 40);
+    const int frameCount = input.between(0, 130);
     on_every_target([&] {
         std::vector<int> sums(count);
         Bytes result(count);

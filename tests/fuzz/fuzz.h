@@ -47,15 +47,17 @@ class Input : public FuzzedDataProvider {
         return value;
     }
 
-    // What the input lacks goes on with noise that depends on what it has; with flat parts for half of the inputs.
+    // What the input lacks goes on with noise that depends on what it has, or nearly flat: white, or as bright as the
+    // last byte.
     Bytes bytes(size_t count) {
         Bytes result = buffer(count);
         const size_t given = ConsumeData(result.data(), count);
+        const uint32_t base = given % 4 == 0 ? 255 : result[given - 1];
         uint32_t state = static_cast<uint32_t>(given);
         for (size_t i = 0; i < count; ++i) {
             state = state * 1664525 + 1013904223 + (i < given ? result[i] : 0);
             if (i >= given) {
-                result[i] = static_cast<unsigned char>(state >> (given % 2 == 0 ? 30 : 24));
+                result[i] = static_cast<unsigned char>(given % 2 == 0 ? base ^ state >> 30 : state >> 24);
             }
         }
         return result;

@@ -36,7 +36,8 @@ std::vector<std::vector<int>> play(const std::vector<Call>& calls) {
                 const auto [least, most] = std::minmax({color.red, color.green, color.blue});
                 REQUIRE(least >= 0 && most <= (pixels == 0 ? 0 : 255) && color.alpha == 255);
             }
-            isPrepared = false;
+            // Asking for no colors spends nothing.
+            isPrepared = isPrepared && call.a < 1;
         } else {
             quantizer.release();
             isPrepared = false;
