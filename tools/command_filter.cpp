@@ -55,7 +55,8 @@ void filter(const FilterOptions& options) {
     if (!options.table.empty()) {
         settings.table = read_table(description, options.table);
     }
-    filter_photo(photo, settings);
+    DrawTimes times;
+    filter_photo(photo, settings, times);
     write_photo(options.photo.output, std::move(photo), options.photo.write);
 }
 

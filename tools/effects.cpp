@@ -217,25 +217,21 @@ void reduce_photo(Photo& photo, const std::vector<Rgb>& palette) {
     }
 }
 
-void filter_photo(Photo& photo, const FilterSettings& settings) {
+void filter_photo(Photo& photo, const FilterSettings& settings, DrawTimes& times) {
     const FilterDescription& description = describe_filter(settings.name);
     convert_photo(photo, IMAGE_FORMAT_TYPE_RGBA);
     merge_alpha(photo);
-    auto_ptr<ImageFilterBaseGL> filter = open_filter(settings.name);
-    // By default the filters turn their picture, as camera frames need. A photo is upright already.
-    float upright[8] = {0, 0, 1, 0, 0, 1, 1, 1};
-    filter->setParameters("mTexVertices", upright);
+    ImageFilterBaseGL& filter = ready_filter(settings.name);
     if (settings.table.get() != nullptr) {
         const auto width = static_cast<int>(settings.table->getWidth());
         FilterBitmap bitmap{settings.table->getPlanes()[0], width, static_cast<int>(settings.table->getHeight()), 4,
                             width * 4};
-        filter->setParameters("mFilterBitmap", &bitmap);
+        filter.setParameters("mFilterBitmap", &bitmap);
     }
     for (const std::string& value : settings.values) {
-        set_filter_parameter(*filter, description, value);
+        set_filter_parameter(filter, description, value);
     }
-    filter->process(photo.pixels(), width_of(photo), height_of(photo));
-    filter->release();
+    draw_filter(filter, photo.pixels(), width_of(photo), height_of(photo), times);
     take_filtered_alpha(photo);
 }
 

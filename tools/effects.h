@@ -15,6 +15,7 @@
 #include "algorithms/fast_detection.h"
 #include "applications/gif_maker/color_quantizer.h"
 #include "tools/color.h"
+#include "tools/filter_session.h"
 #include "tools/photo/formats.h"
 #include "tools/photo/photo.h"
 
@@ -99,8 +100,8 @@ struct FilterSettings {
     auto_ptr<Image> table;            // RGBA, or null
 };
 
-// On the thread that filters: each call opens the filter anew.
-void filter_photo(Photo& photo, const FilterSettings& settings);
+// The thread keeps the filter for its next photo.
+void filter_photo(Photo& photo, const FilterSettings& settings, DrawTimes& times);
 
 }  // namespace korvane
 

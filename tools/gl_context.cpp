@@ -6,6 +6,8 @@
 
 #include <array>
 
+#include "frameworks/core/auto_ptr.h"
+#include "frameworks/gpu/gpu_engine.h"
 #include "platform/egl.h"
 #include "tools/command.h"
 
@@ -19,16 +21,19 @@ EGLDisplay platform_display(EGLenum platform, void* native) {
     return function == nullptr ? EGL_NO_DISPLAY : function(platform, native, nullptr);
 }
 
-class HeadlessContext {
+class ThreadContext {
   public:
-    HeadlessContext() = default;
-    HeadlessContext(const HeadlessContext&) = delete;
-    HeadlessContext& operator=(const HeadlessContext&) = delete;
-    ~HeadlessContext() { close(); }
+    ThreadContext() = default;
+    ThreadContext(const ThreadContext&) = delete;
+    ThreadContext& operator=(const ThreadContext&) = delete;
+    ~ThreadContext() { close(); }
 
     // The platform's name, or null.
     const char* open() {
         close();
+        if (open_engine()) {
+            return "display";
+        }
         if (open_device()) {
             return "device";
         }
@@ -36,6 +41,15 @@ class HeadlessContext {
     }
 
   private:
+    // The library's own way, which needs X.
+    bool open_engine() {
+        m_Engine = new GPUEngine(nullptr, 0, 0);
+        if (m_Engine->setup()) {
+            m_Engine->startup();
+        }
+        return eglGetCurrentContext() != EGL_NO_CONTEXT;
+    }
+
     // The first device that works: graphics cards come before drawing by the processor.
     bool open_device() {
         const auto query = reinterpret_cast<PFNEGLQUERYDEVICESEXTPROC>(eglGetProcAddress("eglQueryDevicesEXT"));
@@ -85,6 +99,11 @@ class HeadlessContext {
     }
 
     void close() {
+        if (m_Engine.get() != nullptr) {
+            m_Engine->close();
+            m_Engine->destroy();
+            m_Engine.clear();
+        }
         if (m_Display == EGL_NO_DISPLAY) {
             return;
         }
@@ -101,6 +120,7 @@ class HeadlessContext {
         m_Context = EGL_NO_CONTEXT;
     }
 
+    auto_ptr<GPUEngine> m_Engine;
     EGLDisplay m_Display = EGL_NO_DISPLAY;
     EGLSurface m_Surface = EGL_NO_SURFACE;
     EGLContext m_Context = EGL_NO_CONTEXT;
@@ -110,12 +130,12 @@ class HeadlessContext {
 
 const char* require_gl_context() {
     // A thread's filters share one: opening a driver takes longer than most photos.
-    thread_local HeadlessContext headless;
+    thread_local ThreadContext context;
     thread_local const char* platform = nullptr;
     if (eglGetCurrentContext() != EGL_NO_CONTEXT) {
         return platform == nullptr ? "display" : platform;
     }
-    platform = headless.open();
+    platform = context.open();
     if (platform == nullptr) {
         throw CommandError(
             "no usable EGL display, and the driver draws nowhere else: with the package xvfb installed, try "

@@ -84,7 +84,7 @@ check("script-src 'self'" in headers['Content-Security-Policy'] and 'unsafe' not
       'no inline script')
 names = re.findall(rb'(?:href|src)="([a-z.]+)"', page) + [b'stage.js', b'code.js']
 total = len(page) + sum(len(ask(root + name.decode())[2]) for name in names)
-check(len(names) == 5 and total < 60 * 1024, f'the page takes {total} bytes')
+check(len(names) == 5 and total < 60000, f'the page takes {total} bytes')
 effects = json.loads(ask(root + 'api/effects')[2])
 check({'blur-stack', 'filter-Distorted', 'palette', 'stamp', 'corners'} <= {effect['id'] for effect in effects}, 'effects')
 

@@ -46,17 +46,30 @@ struct HttpError {
     const char* text;
 };
 
-// Milliseconds of each part of the work, for the header that browsers show in their network view.
+// Milliseconds of each part of the work, for a header that browsers and the page show.
 class Timing {
   public:
-    void add(const char* name) {
+    // Since the last part.
+    double lap() {
         const auto now = Clock::now();
-        char text[64];
-        std::snprintf(text, sizeof(text), "%s%s;dur=%.1f", m_Text.empty() ? "" : ", ", name,
-                      std::chrono::duration<double, std::milli>(now - m_Last).count());
-        m_Text += text;
-        m_Last = now;
+        return std::chrono::duration<double, std::milli>(now - std::exchange(m_Last, now)).count();
     }
+
+    void add(const char* name, double milliseconds) {
+        char text[64];
+        std::snprintf(text, sizeof(text), "%s%s;dur=%.1f", m_Text.empty() ? "" : ", ", name, milliseconds);
+        m_Text += text;
+    }
+
+    void add(const char* name) { add(name, lap()); }
+
+    // `times` are parts of what was done since the last part; the rest is drawing.
+    void add(const DrawTimes& times) {
+        add("upload", times.upload);
+        add("draw", lap() - times.upload - times.read);
+        add("read", times.read);
+    }
+
     const std::string& text() const { return m_Text; }
 
   private:
@@ -105,10 +118,12 @@ std::string encode_bmp(Photo& photo) {
     return file;
 }
 
-void run_chain(Photo& photo, const std::vector<BenchStep>& chain, double scale) {
+DrawTimes run_chain(Photo& photo, const std::vector<BenchStep>& chain, double scale) {
+    DrawTimes times;
     for (const BenchStep& step : chain) {
-        step.effect->apply(photo, step.values, scale);
+        step.effect->apply(photo, step.values, scale, times);
     }
+    return times;
 }
 
 bool is_ip_literal(const std::string& host) {
@@ -436,13 +451,13 @@ class BenchServer::Parts {
             photo = shrink_photo(std::move(photo), pixels);
             const double scale = stored->scale() * photo.image->getWidth() / before;
             timing.add("copy");
-            run_chain(photo, chain, scale);
-            timing.add("draw");
+            timing.add(run_chain(photo, chain, scale));
         });
-        const std::string file = encode_bmp(photo);
+        // Moved, since set_content would copy megabytes.
+        response.body = encode_bmp(photo);
         timing.add("encode");
+        response.set_header("Content-Type", "image/bmp");
         response.set_header("Server-Timing", timing.text());
-        response.set_content(file, "image/bmp");
     }
 
     void save_photo(const httplib::ContentReader& reader, Response& response) {
@@ -461,8 +476,7 @@ class BenchServer::Parts {
         timing.add("decode");
         run_job("", [&] {
             timing.add("wait");
-            run_chain(photo, chain, 1);
-            timing.add("draw");
+            timing.add(run_chain(photo, chain, 1));
         });
         const Bytes file = encode_photo(photo, format->format, {}, "the photo");
         timing.add("encode");

@@ -11,6 +11,7 @@
 #include "applications/effects/effects_filter_table.h"
 #include "applications/filters/filter_description.h"
 #include "applications/filters/gpu_image_filter_factory.h"
+#include "tools/bench/known_behaviours.h"
 #include "tools/color.h"
 #include "tools/command.h"
 #include "tools/effects.h"
@@ -49,13 +50,14 @@ BenchEffect blur_effect(const BlurMethod& method) {
                    [](char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); });
     effect.summary = std::string("Blurs (") + method.summary + ") and dims towards a colour";
     effect.command = std::string("blur --method ") + method.name;
+    effect.code = blur_code(method.name);
     effect.parameters = {
         {"radius", "integer", 0, static_cast<double>(method.maxRadius), kBlurRadius, kPixels, method.radius,
          "--radius"},
         {"color", "color", 0, 0, "#000000", "", "The colour to dim towards", "--color"},
         integer_row(kBlurAlpha, "alpha", ""),
     };
-    effect.apply = [&method](Photo& photo, const Json& values, double scale) {
+    effect.apply = [&method](Photo& photo, const Json& values, double scale, DrawTimes& /*times*/) {
         run_blur(method, photo, values, scale);
     };
     return effect;
@@ -78,7 +80,7 @@ std::vector<BenchParameter> filter_rows(const FilterDescription& filter) {
     return rows;
 }
 
-void run_filter(const BenchEffect& effect, const char* name, Photo& photo, const Json& values) {
+void run_filter(const BenchEffect& effect, const char* name, Photo& photo, const Json& values, DrawTimes& times) {
     FilterSettings settings = {name, {}, nullptr};
     for (const BenchParameter& parameter : effect.parameters) {
         // What is not set keeps the library's own default to the last digit.
@@ -86,21 +88,25 @@ void run_filter(const BenchEffect& effect, const char* name, Photo& photo, const
             settings.values.push_back(parameter.name + '=' + values[parameter.name].dump());
         }
     }
-    filter_photo(photo, settings);
+    filter_photo(photo, settings, times);
 }
 
 BenchEffect filter_effect(const FilterDescription& filter) {
     BenchEffect effect;
     effect.title = filter.name + std::strlen("ImageFilter");
     effect.id = "filter-" + effect.title;
-    effect.group = "Filters";
+    // The others move pixels.
+    const bool isOfColors = effect.title == "Table" || effect.title == "Temperature" || effect.title == "Xray";
+    effect.group = isOfColors ? "Colour" : "Filters";
     effect.summary = filter.summary;
     effect.command = std::string("filter ") + effect.title;
+    effect.code = filter_code(filter.name);
     effect.parameters = filter_rows(filter);
-    effect.apply = [id = effect.id, name = filter.name](Photo& photo, const Json& values, double /*scale*/) {
+    effect.apply = [id = effect.id, name = filter.name](Photo& photo, const Json& values, double /*scale*/,
+                                                        DrawTimes& times) {
         const auto& all = bench_effects();
         const auto self = std::find_if(all.begin(), all.end(), [&](const BenchEffect& e) { return e.id == id; });
-        run_filter(*self, name, photo, values);
+        run_filter(*self, name, photo, values, times);
     };
     return effect;
 }
@@ -114,8 +120,9 @@ BenchEffect palette_effect() {
             "Few colours",
             "Each pixel in the nearest of the few colours that suit the photo best",
             "palette",
+            palette_code(),
             {colors},
-            [](Photo& photo, const Json& values, double /*scale*/) {
+            [](Photo& photo, const Json& values, double /*scale*/, DrawTimes& /*times*/) {
                 reduce_photo(photo, find_palette(photo, values["colors"].get<int>()));
             }};
 }
@@ -126,8 +133,9 @@ BenchEffect stamp_effect() {
             "Date and time",
             "A date and time in the corner, as cameras print it",
             "stamp",
+            stamp_code(),
             {{"text", "text", 0, 0, "2026-01-02 03:04", "", "Digits, \":\", \"-\" and blanks", "--text"}},
-            [](Photo& photo, const Json& values, double /*scale*/) {
+            [](Photo& photo, const Json& values, double /*scale*/, DrawTimes& /*times*/) {
                 stamp_photo(photo, values["text"].get<std::string>());
             }};
 }
@@ -138,10 +146,11 @@ BenchEffect corners_effect() {
             "Corners",
             "The corners that a tracker would follow, each in a red square",
             "corners",
+            corners_code(),
             {integer_row(kCornerThreshold, "threshold", "levels"),
              integer_row(kCornerDistance, "distance", kPixels),
              {"keepAll", "switch", 0, 1, false, "", "Keep corners beside stronger ones, too", "--no-suppression"}},
-            [](Photo& photo, const Json& values, double scale) {
+            [](Photo& photo, const Json& values, double scale, DrawTimes& /*times*/) {
                 CornerSettings settings;
                 settings.threshold = values["threshold"].get<int>();
                 settings.minDistance = static_cast<int>(std::lround(values["distance"].get<int>() * scale));
@@ -252,6 +261,9 @@ std::string bench_effects_json() {
                         {"title", effect.title},
                         {"summary", effect.summary},
                         {"command", effect.command},
+                        {"cpp", effect.code.cpp},
+                        {"java", effect.code.java},
+                        {"behaviours", known_behaviours(effect.id)},
                         {"parameters", parameters}});
     }
     return json_line(rows);

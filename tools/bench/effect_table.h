@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/bench/effect_code.h"
+#include "tools/filter_session.h"
 #include "tools/json.h"
 #include "tools/photo/photo.h"
 
@@ -30,10 +32,11 @@ struct BenchEffect {
     std::string title;
     std::string summary;
     std::string command;  // with the options that are always there
+    EffectCode code;
     std::vector<BenchParameter> parameters;
     // `values` has every parameter. `scale` is 1, or the size of a preview as a part of the photo's: lengths in pixels
-    // shrink with it.
-    std::function<void(Photo& photo, const Json& values, double scale)> apply;
+    // shrink with it. Filters add to `times`.
+    std::function<void(Photo& photo, const Json& values, double scale, DrawTimes& times)> apply;
 };
 
 const std::vector<BenchEffect>& bench_effects();

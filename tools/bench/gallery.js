@@ -16,39 +16,25 @@ const codeKinds = [["command", "Command"], ["cpp", "C++"], ["java", "Java"]];
 let codeKind = "command";
 let shown = null;  // {effect, picture}
 
-// element("p", {class: "caption"}, "text", child, ...)
-function element(tag, attributes = {}, ...children) {
-    const made = tag in svgTags ? document.createElementNS("http://www.w3.org/2000/svg", tag) : document.createElement(tag);
-    for (const [name, value] of Object.entries(attributes)) {
-        if (value !== null && value !== false) {
-            made.setAttribute(name, value === true ? "" : value);
-        }
-    }
-    made.append(...children);
-    return made;
-}
-
-const svgTags = {svg: 1, rect: 1, path: 1, text: 1, circle: 1, mask: 1, g: 1};
-
 // Rail
 
 function railItem(id, name, thumbnail) {
-    const picture = thumbnail === null ? element("div", {class: "blank bars"}) :
-        element("img", {src: thumbnail, alt: "", loading: "lazy", width: 160, height: 120});
-    return element("li", {}, element("a", {class: "rail-item", href: `#/${id}`, "data-id": id}, picture, element("span", {}, name)));
+    const picture = thumbnail === null ? make("div", {class: "blank bars"}) :
+        make("img", {src: thumbnail, alt: "", loading: "lazy", width: 160, height: 120});
+    return make("li", {}, make("a", {class: "rail-item", href: `#/${id}`, "data-id": id}, picture, make("span", {}, name)));
 }
 
 function fillRail() {
     for (const group of data.groups) {
         const members = data.effects.filter((effect) => effect.group === group);
         if (members.length > 0) {
-            rail.append(element("section", {"aria-label": group}, element("h2", {}, group),
-                element("ul", {}, ...members.map((effect) => railItem(effect.id, effect.name, effect.thumbnail)))));
+            rail.append(make("section", {"aria-label": group}, make("h2", {}, group),
+                make("ul", {}, ...members.map((effect) => railItem(effect.id, effect.name, effect.thumbnail)))));
         }
     }
     if (data.speed !== null) {
         const item = railItem(speedId, "Ratios", null);
-        rail.append(element("section", {"aria-label": "Speed"}, element("h2", {}, "Speed"), element("ul", {}, item)));
+        rail.append(make("section", {"aria-label": "Speed"}, make("h2", {}, "Speed"), make("ul", {}, item)));
     }
 }
 
@@ -74,31 +60,31 @@ function facts(parameter) {
 function strip(effect, parameter) {
     const id = `${effect.id}-${parameter.name}`;
     const values = parameter.values.map(({value, picture}) => {
-        const input = element("input", {type: "radio", class: "spoken", name: id, value, "data-parameter": parameter.name});
+        const input = make("input", {type: "radio", class: "spoken", name: id, value, "data-parameter": parameter.name});
         input.checked = picture === shown.picture || (value === parameter.chosen && !parameter.values.some((other) =>
             other.picture === shown.picture));
         input.addEventListener("change", () => go(effect, picture === 0 ? null : [parameter.name, value]));
-        return element("label", {}, input, element("img", {src: effect.pictures[picture].src, alt: "", loading: "lazy",
-            width: effect.width, height: effect.height}), element("span", {}, value));
+        return make("label", {}, input, make("img", {src: effect.pictures[picture].src, alt: "", loading: "lazy",
+            width: effect.width, height: effect.height}), make("span", {}, value));
     });
-    return element("fieldset", {class: "strip"},
-        element("legend", {}, parameter.name, " ", element("span", {class: "caption"}, facts(parameter))),
-        element("p", {class: "caption"}, sentence(parameter.summary)),
-        element("div", {class: "strip-values"}, ...values));
+    return make("fieldset", {class: "strip"},
+        make("legend", {}, parameter.name, " ", make("span", {class: "caption"}, facts(parameter))),
+        make("p", {class: "caption"}, sentence(parameter.summary)),
+        make("div", {class: "strip-values"}, ...values));
 }
 
 const sentence = (text) => text.charAt(0).toUpperCase() + text.slice(1);
 
 function parameterSection(effect) {
-    const section = element("section", {}, element("h3", {}, effect.parameters.length > 0 ? "Parameters" : "No parameters"));
+    const section = make("section", {}, make("h3", {}, effect.parameters.length > 0 ? "Parameters" : "No parameters"));
     const plain = effect.parameters.filter((parameter) => parameter.values.length === 0);
     for (const parameter of effect.parameters.filter((parameter) => parameter.values.length > 0)) {
         section.append(strip(effect, parameter));
     }
     if (plain.length > 0) {
-        section.append(element("dl", {class: "facts"}, ...plain.flatMap((parameter) => [
-            element("dt", {}, parameter.name, " ", element("span", {class: "caption"}, facts(parameter))),
-            element("dd", {class: "caption"}, sentence(parameter.summary))])));
+        section.append(make("dl", {class: "facts"}, ...plain.flatMap((parameter) => [
+            make("dt", {}, parameter.name, " ", make("span", {class: "caption"}, facts(parameter))),
+            make("dd", {class: "caption"}, sentence(parameter.summary))])));
     }
     return section;
 }
@@ -119,18 +105,18 @@ async function copy(text, button) {
 
 // A line may break between the words of a command, not within one.
 function codeText(kind, text) {
-    return kind === "command" ? text.split(/(?<= )/).map((word) => element("span", {class: "word"}, word)) : [text];
+    return kind === "command" ? text.split(/(?<= )/).map((word) => make("span", {class: "word"}, word)) : [text];
 }
 
 function codeSection(picture) {
     const kinds = codeKinds.filter(([kind]) => picture[kind]);
     const open = kinds.some(([kind]) => kind === codeKind) ? codeKind : "command";
-    const text = element("code", {}, ...codeText(open, picture[open]));
-    const button = element("button", {type: "button", class: "copy"}, "Copy");
+    const text = make("code", {}, ...codeText(open, picture[open]));
+    const button = make("button", {type: "button", class: "copy"}, "Copy");
     button.addEventListener("click", () => copy(picture[codeKind in picture && picture[codeKind] ? codeKind : "command"], button));
-    const panel = element("div", {class: "code", role: "tabpanel", id: "code-panel", tabindex: "0", "aria-labelledby": `tab-${open}`},
-        element("pre", {}, text), button);
-    const tabs = kinds.map(([kind, name]) => element("button", {type: "button", role: "tab", id: `tab-${kind}`,
+    const panel = make("div", {class: "code", role: "tabpanel", id: "code-panel", tabindex: "0", "aria-labelledby": `tab-${open}`},
+        make("pre", {}, text), button);
+    const tabs = kinds.map(([kind, name]) => make("button", {type: "button", role: "tab", id: `tab-${kind}`,
         "aria-controls": "code-panel", "aria-selected": `${kind === open}`, tabindex: kind === open ? "0" : "-1"}, name));
     const choose = (index, focuses) => {
         codeKind = kinds[index][0];
@@ -154,10 +140,10 @@ function codeSection(picture) {
             }
         });
     });
-    const section = element("section", {class: "code-section"}, element("div", {class: "tabs", role: "tablist", "aria-label": "Code"}, ...tabs),
+    const section = make("section", {class: "code-section"}, make("div", {class: "tabs", role: "tablist", "aria-label": "Code"}, ...tabs),
         panel);
     if (picture.cpp && !picture.java) {
-        section.append(element("p", {class: "caption"}, "The Java classes do not have this call."));
+        section.append(make("p", {class: "caption"}, "The Java classes do not have this call."));
     }
     return section;
 }
@@ -165,10 +151,10 @@ function codeSection(picture) {
 function saidSection(effect, picture) {
     const colors = picture.said.match(/#[0-9A-F]{6}/g);
     if (colors === null) {
-        return element("p", {class: "caption"}, `It says: ${picture.said}`);
+        return make("p", {class: "caption"}, `It says: ${picture.said}`);
     }
-    return element("ul", {class: "swatches", "aria-label": "The palette"}, ...colors.map((color) => {
-        const item = element("li", {title: color}, element("span", {class: "spoken"}, color));
+    return make("ul", {class: "swatches", "aria-label": "The palette"}, ...colors.map((color) => {
+        const item = make("li", {title: color}, make("span", {class: "spoken"}, color));
         item.style.background = color;
         return item;
     }));
@@ -176,18 +162,18 @@ function saidSection(effect, picture) {
 
 function behaviourSection(effect) {
     const items = effect.behaviours.map((cells) => {
-        const item = element("li", {});
+        const item = make("li", {});
         item.innerHTML = cells.map((cell) => `<p>${cell}</p>`).join("");
         return item;
     });
-    return element("section", {class: "behaviours"}, element("details", {},
-        element("summary", {}, `Known behaviours (${items.length})`), element("ul", {}, ...items)));
+    return make("section", {class: "behaviours"}, make("details", {},
+        make("summary", {}, `Known behaviours (${items.length})`), make("ul", {}, ...items)));
 }
 
 function fillInspector() {
     const {effect} = shown;
     const picture = effect.pictures[shown.picture];
-    const head = element("header", {}, element("h2", {class: "name"}, effect.name), element("p", {}, effect.summary));
+    const head = make("header", {}, make("h2", {class: "name"}, effect.name), make("p", {}, effect.summary));
     if (picture.said !== "") {
         head.append(saidSection(effect, picture));
     }
@@ -200,28 +186,37 @@ function fillInspector() {
 
 // Panorama: the frames where their offsets put them, over the whole picture.
 
+function draw(tag, attributes, ...children) {
+    const shape = document.createElementNS("http://www.w3.org/2000/svg", tag);
+    for (const [name, value] of Object.entries(attributes)) {
+        shape.setAttribute(name, value);
+    }
+    shape.append(...children);
+    return shape;
+}
+
 function filmPicture(effect) {
     const {frame, readings} = effect.film;
     const taken = readings.filter((reading) => reading.result === "NO_ERROR");
     const last = taken[taken.length - 1];
-    const marks = [element("path", {class: "veil", "fill-rule": "evenodd",
+    const marks = [draw("path", {class: "veil", "fill-rule": "evenodd",
         d: `M0 0H${effect.width}V${effect.height}H0ZM${taken[0].offset_x} 0H${last.offset_x + frame[0]}V${frame[1]}H${taken[0].offset_x}Z`})];
     taken.forEach((reading, index) => {
         const inset = 6 + 5 * (taken.length - index);
-        marks.push(element("rect", {class: "frame", x: reading.offset_x + 2, y: inset, width: frame[0] - 4,
+        marks.push(draw("rect", {class: "frame", x: reading.offset_x + 2, y: inset, width: frame[0] - 4,
             height: frame[1] - 2 * inset, rx: 6}));
         const x = reading.offset_x + 30;
-        marks.push(element("circle", {class: "tag", cx: x, cy: frame[1] - inset - 28, r: 20}),
-            element("text", {x, y: frame[1] - inset - 28}, `${reading.row}`));
+        marks.push(draw("circle", {class: "tag", cx: x, cy: frame[1] - inset - 28, r: 20}),
+            draw("text", {x, y: frame[1] - inset - 28}, `${reading.row}`));
     });
     const from = frame[0] / 2;
     const to = last.offset_x + frame[0] / 2;
     const middle = effect.height / 2;
-    marks.push(element("path", {class: "way", d: `M${from} ${middle}H${to}M${to - 22} ${middle - 18}L${to} ${middle}L${to - 22} ${middle + 18}`}));
-    const picture = element("div", {class: "film-picture"},
-        element("img", {src: effect.pictures[0].src, width: effect.width, height: effect.height,
+    marks.push(draw("path", {class: "way", d: `M${from} ${middle}H${to}M${to - 22} ${middle - 18}L${to} ${middle}L${to - 22} ${middle + 18}`}));
+    const picture = make("div", {class: "film-picture"},
+        make("img", {src: effect.pictures[0].src, width: effect.width, height: effect.height,
             alt: `Frames ${taken.map((reading) => reading.row).join(", ")} of the sweep, each where its offset puts it, over the whole picture; an arrow shows the direction, ${words(last.direction)}`}),
-        element("svg", {viewBox: `0 0 ${effect.width} ${effect.height}`, "aria-hidden": "true"}, ...marks));
+        draw("svg", {viewBox: `0 0 ${effect.width} ${effect.height}`, "aria-hidden": "true"}, ...marks));
     picture.style.setProperty("--shape", effect.width / effect.height);
     return picture;
 }
@@ -230,9 +225,9 @@ const words = (name) => name.toLowerCase().replaceAll("_", " ");
 
 function fillFilm(effect) {
     const results = {NO_ERROR: "taken", INVALID_PARAMETER: "sets the reference"};
-    const row = (tag, cells) => element("tr", {}, ...cells.map((cell) => element(tag, tag === "th" ? {scope: "col"} : {}, `${cell}`)));
-    const table = element("table", {}, element("thead", {}, row("th", ["Frame", "Result", "Direction", "Offset x", "Offset y"])),
-        element("tbody", {}, ...effect.film.readings.map((reading) => row("td", [reading.row,
+    const row = (tag, cells) => make("tr", {}, ...cells.map((cell) => make(tag, tag === "th" ? {scope: "col"} : {}, `${cell}`)));
+    const table = make("table", {}, make("thead", {}, row("th", ["Frame", "Result", "Direction", "Offset x", "Offset y"])),
+        make("tbody", {}, ...effect.film.readings.map((reading) => row("td", [reading.row,
             results[reading.result] ?? words(reading.result), words(reading.direction), reading.offset_x, reading.offset_y]))));
     film.replaceChildren(filmPicture(effect), table);
 }
@@ -244,26 +239,26 @@ function fillSpeed() {
     const least = Math.log2(Math.min(0.5, ...ratios));
     const most = Math.log2(Math.max(4, ...ratios));
     const place = (ratio) => 100 * (Math.log2(ratio) - least) / (most - least);
-    const table = element("table", {}, element("caption", {}, element("h2", {class: "name"}, "Speed against the peers"),
-        element("p", {}, "How many times as fast as each peer; to the right of the line korvane is faster. The scale doubles."),
-        element("p", {class: "caption"}, `${data.speed.machine.trim()}; ${data.speed.date}`)),
-        element("colgroup", {}, element("col", {class: "peer"}), element("col"), element("col", {class: "ratio"})));
+    const table = make("table", {}, make("caption", {}, make("h2", {class: "name"}, "Speed against the peers"),
+        make("p", {}, "How many times as fast as each peer; to the right of the line korvane is faster. The scale doubles."),
+        make("p", {class: "caption"}, `${data.speed.machine.trim()}; ${data.speed.date}`)),
+        make("colgroup", {}, make("col", {class: "peer"}), make("col"), make("col", {class: "ratio"})));
     for (const comparison of data.speed.comparisons) {
-        const body = element("tbody", {}, element("tr", {}, element("th", {colspan: 3, scope: "rowgroup"}, comparison.name, " ",
-            element("span", {class: "caption"}, `${comparison.milliseconds.toPrecision(3)} ms`))));
+        const body = make("tbody", {}, make("tr", {}, make("th", {colspan: 3, scope: "rowgroup"}, comparison.name, " ",
+            make("span", {class: "caption"}, `${comparison.milliseconds.toPrecision(3)} ms`))));
         for (const row of comparison.rows) {
-            const scale = element("div", {class: row.faster < 1 ? "scale slower" : "scale"});
+            const scale = make("div", {class: row.faster < 1 ? "scale slower" : "scale"});
             scale.style.setProperty("--even", `${place(1)}%`);
             scale.style.setProperty("--from", `${Math.min(place(1), place(row.faster))}%`);
             scale.style.setProperty("--length", `${Math.abs(place(row.faster) - place(1))}%`);
-            body.append(element("tr", {}, element("td", {}, row.name), element("td", {"aria-hidden": "true"}, scale),
-                element("td", {}, `${row.faster.toPrecision(3)} \u00D7`, element("span", {class: "wide"}, " as fast"))));
+            body.append(make("tr", {}, make("td", {}, row.name), make("td", {"aria-hidden": "true"}, scale),
+                make("td", {}, `${row.faster.toPrecision(3)} \u00D7`, make("span", {class: "wide"}, " as fast"))));
         }
         table.append(body);
     }
     speed.replaceChildren(table);
-    inspector.replaceChildren(element("header", {}, element("h2", {class: "name"}, "Speed"),
-        element("p", {}, "From the last run of the benchmarks: the median of many rounds, in which all contestants take turns on one thread.")),
+    inspector.replaceChildren(make("header", {}, make("h2", {class: "name"}, "Speed"),
+        make("p", {}, "From the last run of the benchmarks: the median of many rounds, in which all contestants take turns on one thread.")),
         codeSection({command: "./dev bench"}));
 }
 
@@ -319,7 +314,7 @@ function step(distance) {
 const keysDialog = document.getElementById("keys");
 const ownKeys = [["J", "next effect"], ["K", "the effect before"], ["?", "this list"]];
 for (const [key, text] of [...stageKeys, ...ownKeys]) {
-    keysDialog.querySelector(".keys").append(element("dt", {}, element("kbd", {}, key)), element("dd", {}, text));
+    keysDialog.querySelector(".keys").append(make("dt", {}, make("kbd", {}, key)), make("dd", {}, text));
 }
 document.getElementById("keys-button").addEventListener("click", () => keysDialog.showModal());
 document.addEventListener("keydown", (event) => {

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Makes the gallery: OUT/index.html with every effect on a picture before and after, and OUT/pictures.
 
-The command that a picture shows is the text that was run to make it. Parameters come from the program's own tables, the
-notes from docs/known-behaviours.md, the speed figures from the last run of the benchmarks when there is one.
+The command that a picture shows is the text that was run to make it. Parameters, code and known behaviours come from the
+program's own tables, the speed figures from the last run of the benchmarks when there is one.
 """
 import argparse
 import concurrent.futures
@@ -25,19 +25,6 @@ PAGE = ROOT / 'tools' / 'bench'
 MOST_BYTES = 6_000_000
 GROUPS = ['Blur', 'Filters', 'Colour', 'Capture', 'Stamp', 'Analysis']
 
-# What the filters' own tables do not say: where a filter stands, which drawn picture shows it best, and words that find
-# its rows among the known behaviours. A filter that is not here stands among the filters.
-FILTER_NOTES = {
-    'None': ('Filters', 'house', None),
-    'Distorted': ('Filters', 'house', 'Distorted'),
-    'Extrusion': ('Filters', 'house', 'Extrusion'),
-    'Mirror': ('Filters', 'house', 'Mirror'),
-    'Timetunnel': ('Filters', 'house', 'Timetunnel'),
-    'Table': ('Colour', 'portrait', 'Table filter'),
-    'Temperature': ('Colour', 'portrait', None),
-    'Xray': ('Colour', 'portrait', None),
-}
-
 RGBA = '// rgba: width * height pixels of four bytes'
 YUYV = '// yuyv: width * height * 2 bytes'
 
@@ -46,13 +33,51 @@ def number(value):
     return f'{value:.4g}'
 
 
-def cpp_float(value):
-    text = number(value)
+def as_float(value):
+    text = number(float(value))
     return text + ('f' if '.' in text or 'e' in text else '.0f')
 
 
-def java_float(value):
-    return number(value) + 'f'
+# How a value stands in code; see effect_code.h, and page/code.js, which does the same.
+KINDS = {
+    'float': as_float,
+    'bytes': lambda color: ', '.join(f'0x{color[at:at + 2]}' for at in (1, 3, 5)),
+    'argb': lambda color: f'0xFF{color[1:].upper()}',
+    'share': lambda weight: f'{number(int(weight) / 256)}f',
+    'quoted': json.dumps,
+    'not': lambda is_on: '0' if is_on else '1',
+}
+
+
+class Table:
+    """The playground's effects: what they are called, their code, and their known behaviours."""
+
+    def __init__(self, korvane_gallery):
+        self.rows = {row['id']: row for row in json.loads(korvane_gallery('effects'))}
+
+    def code(self, identity, values, about):
+        """C++ and Java for values that differ from the defaults."""
+        row = self.rows[identity]
+        every = {p['name']: p['initial'] for p in row['parameters']} | values
+
+        def fill(line, known):
+            return re.sub(r'\{(\w+)(?::(\w+))?\}', lambda m: KINDS.get(m[2], str)(known[m[1]]), line)
+
+        def lines(text):
+            for line in text.splitlines():
+                condition = re.match(r'(!?)(\w+)\? (.*)', line)
+                if not condition:
+                    yield fill(line, every)
+                elif condition[2] == 'each':
+                    for key, value in values.items():
+                        yield fill(condition[3], {'key': key, 'value': value})
+                elif bool(every[condition[2]]) != bool(condition[1]):
+                    yield fill(condition[3], every)
+
+        def whole(text, first):
+            return '\n'.join([first] * bool(first) + [line for line in lines(text) if not line.startswith(('#inc', 'import'))])
+
+        return whole(row['cpp'], about), whole(row['java'], '') if row['java'] else None
 
 
 class Shot:
@@ -71,10 +96,10 @@ class Shot:
 
 
 class Effect:
-    def __init__(self, group, name, summary, source, command, calls, words=None, extension='webp'):
+    def __init__(self, group, name, summary, source, command, calls, row, extension='webp'):
         self.group, self.name, self.summary, self.source = group, name, summary, source
         self.id = re.sub(r'[^a-z0-9]+', '-', name.lower()).strip('-')
-        self.command, self.calls, self.words, self.extension = command, calls, words, extension
+        self.command, self.calls, self.row, self.extension = command, calls, row, extension
         self.parameters = []
         self.main = Shot(self, '', command({}), source, calls({}), extension)
         self.shots = [self.main]
@@ -114,30 +139,20 @@ def spread(least, most, default):
     return sorted({number(value) for value in values + [default]}, key=float)
 
 
-def filter_calls(name, settings):
-    sets = ''.join(f'float {key} = {cpp_float(float(value))};\nfilter->setParameters("{key}", &{key});\n'
-                   for key, value in settings.items())
-    cpp = (f'{RGBA}; an OpenGL ES 3 context is current\n'
-           f'auto_ptr<ImageFilterBaseGL> filter(ImageFilterFactory::createFilter("{name}"));\n'
-           'filter->initEngine();\nfilter->setupGraphics(1);\n'
-           'float upright[] = {0, 0, 1, 0, 0, 1, 1, 1};\nfilter->setParameters("mTexVertices", upright);\n'
-           f'{sets}filter->process(rgba, width, height);\nfilter->release();')
-    calls = ''.join(f'.set("{key}", {java_float(float(value))})' for key, value in settings.items())
-    java = f'try (Filter filter = Filter.open("{name}")) {{\n    filter{calls}.apply(bitmap);\n}}'
-    return cpp, java
-
-
-def filter_effects(korvane):
+def filter_effects(korvane, table):
     effects = []
     for row in json.loads(korvane('filters', '--json'))['filters']:
         name, short = row['name'], row['name'].removeprefix('ImageFilter')
-        group, source, words = FILTER_NOTES.get(short, ('Filters', 'house', short))
+        # What changes only colours shows best on a face.
+        identity = f'filter-{short}'
+        group = table.rows[identity]['group']
+        source = 'portrait' if group == 'Colour' else 'house'
 
         def command(settings, name=name, source=source):
             return f'filter {name} {source}.png' + ''.join(f' --set {k}={v}' for k, v in settings.items())
 
         effect = Effect(group, short, row['summary'] + '.', source, command,
-                        lambda settings, name=name: filter_calls(name, settings), words)
+                        lambda settings, identity=identity: table.code(identity, settings, RGBA), identity)
         for parameter in row['parameters']:
             default = '' if parameter['default'] is None else number(parameter['default'])
             values = None
@@ -168,45 +183,37 @@ def radius_row(options, method):
     return row
 
 
-CHANNELS = '// channel, blurred: width * height bytes; a picture of colours is blurred channel by channel\n'
 BLURS = [
-    ('stack', 'Stack blur', 'Weights that fall evenly from the centre: close to a Gaussian, at the cost of a box.',
-     f'{RGBA}\nstack_blur(rgba, width, height, {{radius}});', 'Blur.apply(bitmap, {radius});', 'stack_blur'),
-    ('box', 'Box blur', 'A plain mean over a square.',
-     CHANNELS + 'box_blur(channel, blurred, width, height, {radius});', None, '`box_blur'),
-    ('gauss', 'Gauss blur', 'Three boxes, which together come close to a Gaussian.',
-     CHANNELS + 'gauss_blur(channel, blurred, width, height, {radius});', None, 'gauss_blur|gauss_blur_coef'),
-    ('fast', 'Fast blur', 'A plain mean, rounded down, for whole pixels of four bytes.',
-     f'{RGBA}\nfast_blur(reinterpret_cast<unsigned int*>(rgba), rgba, width, height, {{radius}});', None, 'fast_blur'),
-    ('iir', 'Recursive blur', 'A recursive Gaussian: its time does not depend on the radius.',
-     f'{RGBA}\ngaussiir(rgba, width, height, 4, width * 4, {{radius}}.0f, {{radius}}.0f);', None, 'gaussiir'),
+    ('stack', 'Stack blur', 'Weights that fall evenly from the centre: close to a Gaussian, at the cost of a box.'),
+    ('box', 'Box blur', 'A plain mean over a square.'),
+    ('gauss', 'Gauss blur', 'Three boxes, which together come close to a Gaussian.'),
+    ('fast', 'Fast blur', 'A plain mean, rounded down, for whole pixels of four bytes.'),
+    ('iir', 'Recursive blur', 'A recursive Gaussian: its time does not depend on the radius.'),
 ]
 
 
-def blur_effects(options):
+def blur_effects(options, table):
     effects = []
-    for method, name, summary, cpp, java, words in BLURS:
+    for method, name, summary in BLURS:
         def command(settings, method=method):
             chosen = '' if method == 'stack' else f' --method {method}'
             return f'blur portrait.png{chosen} --radius {settings.get("--radius", 25)}'
 
-        def calls(settings, cpp=cpp, java=java):
-            radius = settings.get('--radius', 25)
-            return cpp.format(radius=radius), java and java.format(radius=radius)
+        def calls(settings, method=method):
+            about = '' if method in ('box', 'gauss') else RGBA
+            return table.code(f'blur-{method}', {'radius': settings.get('--radius', 25)}, about)
 
-        effect = Effect('Blur', name, summary, 'portrait', command, calls, words)
+        effect = Effect('Blur', name, summary, 'portrait', command, calls, f'blur-{method}')
         effect.add_parameter(radius_row(options, method), [2, 8, 25, 50, 80])
         effects.append(effect)
 
     def dim_calls(settings):
-        alpha = settings.get('--alpha', 112)
-        return (f'{RGBA}\nstack_blur(rgba, width, height, 25);\n'
-                f'alpha_blend(rgba, width * height, 0x10, 0x20, 0x40, {alpha});',
-                f'Blur.dim(bitmap, 25, 0xFF102040, {java_float(alpha / 256)});')
+        values = {'radius': 25, 'color': '#102040', 'alpha': settings.get('--alpha', 112)}
+        return table.code('blur-stack', values, RGBA)
 
     dim = Effect('Blur', 'Blur and dim', 'The background behind a dialog: blurred, then mixed with a colour.',
                  'portrait', lambda s: f"blur portrait.png --radius 25 --color '#102040' --alpha {s.get('--alpha', 112)}",
-                 dim_calls, 'alpha_blend|weight 0')
+                 dim_calls, 'dim')
     alpha = option_row(options, 'blur', '--alpha')
     dim.add_parameter(dict(alpha, default='112'), [0, 56, 112, 168, 256])
     dim.parameters[0]['default'] = alpha['default']
@@ -237,7 +244,7 @@ def capture_effects(options):
             ('Merge by night', night, 9, 'frames/night5.png',
              'The maximum of a dark burst: every light that any frame saw stays.')]:
         effect = Effect('Capture', name, summary, first, lambda s, frames=frames: f'merge {frames}', merge_calls(count),
-                        'Super capture|mean luma that chooses')
+                        'merge')
         effect.tags = ('One frame', 'Merged')
         effect.add_parameter(option_row(options, 'merge', 'frames'))
         effects.append(effect)
@@ -260,8 +267,7 @@ def sweep_effect(options):
     frames = ' '.join(f'frames/sweep{frame}.png' for frame in (1, 2, 3, 4, 1, 5, 6))
     effect = Effect('Capture', 'Panorama sweep',
                     'The intake of a panorama: which way the camera turns, where each frame belongs, and which frames go '
-                    'against the sweep.', 'wide', lambda s: f'sweep track.csv {frames}', sweep_calls,
-                    'sweep|refused for its direction')
+                    'against the sweep.', 'wide', lambda s: f'sweep track.csv {frames}', sweep_calls, 'sweep')
     effect.main.command = f'korvane sweep track.csv {frames} --json'
     effect.main.after = 'pictures/before-wide.webp'
     effect.film = True
@@ -270,43 +276,35 @@ def sweep_effect(options):
     return effect
 
 
-def other_effects(options):
+def other_effects(options, table):
     text = '2026-01-02 03:04'
 
     def stamp_calls(_):
-        return (f'{YUYV}\nmake_photo_timestamp_watermark_to_yuyv(yuyv, width, height, "{text}", 0);',
-                f'TimestampStamp.stamp(yuyv, width, height, "{text}");')
+        return table.code('stamp', {'text': text}, '')
 
     effects = []
     for name, source, summary in [
             ('Stamp 16 to 9', 'screen', 'Date and time in the corner, with the glyphs for wide frames.'),
             ('Stamp 4 to 3', 'classic', 'Date and time in the corner, with the glyphs for all other frames.')]:
         effect = Effect('Stamp', name, summary, source, lambda s, source=source: f"stamp {source}.png --text '{text}'",
-                        stamp_calls, 'stamp that does not fit|full stamp')
+                        stamp_calls, 'stamp')
         effect.add_parameter(option_row(options, 'stamp', '--text'))
         effects.append(effect)
 
     def corner_calls(settings):
-        threshold = settings.get('--threshold', 20)
-        distance = settings.get('--min-dist', 8)
-        return (f'// gray: width * height bytes\nFastParams params = {{{threshold}, 1, {distance}, 0, 3, 3}};\n'
-                'std::vector<KeyPoint> corners;\nfast16(gray, corners, width, height, &params);', None)
+        return table.code('corners', {'threshold': settings.get('--threshold', 20),
+                                      'distance': settings.get('--min-dist', 8)}, '')
 
     corners = Effect('Analysis', 'Corners', 'FAST corners, each marked by a red square.', 'house',
-                     lambda s: 'corners house.png' + ''.join(f' {k} {v}' for k, v in s.items()), corner_calls, '`fast16`')
+                     lambda s: 'corners house.png' + ''.join(f' {k} {v}' for k, v in s.items()), corner_calls, 'corners')
     corners.add_parameter(option_row(options, 'corners', '--threshold'), [5, 10, 20, 60, 120])
     corners.add_parameter(option_row(options, 'corners', '--min-dist'), [2, 8, 16, 32, 64])
 
     def palette_calls(settings):
-        count = settings.get('--colors', 16)
-        return ('// rgb: width * height pixels of three bytes\nColorQuantizer quantizer;\nquantizer.prepare(width, height);\n'
-                'for (int i = 0; i < width * height; ++i) {\n'
-                '    quantizer.addColor(rgb[3 * i], rgb[3 * i + 1], rgb[3 * i + 2]);\n}\n'
-                f'std::vector<Color> palette = quantizer.getPalette({count});\nquantizer.release();',
-                f'int[] colors = Palette.of(bitmap, {count});')
+        return table.code('palette', {'colors': settings.get('--colors', 16)}, '')
 
     palette = Effect('Analysis', 'Palette', 'The few colours that stand for a picture best.', 'portrait',
-                     lambda s: f"palette portrait.png -n {s.get('--colors', 16)}", palette_calls, 'ColorQuantizer', 'png')
+                     lambda s: f"palette portrait.png -n {s.get('--colors', 16)}", palette_calls, 'palette', 'png')
     palette.add_parameter(option_row(options, 'palette', '--colors'), [2, 4, 8, 16, 64])
     return effects + [corners, palette]
 
@@ -425,20 +423,8 @@ class Workshop:
 
 
 def inline(text):
-    """Marked code becomes an element, links their text."""
-    text = re.sub(r'\[([^\]]*)\]\([^)]*\)', r'\1', html.escape(text, quote=False))
-    return re.sub(r'`([^`]*)`', r'<code>\1</code>', text)
-
-
-def known_behaviours(words):
-    if not words:
-        return []
-    rows = []
-    for line in (ROOT / 'docs' / 'known-behaviours.md').read_text().splitlines():
-        cells = [cell.strip() for cell in line.strip('| ').split(' | ')]
-        if line.startswith('| ') and len(cells) == 3 and re.search(words, cells[0]):
-            rows.append([inline(cell) for cell in cells])
-    return rows
+    """Marked code becomes an element."""
+    return re.sub(r'`([^`]*)`', r'<code>\1</code>', html.escape(text, quote=False))
 
 
 def said_text(effect, shot):
@@ -449,7 +435,7 @@ def said_text(effect, shot):
     return ' '.join(lines) if effect.id == 'palette' else lines[0]
 
 
-def effect_data(workshop, effect):
+def effect_data(workshop, table, effect):
     width, height = workshop.size(effect.source.removesuffix('.png') + '.png')
     pictures = {}
 
@@ -469,7 +455,8 @@ def effect_data(workshop, effect):
     data = dict(id=effect.id, group=effect.group, name=effect.name, summary=effect.summary, width=width, height=height,
                 before=effect.before, thumbnail=f'pictures/small-{effect.id}.jpg', tags=effect.tags,
                 pictures=[pictures[index] for index in sorted(pictures)], parameters=parameters,
-                behaviours=known_behaviours(effect.words))
+                behaviours=[[inline(cell) for cell in row]
+                            for row in table.rows.get(effect.row, {}).get('behaviours', [])])
     if effect.film:
         frame = workshop.size('frames/sweep1.png')
         data['film'] = dict(frame=frame, readings=json.loads(effect.main.said)['readings'])
@@ -500,10 +487,10 @@ def write_page(out, data):
     (out / 'index.html').write_text(page)
 
 
-def all_effects(workshop):
+def all_effects(workshop, table):
     options = json.loads(workshop.run('korvane_gallery options'))
-    effects = (blur_effects(options) + filter_effects(workshop.korvane) + capture_effects(options) +
-               [sweep_effect(options)] + other_effects(options))
+    effects = (blur_effects(options, table) + filter_effects(workshop.korvane, table) + capture_effects(options) +
+               [sweep_effect(options)] + other_effects(options, table))
     return sorted(effects, key=lambda effect: GROUPS.index(effect.group))
 
 
@@ -532,19 +519,20 @@ def main():
     arguments.out.mkdir(parents=True, exist_ok=True)
     photo = arguments.photo.resolve() if arguments.photo else None
     workshop = Workshop(arguments.build, arguments.out, photo)
+    table = Table(lambda name: workshop.run(f'korvane_gallery {name}'))
     if arguments.snippets:
-        write_snippets(all_effects(workshop), arguments.snippets)
+        write_snippets(all_effects(workshop, table), arguments.snippets)
         return
     pixels = 720_000
     while True:
-        effects = all_effects(workshop)
+        effects = all_effects(workshop, table)
         workshop.prepare(pixels)
         if not workshop.prepare_sweep():
             effects = [effect for effect in effects if not effect.film]
         effects = workshop.make(effects)
         data = dict(version=workshop.korvane('--version').strip(),
                     source=arguments.photo.name if photo else 'two drawn pictures',
-                    groups=GROUPS, effects=[effect_data(workshop, effect) for effect in effects],
+                    groups=GROUPS, effects=[effect_data(workshop, table, effect) for effect in effects],
                     speed=speed_data(arguments.bench))
         write_page(arguments.out, data)
         used = workshop.bytes_used() + (arguments.out / 'index.html').stat().st_size

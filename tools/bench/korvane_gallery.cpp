@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "tools/bench/effect_table.h"
+#include "tools/bench/known_behaviours.h"
 #include "tools/command.h"
 #include "tools/photo/photo_io.h"
 
@@ -145,6 +147,23 @@ std::function<void()> setup_options_command(CLI::App& /*app*/) {
     };
 }
 
+std::function<void()> setup_effects_command(CLI::App& /*app*/) {
+    return [] {
+        Json effects = Json::parse(bench_effects_json());
+        // What the playground has not: a copy, and what takes more than one photo.
+        const EffectCode copy = filter_code("ImageFilterNone");
+        effects.push_back({{"id", "filter-None"},
+                           {"group", "Filters"},
+                           {"parameters", Json::array()},
+                           {"cpp", copy.cpp},
+                           {"java", copy.java}});
+        for (const char* id : {"dim", "merge", "sweep"}) {
+            effects.push_back({{"id", id}, {"behaviours", known_behaviours(id)}});
+        }
+        std::cout << json_line(effects) << '\n';
+    };
+}
+
 std::function<void()> setup_noisy_command(CLI::App& app) {
     auto options = std::make_shared<FrameOptions>();
     add_frame_options(app, *options);
@@ -201,6 +220,8 @@ std::function<void()> setup_crop_command(CLI::App& app) {
 constexpr Command kCommands[] = {
     {"options", "The options of every command of the program, as JSON", "korvane_gallery options",
      setup_options_command},
+    {"effects", "The effects of the playground, with their code and known behaviours, as JSON",
+     "korvane_gallery effects", setup_effects_command},
     {"noisy", "A burst with the noise of a small sensor", "korvane_gallery noisy photo.png day -n 8",
      setup_noisy_command},
     {"night", "A burst by night, in which somebody draws with a light", "korvane_gallery night photo.png night -n 9",

@@ -15,6 +15,9 @@ struct PageFile {
 
 std::span<const PageFile> page_files();
 
+// The whole of docs/known-behaviours.md, which goes with them.
+std::string_view known_behaviours_text();
+
 }  // namespace korvane
 
 #endif  // KORVANE_TOOLS_BENCH_PAGE_FILES_H_

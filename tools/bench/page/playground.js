@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The playground: a photo, a chain of effects, and what the server makes of them. Paths are relative to the page's own,
 // which has the token in it.
-import {asCommand, asCpp, asJava} from "./code.js";
-import {createStage, stageKeys} from "./stage.js";
+import {asCode, asCommand} from "./code.js";
+import {createStage, make, stageKeys} from "./stage.js";
 
 const maxFileBytes = 64 * 1024 * 1024;
 const fullPixels = 2_000_000;
@@ -23,19 +23,6 @@ let codeKind = "command";
 let beforeUrl = null;
 let opening = 0;           // counts the photos, so that a late answer for an older one is dropped
 
-function make(tag, attributes = {}, ...children) {
-    const element = document.createElement(tag);
-    for (const [name, value] of Object.entries(attributes)) {
-        if (name.startsWith("on")) {
-            element.addEventListener(name.slice(2), value);
-        } else if (value !== null && value !== false) {
-            element.setAttribute(name, value === true ? "" : value);
-        }
-    }
-    element.append(...children);
-    return element;
-}
-
 // Notices and speech
 
 function say(text) {
@@ -45,6 +32,13 @@ function say(text) {
 function showError(text) {
     $("error").textContent = text;
     $("error").hidden = text === "";
+}
+
+// What was overtaken, and what the banner says, has no text.
+function showRefusal({message}, advice = "") {
+    if (message !== "") {
+        showError(`${message}.${advice}`);
+    }
 }
 
 // The server
@@ -59,8 +53,19 @@ class Refusal extends Error {
 const pause = (ms) => new Promise((resolve) => { setTimeout(resolve, ms); });
 
 function setGone(isGone, text = "The server does not answer. Trying again by itself.") {
-    $("gone").textContent = text;
+    $("gone-text").textContent = text;
     $("gone").hidden = !isGone;
+}
+
+// A server that was started anew has another token, and mostly another port, which no page may find out by itself. The
+// fragment takes the chain along.
+function openNewLink() {
+    const link = $("new-link").value.trim();
+    if (/^http:\/\/[^/]+\/[0-9a-f]{32}\/$/.test(link)) {
+        location.assign(link + location.hash);
+    } else {
+        showError("This is not the link that 'korvane serve' prints.");
+    }
 }
 
 // Asks until the server answers. What it has too much of, it takes a second later.
@@ -86,10 +91,10 @@ async function ask(path, body, isWanted = () => true) {
             continue;
         }
         if (response.status === 403) {
-            setGone(true, "The server was started anew: open the link that it printed.");
+            setGone(true, "The server was started anew.");
         }
-        const answer = await response.json().catch(() => ({}));
-        throw new Refusal(response.status, answer.error ?? `The server answers with ${response.status}.`);
+        const {error = `The server answers with ${response.status}`} = await response.json().catch(() => ({}));
+        throw new Refusal(response.status, [403, 409].includes(response.status) ? "" : error);
     }
 }
 
@@ -141,8 +146,8 @@ async function openPhoto(source) {
         refresh(0);
         await showThumbs();
     } catch (error) {
-        if (call === opening && error.message !== "") {
-            showError(`${error.message}. Choose another photo.`);
+        if (call === opening) {
+            showRefusal(error, " Choose another photo.");
         }
     } finally {
         stage.setBusy(false);
@@ -240,17 +245,23 @@ async function askPreview() {
                     before: {src: beforeUrl, text: `${photo.name}, unchanged`},
                     after: {src: url, text, tag: steps.map(({effect}) => effect.title).join(" + ") || "No effect"}});
                 stage.setStale(wanted !== null);
+                showTiming(answer.headers.get("Server-Timing"));
                 showError("");
             }
             URL.revokeObjectURL(url);
         } catch (error) {
-            if (error.status !== 409) {
-                showError(`${error.message}.`);
-            }
+            showRefusal(error);
         }
     }
     isAsking = false;
     stage.setBusy(false);
+}
+
+// "copy;dur=1.5, draw;dur=20.0"
+function showTiming(header) {
+    const parts = [...header.matchAll(/(\w+);dur=([\d.]+)/g)].map(([, name, time]) => [name, Math.round(time)]);
+    const sum = parts.reduce((total, [, time]) => total + time, 0);
+    $("timing").textContent = `Made in ${sum} ms: ${parts.map((part) => part.join(" ")).join(", ")}`;
 }
 
 // The chain
@@ -416,6 +427,12 @@ function showInspector() {
     $("parameters").replaceChildren(...(step?.effect.parameters ?? []).map((parameter) =>
         (isNumber(parameter) ? numberRow : otherRow)(parameter, step)));
     $("parameters").hidden = !step || step.effect.parameters.length === 0;
+    const behaviours = step?.effect.behaviours ?? [];
+    $("behaviours").hidden = behaviours.length === 0;
+    $("behaviours-title").textContent = `Known behaviours (${behaviours.length})`;
+    // What stands between backquotes is code.
+    $("behaviour-list").replaceChildren(...behaviours.map((cells) => make("li", {}, ...cells.map((cell) =>
+        make("p", {}, ...cell.split("`").map((part, index) => index % 2 === 1 ? make("code", {}, part) : part))))));
 }
 
 function showChain() {
@@ -451,7 +468,8 @@ function outputName() {
 
 function showCode() {
     const makers = {command: () => asCommand(running(), photo?.name ?? "photo.jpg", outputName()),
-        cpp: () => asCpp(running()), java: () => asJava(running())};
+        cpp: () => asCode(running(), "cpp", "// rgba: width * height pixels of four bytes"),
+        java: () => asCode(running(), "java", "// bitmap: mutable, ARGB_8888")};
     $("code").textContent = makers[codeKind]();
     for (const tab of document.querySelectorAll("[role=tab]")) {
         const isSelected = tab.dataset.code === codeKind;
@@ -499,7 +517,7 @@ async function save() {
         setTimeout(() => URL.revokeObjectURL(url), 60_000);
         say(`Saved as ${name}`);
     } catch (error) {
-        showError(`${error.message}.`);
+        showRefusal(error);
     } finally {
         $("save").disabled = false;
         stage.setBusy(false);
@@ -559,6 +577,8 @@ function listen() {
             }
         });
     }
+    $("go").addEventListener("click", openNewLink);
+    $("new-link").addEventListener("keydown", (event) => event.key === "Enter" && openNewLink());
     $("help").addEventListener("click", () => $("keys").showModal());
     $("key-list").append(...[...stageKeys, ["?", "this list"]].flatMap(([key, text]) =>
         [make("dt", {}, make("kbd", {}, key)), make("dd", {}, text)]));

@@ -27,13 +27,17 @@ const tagGapPx = 8;
 
 const clamp = (value, least, most) => Math.min(Math.max(value, least), most);
 
-function make(parent, tag, className, attributes = {}) {
+// make("p", {class: "caption", onclick: call}, "text", child, ...)
+export function make(tag, attributes = {}, ...children) {
     const element = document.createElement(tag);
-    element.className = className;
     for (const [name, value] of Object.entries(attributes)) {
-        element.setAttribute(name, value);
+        if (name.startsWith("on")) {
+            element.addEventListener(name.slice(2), value);
+        } else if (value !== null && value !== false) {
+            element.setAttribute(name, value === true ? "" : value);
+        }
     }
-    parent.append(element);
+    element.append(...children);
     return element;
 }
 
@@ -50,14 +54,13 @@ function takesKey(target, key) {
 
 // `enlarge`: by how much a small photo may grow to fit the stage.
 export function createStage(host, {wheel = true, enlarge = 1} = {}) {
-    const sheet = make(host, "div", "stage-sheet");
-    const leftTag = make(host, "span", "stage-tag left", {"aria-hidden": "true"});
-    const rightTag = make(host, "span", "stage-tag right", {"aria-hidden": "true"});
-    const busyLine = make(host, "div", "stage-busy");
-    const divider = make(host, "div", "stage-divider", {
-        role: "slider", tabindex: "0", "aria-label": "Divider between before and after", "aria-valuemin": "0",
-        "aria-valuemax": "100",
-    });
+    const sheet = make("div", {class: "stage-sheet"});
+    const leftTag = make("span", {class: "stage-tag left", "aria-hidden": "true"});
+    const rightTag = make("span", {class: "stage-tag right", "aria-hidden": "true"});
+    const busyLine = make("div", {class: "stage-busy", hidden: true});
+    const divider = make("div", {class: "stage-divider", role: "slider", tabindex: "0",
+        "aria-label": "Divider between before and after", "aria-valuemin": "0", "aria-valuemax": "100"});
+    host.append(sheet, leftTag, rightTag, busyLine, divider);
     let pictures = null;   // what show() was given
     let images = null;     // the two <img>
     let latest = 0;        // counts the calls of show()
@@ -300,17 +303,8 @@ export function createStage(host, {wheel = true, enlarge = 1} = {}) {
     window.addEventListener("blur", () => showOriginal(false));
     new ResizeObserver(layOut).observe(host);
 
-    function makeImage(className, {src, text}) {
-        const image = new Image();
-        image.className = className;
-        image.alt = text;
-        image.draggable = false;
-        image.decoding = "async";
-        image.src = src;
-        return image;
-    }
+    const makeImage = (name, {src, text}) => make("img", {class: name, alt: text, draggable: "false", decoding: "async", src});
 
-    busyLine.hidden = true;
     layOut();
 
     return {
@@ -358,12 +352,5 @@ export function createStage(host, {wheel = true, enlarge = 1} = {}) {
         },
         // The picture is older than the parameters.
         setStale(isStale) { host.classList.toggle("stale", isStale); },
-        // 0 to 1: how much of the photo is "before".
-        divide: setShare,
-        get share() { return share; },
-        get zoom() { return pictures === null ? 1 : currentZoom(); },
-        fit() { zoom = null; layOut(); },
-        oneToOne() { if (pictures !== null) { keys["1"](); } },
-        showOriginal,
     };
 }
