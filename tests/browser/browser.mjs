@@ -10,22 +10,24 @@ const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.mi
 // Where screenshots go.
 export const pictures = process.env.KORVANE_SCREENSHOTS;
 
-export function launch() {
-    return chromium.launch({executablePath: process.env.KORVANE_CHROMIUM ?? "/usr/bin/chromium"});
+export function launch(options = {}) {
+    return chromium.launch({executablePath: process.env.KORVANE_CHROMIUM ?? "/usr/bin/chromium", ...options});
 }
 
 // A page and what went wrong in it: console messages, exceptions, requests that failed. With a test of node's, all of
-// it must stay empty to its end.
-export async function openPage(browser, test, {width = 1440, height = 900, theme = "light", ...options} = {}) {
+// it must stay empty to its end, but for what is expected.
+export async function openPage(browser, test, {width = 1440, height = 900, theme = "light", expected = null, ...options} = {}) {
     const context = await browser.newContext({viewport: {width, height}, colorScheme: theme, ...options});
+    context.setDefaultTimeout(15000);
     const page = await context.newPage();
-    const complaints = [];
+    const found = [];
+    const complaints = {push: (text) => expected?.test(text) || found.push(text)};
     page.on("console", (message) => complaints.push(message.text()));
     page.on("pageerror", (error) => complaints.push(`${error}`));
     page.on("requestfailed", (request) => complaints.push(`${request.url()}: ${request.failure()?.errorText}`));
     test.after(async () => {
         await context.close();
-        assert.deepEqual(complaints, []);
+        assert.deepEqual(found, []);
     });
     return page;
 }
@@ -35,6 +37,13 @@ export async function checkAccessibility(page, what) {
     const {violations} = await page.evaluate(() => window.axe.run(document));
     const found = violations.map(({id, nodes}) => `${id}: ${nodes.map((node) => node.target).join(", ")}`);
     assert.deepEqual(found, [], what);
+}
+
+// Nothing is wider than the screen.
+export async function checkWidth(page, selectors, what) {
+    const wide = await page.evaluate((all) => [document.documentElement, ...document.querySelectorAll(all)]
+        .filter((element) => element.scrollWidth > element.clientWidth + 1).map((element) => element.className), selectors);
+    assert.deepEqual(wide, [], `${what} is too wide`);
 }
 
 export async function screenshot(page, name) {

@@ -25,5 +25,5 @@ if ! cmp -s package-lock.json node_modules/.installed; then
     npm ci --ignore-scripts --no-audit --no-fund --silent
     cp package-lock.json node_modules/.installed
 fi
-export KORVANE_TOOLS=$build/tools KORVANE_GALLERY=$out/gallery KORVANE_SCREENSHOTS=$out/screenshots
+export KORVANE_ROOT=$root KORVANE_BUILD=$build KORVANE_GALLERY=$out/gallery KORVANE_SCREENSHOTS=$out/screenshots
 node --test "$@" ./*.test.mjs

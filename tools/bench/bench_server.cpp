@@ -352,8 +352,8 @@ class BenchServer::Parts {
     }
 
     // On the thread of the graphics context.
-    void run_job(const std::string& key, const std::function<void()>& work) {
-        switch (m_Jobs.run(key, work)) {
+    void run_job(const std::string& key, bool mustBeDone, const std::function<void()>& work) {
+        switch (m_Jobs.run(key, mustBeDone, work)) {
             case JobQueue::Outcome::kDone:
                 return;
             case JobQueue::Outcome::kReplaced:
@@ -444,7 +444,7 @@ class BenchServer::Parts {
         const std::string key = text_of(question, "page").substr(0, 64);
         Timing timing;
         Photo photo;
-        run_job(key, [&] {
+        run_job(key, false, [&] {
             timing.add("wait");
             photo = copy_pixels(stored->preview);
             const double before = photo.image->getWidth();
@@ -474,7 +474,7 @@ class BenchServer::Parts {
         Timing timing;
         Photo photo = decode(stored->file, "the photo");
         timing.add("decode");
-        run_job("", [&] {
+        run_job("", true, [&] {
             timing.add("wait");
             timing.add(run_chain(photo, chain, 1));
         });

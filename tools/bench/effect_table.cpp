@@ -170,6 +170,9 @@ std::vector<BenchEffect> make_effects() {
             effects.push_back(filter_effect(*filter));
         }
     }
+    // As the rail has its groups: what moves pixels before what changes colours.
+    std::stable_partition(effects.begin(), effects.end(),
+                          [](const BenchEffect& effect) { return effect.group != "Colour"; });
     effects.push_back(palette_effect());
     effects.push_back(stamp_effect());
     effects.push_back(corners_effect());

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
 #include <utility>
 
 namespace korvane {
@@ -10,15 +11,19 @@ namespace korvane {
 JobQueue::JobQueue(size_t capacity) : m_Capacity(capacity), m_Thread([this] { serve(); }) {}
 
 JobQueue::~JobQueue() {
-    end();
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        m_IsOver = true;
+    }
+    m_Changed.notify_all();
     m_Thread.join();
 }
 
-JobQueue::Outcome JobQueue::run(const std::string& key, std::function<void()> work) {
+JobQueue::Outcome JobQueue::run(const std::string& key, bool mustBeDone, std::function<void()> work) {
     std::future<Outcome> outcome;
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
-        if (m_IsEnding) {
+        if (m_IsEnding && !mustBeDone) {
             return Outcome::kEnding;
         }
         const auto older =
@@ -33,7 +38,7 @@ JobQueue::Outcome JobQueue::run(const std::string& key, std::function<void()> wo
         } else if (m_Jobs.size() >= m_Capacity) {
             return Outcome::kFull;
         } else {
-            m_Jobs.push_back({key, std::move(work), {}});
+            m_Jobs.push_back({key, mustBeDone, std::move(work), {}});
             outcome = m_Jobs.back().outcome.get_future();
         }
     }
@@ -46,9 +51,11 @@ void JobQueue::end() {
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
         m_IsEnding = true;
-        dropped.swap(m_Jobs);
+        const auto kept =
+            std::stable_partition(m_Jobs.begin(), m_Jobs.end(), [](const Job& job) { return job.mustBeDone; });
+        std::move(kept, m_Jobs.end(), std::back_inserter(dropped));
+        m_Jobs.erase(kept, m_Jobs.end());
     }
-    m_Changed.notify_all();
     for (Job& job : dropped) {
         job.outcome.set_value(Outcome::kEnding);
     }
@@ -59,7 +66,7 @@ void JobQueue::serve() {
         Job job;
         {
             std::unique_lock<std::mutex> lock(m_Mutex);
-            m_Changed.wait(lock, [this] { return m_IsEnding || !m_Jobs.empty(); });
+            m_Changed.wait(lock, [this] { return m_IsOver || !m_Jobs.empty(); });
             if (m_Jobs.empty()) {
                 return;
             }

@@ -22,19 +22,22 @@ class JobQueue {
     enum class Outcome { kDone, kReplaced, kFull, kEnding };
 
     explicit JobQueue(size_t capacity);
-    // Runs what has begun to its end and drops the rest.
+    // Nobody may be waiting in run() any more.
     ~JobQueue();
     JobQueue(const JobQueue&) = delete;
     JobQueue& operator=(const JobQueue&) = delete;
 
-    // Waits until the job is done or dropped. A job's exception comes out here. An empty key replaces nothing.
-    Outcome run(const std::string& key, std::function<void()> work);
+    // Waits until the job is done or dropped. A job's exception comes out here. An empty key replaces nothing. At the
+    // end, jobs that must be done still are.
+    Outcome run(const std::string& key, bool mustBeDone, std::function<void()> work);
 
+    // Drops what waits and what comes, but for jobs that must be done.
     void end();
 
   private:
     struct Job {
         std::string key;
+        bool mustBeDone = false;
         std::function<void()> work;
         std::promise<Outcome> outcome;
     };
@@ -46,6 +49,7 @@ class JobQueue {
     std::condition_variable m_Changed;
     std::deque<Job> m_Jobs;
     bool m_IsEnding = false;
+    bool m_IsOver = false;
     std::thread m_Thread;
 };
 

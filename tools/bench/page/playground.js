@@ -2,7 +2,7 @@
 // The playground: a photo, a chain of effects, and what the server makes of them. Paths are relative to the page's own,
 // which has the token in it.
 import {asCode, asCommand} from "./code.js";
-import {createStage, make, stageKeys} from "./stage.js";
+import {createStage, make, pause, stageKeys} from "./stage.js";
 
 const maxFileBytes = 64 * 1024 * 1024;
 const fullPixels = 2_000_000;
@@ -49,8 +49,6 @@ class Refusal extends Error {
         this.status = status;
     }
 }
-
-const pause = (ms) => new Promise((resolve) => { setTimeout(resolve, ms); });
 
 function setGone(isGone, text = "The server does not answer. Trying again by itself.") {
     $("gone-text").textContent = text;
@@ -271,8 +269,7 @@ const defaultsOf = (effect) => Object.fromEntries(effect.parameters.map(({name, 
 const capital = (text) => text.charAt(0).toUpperCase() + text.slice(1);
 
 function nameOf({name}) {
-    const plain = name.replace(/^m(?=[A-Z])/, "").replace(/([a-z])([A-Z])/g, "$1 $2").toLowerCase();
-    return capital(plain);
+    return capital(name.replace(/^m(?=[A-Z])/, "").replace(/([a-z])([A-Z]|[xy]$)/g, "$1 $2").toLowerCase());
 }
 
 // In the fragment: [[effect, {values that are not the defaults}, 0 when off], ...].
@@ -391,6 +388,14 @@ function numberRow(parameter, step) {
         show(from);
         changed();
     };
+    // Where the slider is bent, a step of its own may be less than 1.
+    slider.addEventListener("keydown", (event) => {
+        const by = {ArrowLeft: -1, ArrowDown: -1, ArrowRight: 1, ArrowUp: 1}[event.key];
+        if (by !== undefined && parameter.kind === "integer") {
+            event.preventDefault();
+            set(step.values[parameter.name] + by, null);
+        }
+    });
     slider.addEventListener("input", () => set(curve.toValue(slider.valueAsNumber), slider));
     number.addEventListener("input", () => Number.isFinite(number.valueAsNumber) && set(number.valueAsNumber, number));
     number.addEventListener("change", () => show(null));
@@ -446,7 +451,7 @@ function showChain() {
             changed(0);
         }});
         on.checked = step.isOn;
-        return make("li", {class: step.isOn ? "" : "off"}, make("label", {}, on),
+        return make("li", {class: step.isOn ? "" : "off"}, make("label", {class: "icon-button"}, on),
             make("button", {type: "button", class: "step", "aria-current": index === active,
                 onclick: () => { active = index; isAdding = false; showAll(); }}, title),
             icon("↑", "Earlier", () => moveStep(index, -1), index === 0),

@@ -22,12 +22,15 @@ export const stageKeys = [
 
 const maxZoom = 32;
 const busyDelayMs = 150;
+const longestDecodeMs = 1000;
 const tapReachPx = 4;
 const tagGapPx = 8;
 
+export const pause = (ms) => new Promise((resolve) => { setTimeout(resolve, ms); });
+
 const clamp = (value, least, most) => Math.min(Math.max(value, least), most);
 
-// make("p", {class: "caption", onclick: call}, "text", child, ...)
+// make("p", {class: "caption", onclick: call}, "text", child)
 export function make(tag, attributes = {}, ...children) {
     const element = document.createElement(tag);
     for (const [name, value] of Object.entries(attributes)) {
@@ -46,7 +49,7 @@ function takesKey(target, key) {
     if (!(target instanceof Element)) {
         return false;
     }
-    if (target.closest("input:not([type=range], [type=checkbox]), textarea, select, [contenteditable], dialog")) {
+    if (target.closest("input:not([type=range], [type=checkbox]), select, dialog")) {
         return true;
     }
     return key === " " && target.closest("button, a, summary, input, [role=tab]") !== null;
@@ -321,8 +324,8 @@ export function createStage(host, {wheel = true, enlarge = 1} = {}) {
             const reuse = (name) => images !== null && pictures[name].src === next[name].src ? images[name] : null;
             const made = {before: reuse("before") ?? makeImage("stage-before", next.before),
                 after: reuse("after") ?? makeImage("stage-after", next.after)};
-            // A picture that does not load leaves its text.
-            await Promise.allSettled([made.before.decode(), made.after.decode()]);
+            // A picture that does not load leaves its text. With pictures switched off nothing ever settles.
+            await Promise.race([Promise.allSettled([made.before.decode(), made.after.decode()]), pause(longestDecodeMs)]);
             if (call !== latest) {
                 return false;
             }
