@@ -4,7 +4,7 @@
 //
 // A line may begin with a condition: "alpha? " keeps it when that value is not 0 or off, "!alpha? " when it is, and
 // "each? " repeats it for each value that is not the default, which is {key} and {value} then. {radius} is a value as
-// it is; {radius:float} and the other kinds are in page/code.js and code.py. Lines of #include and import go to the
+// it is; {radius:float} and the other kinds are in page/code.js and gallery.py. Lines of #include and import go to the
 // top, each once.
 #ifndef KORVANE_TOOLS_BENCH_EFFECT_CODE_H_
 #define KORVANE_TOOLS_BENCH_EFFECT_CODE_H_
