@@ -10,12 +10,6 @@
 
 namespace {
 
-struct Shape {
-    int width;
-    int height;
-    size_t pixels;
-};
-
 // Kernels change their integers about where a window of white pixels outgrows them.
 int read_radius(Input& input, int most) {
     return input.one_in(4) ? input.PickValueInArray({31, 62, 63, 64, 65, 126, 127, 128, 129}) : input.hostile(most);
@@ -73,14 +67,8 @@ void blur_recursively(Input& input, const Shape& shape) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Input input(data, size);
+void fuzz(Input& input) {
     // Radii are held within both sides, so now and then both are long.
-    Shape shape = {input.between(1, 150), input.between(1, input.one_in(8) ? 150 : 14), 0};
-    if (input.ConsumeBool()) {
-        std::swap(shape.width, shape.height);
-    }
-    shape.pixels = static_cast<size_t>(shape.width) * static_cast<size_t>(shape.height);
+    const Shape shape = input.shape(150, input.one_in(8) ? 150 : 14);
     input.PickValueInArray({blur_rgba, blur_gray, blur_recursively})(input, shape);
-    return 0;
 }

@@ -11,17 +11,15 @@
 
 namespace {
 
-int degrees(float difference) {
-    return std::isnan(difference)                                       ? 0
-           : difference >= 2147483648.0F || difference < -2147483648.0F ? (difference > 0 ? INT32_MAX : INT32_MIN)
-                                                                        : static_cast<int>(difference);
+int64_t degrees(float difference) {
+    return std::isnan(difference) ? 0 : static_cast<int>(std::clamp<double>(difference, INT32_MIN, INT32_MAX));
 }
 
 struct Sweep {
-    bool isRunning = false;
-    int width = 0, height = 0;
-    float angleX = 0, angleY = 0;
-    int direction = 0;
+    bool isRunning;
+    int width, height;
+    float angleX, angleY;
+    int direction;
 
     // The answer; the offsets are those before where none is written.
     int push(const Bytes* frame, float x, float y, int (&offsets)[2]) {
@@ -38,17 +36,14 @@ struct Sweep {
         offsets[1] = static_cast<int>(dx * 15);
         const bool isVertical = std::abs(dy) + 2 < std::abs(dx);
         const int now = isVertical ? (dx < 0 ? 4 : 3) : (dy < 0 ? 2 : 1);
-        if (direction != 0 && direction != now) {
-            return 2;
-        }
-        direction = now;
-        return int64_t{width} * height * 3 / 2 > INT32_MAX ? 1 : 0;
+        direction = direction == 0 ? now : direction;
+        return direction != now ? 2 : int64_t{width} * height * 3 / 2 > INT32_MAX ? 1 : 0;
     }
 };
 
 void sweep(Input& input) {
     PanoramaInterface panorama;
-    Sweep model;
+    Sweep model = {};
     while (input.remaining_bytes() > 0) {
         const int kind = input.between(0, 15);
         if (kind == 0 || !model.isRunning) {
@@ -107,17 +102,15 @@ void burst(Input& input) {
         }
         REQUIRE(reinterpret_cast<SuperCapture*>(handle)->waitUntilTaken(++frames));
         size_t luma = 0;
-        for (size_t i = 0; i < count; ++i) {
-            luma += i % 2 == 0 ? frame[i] : 0;
+        for (size_t i = 0; i < count; i += 2) {
+            luma += frame[i];
         }
         isDark = frames == 1 ? luma / (count / 2) <= 24 : isDark;
         for (size_t i = 0; i < count; ++i) {
             sums[i] = isDark ? std::max<int>(sums[i], frame[i]) : sums[i] + frame[i];
         }
-        if (input.one_in(8)) {
-            isEnded = true;
-            REQUIRE(super_capture_module_pop_frame(handle, planes) == 0);
-        }
+        isEnded = input.one_in(8);
+        REQUIRE(!isEnded || super_capture_module_pop_frame(handle, planes) == 0);
     }
     for (int pops = input.between(0, 2); pops > 0; --pops) {
         Bytes merged = Input::buffer(count, 0xA5);
@@ -134,8 +127,6 @@ void burst(Input& input) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Input input(data, size);
+void fuzz(Input& input) {
     input.ConsumeBool() ? sweep(input) : burst(input);
-    return 0;
 }

@@ -8,18 +8,12 @@
 
 namespace {
 
-struct Picture {
-    int width;
-    int height;
-    size_t pixels;
-};
-
 // `bytes` for each whole group of so many pixels; a group of 0 is a block of 2 x 2.
 struct Plane {
     size_t group = 1;
     size_t bytes = 0;
 
-    size_t size(const Picture& p) const {
+    size_t size(const Shape& p) const {
         const auto blocks = static_cast<size_t>(p.width / 2) * static_cast<size_t>(p.height / 2);
         return (group == 0 ? blocks : p.pixels / group) * bytes;
     }
@@ -29,14 +23,14 @@ constexpr Plane kGray = {1, 1}, kRgb = {1, 3}, kRgba = {1, 4}, kPacked422 = {2, 
 constexpr Plane kHalf = {2, 1}, kQuarter = {4, 1}, kChroma = {4, 2}, kBlockChroma = {0, 2};
 
 struct Conversion {
-    int (*convert)(const Bytes* from, Bytes* to, const Picture& picture);
+    int (*convert)(const Bytes* from, Bytes* to, const Shape& shape);
     Plane from[3];
     Plane to[3];
 };
 
 // Calls a conversion with so many source and destination planes.
 template <auto kConvert, int kFrom, int kTo>
-int call(const Bytes* f, Bytes* t, const Picture& p) {
+int call(const Bytes* f, Bytes* t, const Shape& p) {
     if constexpr (kFrom == 3) {
         return kConvert(f[0].data(), f[1].data(), f[2].data(), t[0].data(), p.width, p.height);
     } else if constexpr (kFrom == 2) {
@@ -74,11 +68,11 @@ constexpr Conversion kConversions[] = {
     {call<color_convert_nv212rgb, 2, 1>, {kGray, kChroma}, {kRgb}},
 };
 
-void convert(Input& input, const Picture& picture) {
+void convert(Input& input, const Shape& shape) {
     const Conversion& row = input.PickValueInArray(kConversions);
     Bytes from[3];
     for (size_t i = 0; i < 3; ++i) {
-        from[i] = input.bytes(row.from[i].size(picture));
+        from[i] = input.bytes(row.from[i].size(shape));
     }
     const auto fill = input.ConsumeIntegral<unsigned char>();
     // Gray of RGBA reads its output, two bytes beyond it included.
@@ -86,39 +80,35 @@ void convert(Input& input, const Picture& picture) {
     on_every_target([&] {
         std::vector<Bytes> to;
         for (const Plane& plane : row.to) {
-            to.push_back(Input::buffer(plane.size(picture) + spare, fill));
+            to.push_back(Input::buffer(plane.size(shape) + spare, fill));
         }
-        return std::pair(row.convert(from, to.data(), picture), to);
+        return std::pair(row.convert(from, to.data(), shape), to);
     });
 }
 
-void convert_preview(Input& input, const Picture& picture) {
-    const Bytes frame = input.bytes(picture.pixels * 3 / 2);
+void convert_preview(Input& input, const Shape& shape) {
+    const Bytes frame = input.bytes(shape.pixels * 3 / 2);
     const auto convert = input.ConsumeBool() ? convert_nv12_to_yv12 : convert_nv21_to_yv12;
     on_every_target([&] {
         Bytes planar(frame.size(), 7);
-        convert(frame.data(), planar.data(), picture.width, picture.height);
+        convert(frame.data(), planar.data(), shape.width, shape.height);
         return planar;
     });
 }
 
 void merge(Input& input, size_t count) {
     const Bytes frames[] = {input.bytes(count), input.bytes(count)};
+    // The brightest of both, or the mean of so many.
     const int frameCount = input.between(0, 130);
     on_every_target([&] {
         std::vector<int> sums(count);
         Bytes result(count);
-        if (frameCount == 0) {
-            korvane::merge_max(frames[0].data(), sums.data(), count);
-            korvane::merge_max(frames[1].data(), sums.data(), count);
-            korvane::merged_low_bytes(sums.data(), result.data(), count);
-        } else {
-            korvane::merge_first(frames[0].data(), sums.data(), count);
-            for (int i = 1; i < frameCount; ++i) {
-                korvane::merge_add(frames[i % 2].data(), sums.data(), count);
-            }
-            korvane::merged_mean(sums.data(), result.data(), count, frameCount);
+        (frameCount == 0 ? korvane::merge_max : korvane::merge_first)(frames[0].data(), sums.data(), count);
+        for (int i = 1; i < std::max(frameCount, 2); ++i) {
+            (frameCount == 0 ? korvane::merge_max : korvane::merge_add)(frames[i % 2].data(), sums.data(), count);
         }
+        frameCount == 0 ? korvane::merged_low_bytes(sums.data(), result.data(), count)
+                        : korvane::merged_mean(sums.data(), result.data(), count, frameCount);
         return std::tuple(result, korvane::luma_sum(frames[0].data(), count),
                           korvane::luma_sum_yuyv(frames[0].data(), count / 2));
     });
@@ -126,14 +116,8 @@ void merge(Input& input, size_t count) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Input input(data, size);
-    Picture picture = {input.between(1, 70), input.between(1, 9), 0};
-    if (input.ConsumeBool()) {
-        std::swap(picture.width, picture.height);
-    }
-    picture.pixels = static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height);
+void fuzz(Input& input) {
+    const Shape shape = input.shape(70, 9);
     const int kind = input.between(0, 9);
-    kind == 0 ? merge(input, picture.pixels) : kind == 1 ? convert_preview(input, picture) : convert(input, picture);
-    return 0;
+    kind == 0 ? merge(input, shape.pixels) : kind == 1 ? convert_preview(input, shape) : convert(input, shape);
 }

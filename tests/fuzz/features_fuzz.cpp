@@ -26,52 +26,42 @@ void find_corners(Input& input) {
     });
 }
 
-struct Patterns {
-    unsigned short rows;
-    unsigned short columns;
-    std::vector<unsigned> image;
-
-    template <typename T, typename Feature>
-    void walk(unsigned count, const Feature& feature) const {
-        on_every_target([&] {
-            std::vector<unsigned> levels(image);
-            levels.reserve(1);
-            std::vector<T> vec(count);
-            vec.reserve(1);
-            for (unsigned i = 0; i < count; ++i) {
-                vec[i] = static_cast<T>(1.0 / (i + 1));
-            }
-            if constexpr (std::is_same_v<T, double>) {
-                return feature(vec.data(), count, levels.data(), rows, columns);
-            } else {
-                feature(vec.data(), count, levels.data(), rows, columns);
-                return vec;
-            }
-        });
-    }
-};
+// `Feature` over the gray levels of a picture, with so many elements of what it writes or only reads.
+template <typename T, auto kFeature>
+void walk(const Bytes& picture, unsigned factor, unsigned count, uint16_t rows, uint16_t columns) {
+    on_every_target([&] {
+        auto levels = Input::buffer<unsigned>(picture.size());
+        std::transform(picture.begin(), picture.end(), levels.begin(), [&](unsigned level) { return level * factor; });
+        auto vec = Input::buffer<T>(count);
+        for (unsigned i = 0; i < count; ++i) {
+            vec[i] = static_cast<T>(1.0 / (i + 1));
+        }
+        if constexpr (std::is_same_v<T, double>) {
+            return kFeature(vec.data(), count, levels.data(), rows, columns);
+        } else {
+            kFeature(vec.data(), count, levels.data(), rows, columns);
+            return vec;
+        }
+    });
+}
 
 void find_patterns(Input& input) {
-    Patterns patterns = {input.between<uint16_t>(0, 20), input.between<uint16_t>(0, 20), {}};
+    const auto rows = input.between<uint16_t>(0, 20), columns = input.between<uint16_t>(0, 20);
     const unsigned factor = input.ConsumeBool() ? 1 : 0x01010101U;
-    const unsigned whole = lbp_pyr_get_dim(patterns.rows, patterns.columns, input.between<uint16_t>(0, 5));
+    const unsigned whole = lbp_pyr_get_dim(rows, columns, input.between<uint16_t>(0, 5));
     // Not only whole levels, also more slots than the picture has.
     const unsigned slots = input.ConsumeBool() ? whole : input.between(0U, whole + 600);
     const int kind = input.between(0, 4);
-    for (const unsigned char level : input.bytes(size_t{patterns.rows} * patterns.columns)) {
-        patterns.image.push_back(level * factor);
-    }
-    kind == 0   ? patterns.walk<char>(slots, lbp_pyr_features)
-    : kind == 1 ? patterns.walk<unsigned>(slots / 256, lbp_pyr_features_sparse)
-    : kind == 2 ? patterns.walk<double>(slots, lbp_pyr_dotprod)
-    : kind == 3 ? patterns.walk<long>(slots, lbp_pyr_addvec)
-                : patterns.walk<long>(slots, lbp_pyr_subvec);
+    const auto walked = kind == 0   ? walk<char, lbp_pyr_features>
+                        : kind == 1 ? walk<unsigned, lbp_pyr_features_sparse>
+                        : kind == 2 ? walk<double, lbp_pyr_dotprod>
+                        : kind == 3 ? walk<long, lbp_pyr_addvec>
+                                    : walk<long, lbp_pyr_subvec>;
+    walked(input.bytes(size_t{rows} * columns), factor, kind == 1 ? slots / 256 : slots, rows, columns);
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Input input(data, size);
+void fuzz(Input& input) {
     input.ConsumeBool() ? find_corners(input) : find_patterns(input);
-    return 0;
 }

@@ -70,8 +70,7 @@ Bytes read_value(Input& input, size_t count) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Input input(data, size);
+void fuzz(Input& input) {
     const size_t index = input.between<size_t>(0, ImageFilterFactory::filters().size() - 1);
     const FilterDescription& description = *ImageFilterFactory::filters()[index];
     ImageFilterBaseGL& filter = filter_of(index);
@@ -109,5 +108,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     // What a quad leaves out is nobody's.
     REQUIRE(draw(filter) == drawn || std::any_of(last.begin(), last.end(), is("mPosVertices")));
-    return 0;
 }

@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <optional>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -22,6 +23,12 @@ using Bytes = std::vector<unsigned char>;
 // Like assert, in every build.
 #define REQUIRE(condition) \
     ((condition) ? void() : (std::fprintf(stderr, "%s:%d: no: %s\n", __FILE__, __LINE__, #condition), std::abort()))
+
+struct Shape {
+    int width;
+    int height;
+    size_t pixels;
+};
 
 class Input : public FuzzedDataProvider {
   public:
@@ -33,6 +40,13 @@ class Input : public FuzzedDataProvider {
     }
 
     bool one_in(int count) { return between(1, count) == 1; }
+
+    // Up to so many pixels, the longer side in either direction.
+    Shape shape(int most, int mostOfOther) {
+        const int sides[] = {between(1, most), between(1, mostOfOther)};
+        const bool isTurned = ConsumeBool();
+        return {sides[isTurned], sides[!isTurned], static_cast<size_t>(sides[0]) * static_cast<size_t>(sides[1])};
+    }
 
     // -1 to `most`, now and then any int at all.
     int hostile(int most) { return one_in(32) ? ConsumeIntegral<int>() : between(-1, most); }
@@ -63,8 +77,16 @@ class Input : public FuzzedDataProvider {
         return result;
     }
 
-    static Bytes buffer(size_t count, unsigned char fill = 0) {
-        Bytes result(count, fill);
+    // All that is left of it.
+    Bytes rest() {
+        Bytes result = ConsumeRemainingBytes<unsigned char>();
+        result.reserve(1);
+        return result;
+    }
+
+    template <typename T = unsigned char>
+    static std::vector<T> buffer(size_t count, std::type_identity_t<T> fill = {}) {
+        std::vector<T> result(count, fill);
         result.reserve(1);
         return result;
     }
@@ -85,6 +107,15 @@ void on_every_target(const Work& work) {
         }
         expected = expected ? std::move(expected) : std::move(result);
     }
+}
+
+// Each target's own: does what the input says.
+void fuzz(Input& input);
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    Input input(data, size);
+    fuzz(input);
+    return 0;
 }
 
 #endif  // KORVANE_TESTS_FUZZ_FUZZ_H_

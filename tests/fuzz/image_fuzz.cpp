@@ -10,16 +10,12 @@ namespace {
 
 // By format: bytes a pixel, and where the second and the third plane begin, in quarters of the pixels.
 constexpr struct {
-    size_t bytes;
-    size_t second;
-    size_t third;
+    size_t bytes, second, third;
 } kLayouts[IMAGE_FORMAT_TYPE_MAX] = {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}, {4, 0, 0}, {3, 0, 0}, {2, 0, 0},
                                      {2, 0, 0}, {2, 4, 6}, {2, 4, 0}, {2, 4, 0}, {2, 4, 5}, {2, 4, 5}};
 
 struct Made {
-    uint32_t width;
-    uint32_t height;
-    uint32_t depth;
+    uint32_t width, height, depth;
     ImageFormatType format;
     size_t count;  // width x height x depth; 0 for an image without pixels
     Bytes sources[3];
@@ -39,9 +35,7 @@ struct Made {
             depth = input.between(1U, 4U);
             count = 0;
         }
-        if (format < IMAGE_FORMAT_TYPE_GRAY || format >= IMAGE_FORMAT_TYPE_MAX) {
-            count = 0;
-        }
+        count = format < IMAGE_FORMAT_TYPE_GRAY || format >= IMAGE_FORMAT_TYPE_MAX ? 0 : count;
         if (count > 0) {
             fill(input);
         }
@@ -50,22 +44,19 @@ struct Made {
     void fill(Input& input) {
         const auto& layout = kLayouts[format];
         const size_t chroma = count / (layout.third == 5 ? 4 : 2);
-        const size_t sizes[] = {layout.second != 0 ? count : count * layout.bytes, layout.second != 0 ? chroma : 0,
-                                layout.third != 0 ? chroma : 0};
+        const bool isNeeded[] = {true, layout.second != 0, layout.third != 0};
         // The third plane of YUV422P lands on the second one.
         const size_t places[] = {0, count, layout.third == 6 ? count + 1 : count * 5 / 4};
         expected.resize(count * layout.bytes + 2);
         // Now and then without one of the planes: nothing is copied then.
         const int absent = input.between(0, 15);
-        bool isWhole = true;
         for (int i = 0; i < 3; ++i) {
-            const bool isNeeded = i == 0 || (i == 1 ? layout.second : layout.third) != 0;
-            sources[i] = input.bytes(sizes[i]);
+            const size_t bytes = i > 0 ? chroma : isNeeded[1] ? count : count * layout.bytes;
+            sources[i] = input.bytes(isNeeded[i] ? bytes : 0);
             planes[i] = absent == i ? nullptr : sources[i].data();
-            isWhole = isWhole && (!isNeeded || absent != i);
-        }
-        for (int i = 0; isWhole && i < 3; ++i) {
-            std::copy(sources[i].begin(), sources[i].end(), expected.begin() + static_cast<ptrdiff_t>(places[i]));
+            if (absent > 2 || !isNeeded[absent]) {
+                std::copy(sources[i].begin(), sources[i].end(), expected.begin() + static_cast<ptrdiff_t>(places[i]));
+            }
         }
     }
 
@@ -83,8 +74,7 @@ struct Made {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Input input(data, size);
+void fuzz(Input& input) {
     auto_ptr<Image> image;
     for (int round = input.between(1, 3); round > 0; --round) {
         Made made(input);
@@ -105,5 +95,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             return pixels == nullptr ? Bytes() : Bytes(pixels, pixels + made.count * kLayouts[code & 255].bytes);
         });
     }
-    return 0;
 }

@@ -7,23 +7,7 @@
 #include "tests/frameworks/images/jpeg_reference.h"
 #include "tests/fuzz/fuzz.h"
 
-namespace {
-
-// The first three bytes of a pixel, or its one byte three times.
-Bytes rgb_of(const Bytes& pixels, size_t pixelBytes) {
-    Bytes rgb;
-    for (size_t i = 0; i < pixels.size(); i += pixelBytes) {
-        for (size_t channel = 0; channel < 3; ++channel) {
-            rgb.push_back(pixels[i + (pixelBytes == 1 ? 0 : channel)]);
-        }
-    }
-    return rgb;
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Input input(data, size);
+void fuzz(Input& input) {
     constexpr size_t kPixelBytes[] = {0, 1, 2, 3, 4, 3};
     const auto format = static_cast<ImageFormatType>(input.between(0, 13));
     const bool isKnown = format > IMAGE_FORMAT_TYPE_NONE && format <= IMAGE_FORMAT_TYPE_YUV;
@@ -41,10 +25,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     auto_ptr<ImageEncoder> encoder(new JpegEncoder);
 
     const bool isEncodable = isWritten && width > 0 && height > 0 && width <= 65'500 && height <= 65'500;
-    Bytes expected;
+    // The first three bytes of a pixel, or its one byte three times.
+    Bytes rgb, expected;
+    for (size_t i = 0; isEncodable && i < size_t{width} * height * 3; ++i) {
+        rgb.push_back(pixels[i / 3 * pixelBytes + (pixelBytes == 1 ? 0 : i % 3)]);
+    }
     if (isEncodable) {
-        expected =
-            reference_encode(rgb_of(pixels, pixelBytes), width, height, {.quality = std::clamp(quality, 1, 100)});
+        expected = reference_encode(rgb, width, height, {.quality = std::clamp(quality, 1, 100)});
     }
     const size_t room = input.ConsumeBool() ? expected.size() + 10 : input.between<size_t>(1, expected.size() + 1);
     Bytes file(room, 0xA5);
@@ -55,5 +42,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     REQUIRE(std::equal(expected.begin(),
                        expected.begin() + static_cast<ptrdiff_t>(isDone ? std::min(room, expected.size()) : 0),
                        file.begin()));
-    return 0;
 }

@@ -49,12 +49,9 @@ float determinant(const Cells& m, size_t n) {
 auto_ptr<Matrix> read_matrix(Input& input) {
     const int rows = input.between(-1, 5);
     const int columns = input.ConsumeBool() ? rows : input.between(-1, 5);
-    Cells cells(static_cast<size_t>(std::max(rows, 0)) * static_cast<size_t>(std::max(columns, 0)));
+    auto cells = Input::buffer<float>(static_cast<size_t>(std::max(rows, 0) * std::max(columns, 0)));
     const bool isGiven = input.ConsumeBool();
-    for (size_t i = 0; isGiven && i < cells.size(); ++i) {
-        cells[i] = input.number(1);
-    }
-    cells.reserve(1);
+    std::for_each(cells.begin(), cells.end(), [&](float& cell) { cell = isGiven ? input.number(1) : 0; });
     auto_ptr<Matrix> matrix(isGiven ? new Matrix(rows, columns, cells.data()) : new Matrix(rows, columns));
     REQUIRE(matrix->m_Row == rows && matrix->m_Col == columns);
     require_cells(*matrix, cells);
@@ -92,8 +89,7 @@ void require_inverse(Matrix& a) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Input input(data, size);
+void fuzz(Input& input) {
     auto_ptr<Matrix> a = read_matrix(input);
     for (int step = 0; step < 6 && input.remaining_bytes() > 0; ++step) {
         const auto_ptr<Matrix> b = input.ConsumeBool() ? a : read_matrix(input);
@@ -120,5 +116,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         }
         require_cells(*a, expected);
     }
-    return 0;
 }

@@ -20,14 +20,13 @@ Bytes pixels_of(const korvane::Photo& photo) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const Bytes file(data, data + size);
+void fuzz(Input& input) {
     korvane::Photo photo;
     try {
-        photo = read(file);
+        photo = read(input.rest());
     } catch (const korvane::CommandError& error) {
         REQUIRE(std::string(error.what()).find("the input") != std::string::npos);
-        return 0;
+        return;
     }
     const size_t count = photo.pixelCount();
     REQUIRE(count > 0 && count <= kMaxPixels && (photo.alpha.empty() || photo.alpha.size() == count));
@@ -49,5 +48,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             REQUIRE(again.alpha == photo.alpha && pixels_of(again) == before);
         }
     }
-    return 0;
 }

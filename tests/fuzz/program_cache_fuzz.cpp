@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Any bytes as a file of the program cache, and any directory as its place: what a script takes from the file, and the
 // file that it leaves behind.
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -16,18 +14,6 @@
 
 namespace {
 
-// In memory where the system has such a place. Removed with its files when the program ends.
-struct Folder {
-    std::string path = std::string(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + "/korvane-fuzz-XXXXXX";
-    Folder() { REQUIRE(mkdtemp(path.data()) != nullptr); }
-    ~Folder() {
-        for (const char* name : {"/script.osb", "/file"}) {
-            unlink((path + name).c_str());
-        }
-        rmdir(path.c_str());
-    }
-};
-
 Bytes read_file(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
@@ -38,37 +24,42 @@ void write_file(const std::string& path, const Bytes& bytes) {
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
+// In memory where the system has such a place. Removed with its files when the program ends.
+struct Folder {
+    std::string path = std::string(std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp") + "/korvane-fuzz-XXXXXX";
+    Folder() {
+        REQUIRE(mkdtemp(path.data()) != nullptr);
+        write_file(path + "/file", {1});
+    }
+    ~Folder() { std::filesystem::remove_all(path); }
+};
+
 void choose_place(Input& input, const std::string& folder) {
     const std::string before = korvane::program_cache_directory();
-    const struct {
-        std::string path;
-        int answer;
-    } places[] = {{folder + "/file", ENOTDIR},
-                  {folder + "/file/", ENOTDIR},
-                  {folder + "/none", ENOENT},
-                  {std::string(5000, 'x'), ENAMETOOLONG},
-                  {"", EINVAL},
-                  {folder, 0}};
-    const auto& place = places[input.between(0, 5)];
-    REQUIRE(korvane::set_program_cache_directory(place.path.c_str()) == place.answer);
-    REQUIRE(korvane::program_cache_directory() == (place.answer == 0 ? folder + "/" : before));
+    const std::pair<std::string, int> places[] = {{folder + "/file", ENOTDIR},
+                                                  {folder + "/file/", ENOTDIR},
+                                                  {folder + "/none", ENOENT},
+                                                  {std::string(5000, 'x'), ENAMETOOLONG},
+                                                  {"", EINVAL},
+                                                  {folder, 0}};
+    const auto& [place, answer] = places[input.between(0, 5)];
+    REQUIRE(korvane::set_program_cache_directory(place.c_str()) == answer);
+    REQUIRE(korvane::program_cache_directory() == (answer == 0 ? folder + "/" : before));
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+void fuzz(Input& input) {
     static const Folder folder;
-    static const bool isReady = (write_file(folder.path + "/file", {1}), true);
-    REQUIRE(isReady && korvane::set_program_cache_directory(folder.path.c_str()) == 0);
-    Input input(data, size);
+    REQUIRE(korvane::set_program_cache_directory(folder.path.c_str()) == 0);
     if (input.one_in(16)) {
         choose_place(input, folder.path);
         REQUIRE(korvane::set_program_cache_directory((folder.path + "/").c_str()) == 0);
     }
     const int kind = input.between(0, 3);
-    Bytes expected = input.ConsumeRemainingBytes<unsigned char>();
+    Bytes expected = input.rest();
     const std::string path = folder.path + "/script.osb";
-    kind == 0 ? static_cast<void>(unlink(path.c_str())) : write_file(path, expected);
+    kind == 0 ? static_cast<void>(std::filesystem::remove(path)) : write_file(path, expected);
     const bool isPresent = kind != 0 && expected.size() > 4;
     {
         GPUScript script(nullptr, "script");
@@ -97,7 +88,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         REQUIRE(script.getScriptSourceByIndex(0).get() == nullptr);
     }
     // Without a binary nothing is written; with one the file holds it.
-    REQUIRE((access(path.c_str(), F_OK) == 0) == (kind != 0));
+    REQUIRE(std::filesystem::exists(path) == (kind != 0));
     REQUIRE(kind == 0 || read_file(path) == expected);
-    return 0;
 }

@@ -8,9 +8,7 @@ namespace {
 
 struct Call {
     int kind;  // 0 prepare, 1 addColor, 2 getPalette, 3 release
-    int a;
-    int b;
-    int c;
+    int a, b, c;
 };
 
 std::vector<std::vector<int>> play(const std::vector<Call>& calls) {
@@ -48,8 +46,7 @@ std::vector<std::vector<int>> play(const std::vector<Call>& calls) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Input input(data, size);
+void fuzz(Input& input) {
     std::vector<Call> calls;
     for (int rounds = input.between(1, 2); rounds > 0; --rounds) {
         Call prepare = {0, input.hostile(40), input.hostile(9), 0};
@@ -67,5 +64,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         calls.push_back({2, input.hostile(24), 0, 0});
     }
     on_every_target([&] { return play(calls); });
-    return 0;
 }

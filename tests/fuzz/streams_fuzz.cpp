@@ -43,17 +43,12 @@ struct Model {
 };
 
 template <typename T>
-void typed_steps(Input& input, StreamReader& reader, StreamWriter& writer, Model& model, T (StreamReader::*read)(),
-                 bool (StreamWriter::*write)(T)) {
-    T value = 0;
-    if (input.ConsumeBool()) {
-        model.transfer(reinterpret_cast<unsigned char*>(&value), sizeof(T), false);
-        REQUIRE((reader.*read)() == value);
-    } else {
-        value = input.ConsumeIntegral<T>();
-        model.transfer(reinterpret_cast<unsigned char*>(&value), sizeof(T), true);
-        REQUIRE((writer.*write)(value));
-    }
+void typed_step(Input& input, StreamReader& reader, StreamWriter& writer, Model& model, T (StreamReader::*read)(),
+                bool (StreamWriter::*write)(T)) {
+    const bool isWriting = input.ConsumeBool();
+    T value = isWriting ? input.ConsumeIntegral<T>() : T{0};
+    model.transfer(reinterpret_cast<unsigned char*>(&value), sizeof(T), isWriting);
+    REQUIRE(isWriting ? (writer.*write)(value) : (reader.*read)() == value);
 }
 
 void one_step(Input& input, Stream& stream, StreamReader& reader, StreamWriter& writer, Model& model) {
@@ -62,8 +57,7 @@ void one_step(Input& input, Stream& stream, StreamReader& reader, StreamWriter& 
     const size_t count = input.between<size_t>(0, 40);
     const int kind = input.between(0, 8);
     if (kind < 2) {
-        Bytes bytes = kind == 0 ? Bytes(count) : input.bytes(count);
-        bytes.reserve(1);
+        Bytes bytes = kind == 0 ? Input::buffer(count) : input.bytes(count);
         Bytes expected(bytes);
         const size_t taken = model.transfer(expected.data(), count, kind == 1);
         REQUIRE((kind == 0 ? any.read(bytes.data(), count) : any.write(bytes.data(), count)) == taken);
@@ -73,11 +67,11 @@ void one_step(Input& input, Stream& stream, StreamReader& reader, StreamWriter& 
         const int origin = input.between(0, 3);
         REQUIRE(any.seek(offset, static_cast<SeekOrign>(origin)) == model.seek(offset, origin));
     } else if (kind == 4) {
-        typed_steps(input, reader, writer, model, &StreamReader::readByte, &StreamWriter::writeByte);
+        typed_step(input, reader, writer, model, &StreamReader::readByte, &StreamWriter::writeByte);
     } else if (kind == 5) {
-        typed_steps(input, reader, writer, model, &StreamReader::readShortInt, &StreamWriter::writeShortInt);
+        typed_step(input, reader, writer, model, &StreamReader::readShortInt, &StreamWriter::writeShortInt);
     } else if (kind == 6) {
-        typed_steps(input, reader, writer, model, &StreamReader::readInt, &StreamWriter::writeInt);
+        typed_step(input, reader, writer, model, &StreamReader::readInt, &StreamWriter::writeInt);
     } else if (kind == 7) {
         REQUIRE(any.skip(count) == kRefused && any.read(nullptr, count) == kRefused && !any.rewind());
         REQUIRE(any.write(nullptr, count) == kRefused && !any.isAtEnd());
@@ -91,8 +85,7 @@ void one_step(Input& input, Stream& stream, StreamReader& reader, StreamWriter& 
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Input input(data, size);
+void fuzz(Input& input) {
     const bool isOwned = input.ConsumeBool();
     Model model = {Bytes(input.between<size_t>(1, 64))};
     Bytes memory(model.block);
@@ -107,5 +100,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     // The reader and the writer have closed it.
     REQUIRE(stream->getLength() == 0 && stream->seek(0, SEEK_ORIGIN_BEGIN) == -1);
-    return 0;
 }
