@@ -1,13 +1,14 @@
 # SPDX-License-Identifier: Apache-2.0
-# The program, while each call that touches a file fails once, or the disk is full from then on: command_faults_test.py
-# PROGRAM FAILING_FILES [--long]. Whatever happens, it says so in a line and an exit code, and each output is what it was or the
-# whole result.
+# command_faults_test.py PROGRAM FAILING_FILES [--long]: each call that touches a file fails once, or the disk is full from
+# then on. The program says so in a line and an exit code, and each output is what it was or the whole result.
 import errno
+import itertools
 import os
 import shutil
 import subprocess
 import sys
 import tempfile
+from pathlib import Path
 
 PROGRAM, FAILING_FILES = map(os.path.abspath, sys.argv[1:3])
 IS_LONG = sys.argv[3:] == ['--long']
@@ -39,20 +40,13 @@ def prepare(outputs, before):
     shutil.rmtree('out', ignore_errors=True)
     os.mkdir('out')
     for output in outputs if before else []:
-        with open('out/' + output, 'wb') as file:
-            file.write(OLD)
+        Path('out', output).write_bytes(OLD)
         if before == 'linked':
             os.link('out/' + output, 'out/other')
 
 
 def contents():
-    found = {}
-    for folder, _, names in os.walk('out'):
-        for name in names:
-            path = os.path.join(folder, name)
-            with open(path, 'rb') as file:
-                found[os.path.relpath(path, 'out')] = file.read()
-    return found
+    return {str(path.relative_to('out')): path.read_bytes() for path in Path('out').rglob('*') if path.is_file()}
 
 
 def problem(done, whole, before, is_batch):
@@ -77,25 +71,20 @@ def fail_each_call(name, arguments, outputs, state):
     whole = run(arguments, {})
     assert whole.returncode == 0 and not whole.stderr, whole.stderr
     whole = (whole.stdout, contents())
-    failures = []
-    calls = 0
+    failures, calls, report = [], 0, Path('report')
     for error, lasts in FAULTS if IS_LONG else FAULTS[:2]:
-        number = 0
-        while True:
-            number += 1
+        for number in itertools.count(1):
             prepare(outputs, state)
             before = contents()
-            if os.path.exists('report'):
-                os.remove('report')
+            report.unlink(missing_ok=True)
             done = run(arguments, {'LD_PRELOAD': FAILING_FILES, 'KORVANE_FAULT': f'{number} {error} {lasts}',
                                    'KORVANE_FAULT_FOLDER': os.getcwd(), 'KORVANE_FAULT_REPORT': 'report'})
             found = problem(done, whole, before, name == 'batch')
-            if not os.path.exists('report'):
+            if not report.exists():
                 break
             calls += 1
             if found:
-                with open('report', encoding='ascii') as file:
-                    failures.append(f'{name}: call {number}, {file.read()}, error {error}: {found}')
+                failures.append(f'{name}: call {number}, {report.read_text(encoding="ascii")}, error {error}: {found}')
     print(f'proof: {calls} failing calls of files')
     return failures + ([] if calls > 10 else [f'{name}: only {calls} calls failed'])
 
@@ -106,12 +95,10 @@ def main():
         os.mkdir('in')
         for photo in ('1.jpg', '2.jpg', '1.png'):
             assert run(f'scene in/{photo} --size 160x80', {}).returncode == 0
-        with open('in/track.csv', 'w', encoding='ascii') as file:
-            file.write('1,0\n2,0\n3,0\n')
+        Path('in/track.csv').write_text('1,0\n2,0\n3,0\n', encoding='ascii')
         failures = [line for call in CALLS[:None if IS_LONG else 4] for line in fail_each_call(*call)]
         os.chdir('/')
-    print('\n'.join(failures))
-    sys.exit(1 if failures else 0)
+    sys.exit('\n'.join(failures) or 0)
 
 
 main()

@@ -12,6 +12,8 @@
 
 #include <atomic>
 #include <cerrno>
+#include <set>
+#include <string_view>
 
 namespace {
 
@@ -57,19 +59,12 @@ void report(const char* name) {
     }
 }
 
-bool takes_space(const char* name) {
-    for (const char* space : {"open", "fopen", "mkostemp", "write", "fwrite", "fflush", "posix_fallocate", "mkdir"}) {
-        if (strcmp(name, space) == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // Whether this call of ours is the one.
 bool fails(const char* name) {
+    static const std::set<std::string_view> kTakesSpace = {"open",   "fopen",  "mkostemp",        "write",
+                                                           "fwrite", "fflush", "posix_fallocate", "mkdir"};
     const size_t count = ++gCount;
-    const bool isNow = count == gFault.call || (gFault.lasts && count > gFault.call && takes_space(name));
+    const bool isNow = count == gFault.call || (gFault.lasts && count > gFault.call && kTakesSpace.count(name) != 0);
     if (isNow) {
         report(name);
         errno = gFault.error;
@@ -77,39 +72,47 @@ bool fails(const char* name) {
     return isNow;
 }
 
-template <typename Result, typename Subject, typename... Arguments>
-Result pass(const char* name, Subject subject, Result failure, Arguments... arguments) {
-    const bool counts = is_ours(subject) && gFault.error != 0;
-    return counts && fails(name) ? failure : real<Result>(name, arguments...);
+template <typename Result>
+constexpr Result failure() {
+    if constexpr (std::is_signed_v<Result>) {
+        return -1;
+    }
+    return {};
 }
 
-// Bytes, or things of `size` bytes. The failure is that of the function.
-template <typename Result, typename Subject, typename Transfer>
-Result pass_bytes(const char* name, Subject subject, Result failure, size_t count, const Transfer& transfer) {
+template <typename Result, typename Subject, typename... Arguments>
+Result pass(const char* name, Subject subject, Arguments... arguments) {
+    const bool counts = is_ours(subject) && gFault.error != 0;
+    return counts && fails(name) ? failure<Result>() : real<Result>(name, arguments...);
+}
+
+// Bytes, or things of `size` bytes.
+template <typename Subject, typename Transfer>
+auto pass_bytes(const char* name, Subject subject, size_t count, const Transfer& transfer) {
     if (!is_ours(subject) || (gFault.error == 0 && count < 2) || !fails(name)) {
         return transfer(count);
     }
-    return gFault.error == 0 ? transfer(count / 2) : failure;
+    return gFault.error == 0 ? transfer(count / 2) : failure<decltype(transfer(count))>();
 }
 
 // What is closed is closed, whatever the answer.
-template <typename Result, typename Subject>
-Result pass_close(const char* name, Subject subject, int file) {
+template <typename Subject>
+int pass_close(const char* name, Subject subject, int file) {
     const bool isFailing = is_ours(subject) && gFault.error != 0 && fails(name);
     const int error = errno;
     remember(file, false);
-    const auto result = real<Result>(name, subject);
+    const int result = real<int>(name, subject);
     errno = isFailing ? error : errno;
-    return isFailing ? Result(-1) : result;
+    return isFailing ? -1 : result;
 }
 
-int opened(int file, bool isOurs) {
-    remember(file, isOurs);
-    return file;
-}
-
-FILE* opened(FILE* file, bool isOurs) {
-    remember(file == nullptr ? -1 : fileno(file), isOurs);
+template <typename File>
+File opened(File file, bool isOurs) {
+    if constexpr (std::is_pointer_v<File>) {
+        remember(file == nullptr ? -1 : fileno(file), isOurs);
+    } else {
+        remember(file, isOurs);
+    }
     return file;
 }
 
@@ -147,71 +150,62 @@ int open(const char* path, int flags, ...) {
     va_start(rest, flags);
     const int mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, int) : 0;
     va_end(rest);
-    return opened(pass("open", path, -1, path, flags, mode), is_ours(path));
+    return opened(pass<int>("open", path, path, flags, mode), is_ours(path));
 }
 
-FILE* fopen(const char* path, const char* mode) {
-    return opened(pass("fopen", path, static_cast<FILE*>(nullptr), path, mode), is_ours(path));
-}
+#define KORVANE_OPEN(result, name, subject, parameters, ...)                        \
+    result name parameters {                                                        \
+        return opened(pass<result>(#name, subject, __VA_ARGS__), is_ours(subject)); \
+    }
+KORVANE_OPEN(FILE*, fopen, path, (const char* path, const char* mode), path, mode)
+KORVANE_OPEN(int, mkostemp, pattern, (char* pattern, int flags), pattern, flags)
+KORVANE_OPEN(int, dup, file, (int file), file)
 
 FILE* fopen64(const char* path, const char* mode) {
     return fopen(path, mode);
-}
-
-int mkostemp(char* pattern, int flags) {
-    const bool isOurs = is_ours(pattern);
-    return opened(pass("mkostemp", pattern, -1, pattern, flags), isOurs);
 }
 
 int mkstemp(char* pattern) {
     return mkostemp(pattern, 0);
 }
 
-int dup(int file) {
-    return opened(pass("dup", file, -1, file), is_ours(file));
-}
-
 ssize_t read(int file, void* to, size_t count) {
-    return pass_bytes("read", file, ssize_t{-1}, count,
-                      [&](size_t bytes) { return real<ssize_t>("read", file, to, bytes); });
+    return pass_bytes("read", file, count, [&](size_t bytes) { return real<ssize_t>("read", file, to, bytes); });
 }
 
 ssize_t write(int file, const void* from, size_t count) {
-    return pass_bytes("write", file, ssize_t{-1}, count,
-                      [&](size_t bytes) { return real<ssize_t>("write", file, from, bytes); });
+    return pass_bytes("write", file, count, [&](size_t bytes) { return real<ssize_t>("write", file, from, bytes); });
 }
 
 size_t fread(void* to, size_t size, size_t count, FILE* file) {
-    return pass_bytes("fread", file, size_t{0}, count,
+    return pass_bytes("fread", file, count,
                       [&](size_t things) { return real<size_t>("fread", to, size, things, file); });
 }
 
 size_t fwrite(const void* from, size_t size, size_t count, FILE* file) {
-    return pass_bytes("fwrite", file, size_t{0}, count,
+    return pass_bytes("fwrite", file, count,
                       [&](size_t things) { return real<size_t>("fwrite", from, size, things, file); });
 }
 
 int close(int file) {
-    return pass_close<int>("close", file, file);
+    return pass_close("close", file, file);
 }
 
 int fclose(FILE* file) {
-    return pass_close<int>("fclose", file, fileno(file));
-}
-
-char* realpath(const char* path, char* to) noexcept {
-    return pass("realpath", path, static_cast<char*>(nullptr), path, to);
+    return pass_close("fclose", file, fileno(file));
 }
 
 int posix_fallocate(int file, off_t offset, off_t length) {
-    return pass("posix_fallocate", file, gFault.error, file, offset, length);
+    const int result = pass<int>("posix_fallocate", file, file, offset, length);
+    return result == -1 ? gFault.error : result;
 }
 
-// The rest fails with -1 and nothing done.
-#define KORVANE_FAIL(result, name, subject, parameters, ...)  \
-    result name parameters {                                  \
-        return pass(#name, subject, result(-1), __VA_ARGS__); \
+// The rest fails with nothing done.
+#define KORVANE_FAIL(result, name, subject, parameters, ...) \
+    result name parameters {                                 \
+        return pass<result>(#name, subject, __VA_ARGS__);    \
     }
+KORVANE_FAIL(char*, realpath, path, (const char* path, char* to) noexcept, path, to)
 KORVANE_FAIL(int, fseek, file, (FILE * file, long offset, int origin), file, offset, origin)
 KORVANE_FAIL(long, ftell, file, (FILE * file), file)
 KORVANE_FAIL(int, fflush, file, (FILE * file), file)

@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -22,6 +20,7 @@
 #include "frameworks/io/file_stream.h"
 #include "tests/faults/failing_files.h"
 #include "tests/support/random_bytes.h"
+#include "tests/support/run_length.h"
 
 namespace {
 
@@ -34,8 +33,8 @@ constexpr FileFault kFaults[] = {
 constexpr int kBinaryBytes = 9000;
 constexpr unsigned int kSide = 64;
 
-size_t open_files() {
-    return static_cast<size_t>(std::distance(fs::directory_iterator("/proc/self/fd"), {}));
+auto files_in(const std::string& folder) {
+    return std::distance(fs::directory_iterator(folder), {});
 }
 
 class FileFaults : public testing::Test {
@@ -53,13 +52,11 @@ class FileFaults : public testing::Test {
         return Bytes(std::istreambuf_iterator<char>(file), {});
     }
 
-    size_t files() const { return static_cast<size_t>(std::distance(fs::directory_iterator(m_Folder), {})); }
-
     // `work` has closed its files when it returns. `check` sees what it left; fewer than `least` failures are a fault
     // of the test.
     void fail_each_call(size_t least, const std::function<void(bool hasFailed)>& check,
                         const std::function<void()>& work) {
-        const size_t open = open_files();
+        const auto open = files_in("/proc/self/fd");
         size_t calls = 0;
         for (FileFault fault : kFaults) {
             bool hasFailed = true;
@@ -73,11 +70,11 @@ class FileFaults : public testing::Test {
                 fail_files("", {});
                 calls += hasFailed ? 1 : 0;
                 check(hasFailed);
-                EXPECT_EQ(open_files(), open);
+                EXPECT_EQ(files_in("/proc/self/fd"), open);
             }
         }
         EXPECT_GT(calls, least);
-        std::printf("proof: %zu failing calls of files\n", calls);
+        report_count(calls, "failing calls of files");
     }
 
     std::string m_Folder = testing::TempDir() + "korvane_faults_XXXXXX";
@@ -89,40 +86,36 @@ TEST_F(FileFaults, ProgramCacheHoldsWholeBinaries) {
     const auto write = [](const Bytes& binary) {
         GPUScript script(nullptr, "script");
         void* block = galloc_malloc(binary.size());
-        std::memcpy(block, binary.data(), binary.size());
+        std::copy(binary.begin(), binary.end(), static_cast<unsigned char*>(block));
         galloc_free(script.getScriptBinary());
         script.setScriptBinaryFormat(7);
         script.setScriptBinary(block, static_cast<int>(binary.size()));
     };
-    const Bytes first = random_bytes(kBinaryBytes, 1);
-    const Bytes second = random_bytes(kBinaryBytes + 50, 2);
-    const auto file_of = [](Bytes binary) {
-        binary.insert(binary.begin(), {7, 0, 0, 0});
-        return binary;
-    };
-    const auto check = [&](bool hasFailed) {
-        const Bytes found = content("script.osb");
-        EXPECT_TRUE(found == file_of(second) || (hasFailed && found == file_of(first))) << found.size();
-        EXPECT_EQ(files(), 1U);
-        write(first);
-        EXPECT_EQ(content("script.osb"), file_of(first));
-    };
-    write(first);
-    fail_each_call(20, check, [&] { write(second); });
-    Bytes read;
-    bool isThere = false;
+    const Bytes binaries[2] = {random_bytes(kBinaryBytes, 1), random_bytes(kBinaryBytes + 50, 2)};
+    Bytes files[2];
+    for (const int i : {1, 0}) {
+        write(binaries[i]);
+        files[i] = content("script.osb");
+        ASSERT_EQ(files[i].size(), binaries[i].size() + 4);
+    }
     fail_each_call(
-        10,
+        20,
         [&](bool hasFailed) {
-            EXPECT_TRUE(isThere ? read == first : hasFailed);
-            EXPECT_EQ(content("script.osb"), file_of(first));
+            EXPECT_TRUE(content("script.osb") == files[1] || (hasFailed && content("script.osb") == files[0]));
+            EXPECT_EQ(files_in(m_Folder), 1);
+            write(binaries[0]);
+            EXPECT_EQ(content("script.osb"), files[0]);
         },
+        [&] { write(binaries[1]); });
+    Bytes read;
+    fail_each_call(
+        10, [&](bool hasFailed) { EXPECT_TRUE(read == binaries[0] || (hasFailed && read.empty())); },
         [&] {
             const GPUScript script(nullptr, "script");
             const auto* binary = static_cast<unsigned char*>(script.getScriptBinary());
-            isThere = binary != nullptr;
-            read.assign(binary, binary + (isThere ? script.getScirptBinarySize() : 0));
+            read.assign(binary, binary + (binary == nullptr ? 0 : script.getScirptBinarySize()));
         });
+    EXPECT_EQ(content("script.osb"), files[0]);
 }
 
 Image* new_image(const Bytes& rgb) {
@@ -141,14 +134,13 @@ bool encode(const std::string& path, const Bytes& rgb) {
 TEST_F(FileFaults, JpegIsEncodedOrNot) {
     const Bytes rgb = random_bytes(kSide * kSide * 3, 3);
     ASSERT_TRUE(encode(path("whole.jpg"), rgb));
+    const Bytes whole = content("whole.jpg");
     bool isDone = false;
     fail_each_call(
         8,
         [&](bool hasFailed) {
-            const Bytes whole = content("whole.jpg");
-            const Bytes found = content("new.jpg");
-            EXPECT_TRUE(hasFailed || (isDone && found == whole));
-            EXPECT_LE(found.size(), whole.size());
+            EXPECT_TRUE(hasFailed || (isDone && content("new.jpg") == whole));
+            EXPECT_LE(content("new.jpg").size(), whole.size());
             fs::remove(path("new.jpg"));
         },
         [&] { isDone = encode(path("new.jpg"), rgb); });
@@ -157,7 +149,6 @@ TEST_F(FileFaults, JpegIsEncodedOrNot) {
 TEST_F(FileFaults, JpegIsDecodedWholeOrNot) {
     ASSERT_TRUE(encode(path("photo.jpg"), random_bytes(kSide * kSide * 3, 4)));
     const Bytes before = random_bytes(kSide * kSide * 3, 5);
-    Bytes whole;
     Bytes found;
     bool isDone = false;
     const auto decode = [&] {
@@ -168,7 +159,7 @@ TEST_F(FileFaults, JpegIsDecodedWholeOrNot) {
     };
     decode();
     ASSERT_TRUE(isDone);
-    whole = found;
+    const Bytes whole = found;
     fail_each_call(
         20, [&](bool hasFailed) { EXPECT_TRUE(isDone ? found == whole : hasFailed && found == before); }, decode);
 }
@@ -191,14 +182,13 @@ TEST_F(FileFaults, StreamsTellWhatTheyDid) {
         [&] {
             FileStream stream(path("old").c_str(), FileStream::FILE_MODE_ONLY_READ);
             EXPECT_TRUE(stream.getLength() == 100 || stream.getLength() == 0);
-            EXPECT_TRUE(!stream.rewind() || stream.seek(10, SEEK_ORIGIN_BEGIN) == -1 || [&] {
+            if (stream.rewind() && stream.seek(10, SEEK_ORIGIN_BEGIN) != -1) {
                 Bytes got(90);
                 const size_t skipped = stream.read(nullptr, 5);
-                const size_t count = stream.read(got.data(), 90);
-                const auto from = bytes.begin() + 10 + static_cast<ptrdiff_t>(skipped);
-                return (skipped == 0 || skipped == 5) &&
-                       std::equal(got.begin(), got.begin() + static_cast<ptrdiff_t>(count), from);
-            }());
+                got.resize(stream.read(got.data(), 90));
+                EXPECT_TRUE(skipped == 0 || skipped == 5);
+                EXPECT_TRUE(std::equal(got.begin(), got.end(), &bytes[10 + skipped]));
+            }
         });
 }
 

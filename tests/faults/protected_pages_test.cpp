@@ -4,11 +4,13 @@
 #include <gtest/gtest.h>
 #include <setjmp.h>
 #include <signal.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -27,175 +29,174 @@
 #include "applications/super_capture/super_capture_module.h"
 #include "frameworks/images/color_convert.h"
 #include "frameworks/images/jpeg_row_writers.h"
-#include "tests/faults/walled_memory.h"
+#include "tests/support/run_length.h"
 #include "tests/support/simd_targets.h"
 
 namespace {
 
-struct Size {
-    int width;
-    int height;
-    // Their product.
-    size_t pixels;
+// A buffer of a picture, only read or not.
+struct Plane {
+    int protection;
+    std::function<size_t(size_t pixels)> bytes;
+};
+
+// So many bytes for so many pixels, in whole units.
+Plane in(size_t bytes, size_t pixels = 1, size_t units = 1) {
+    return {PROT_READ, [=](size_t count) { return count * bytes / pixels * units; }};
+}
+
+Plane out(size_t bytes, size_t pixels = 1, size_t units = 1, size_t behind = 0) {
+    return {PROT_READ | PROT_WRITE, [=](size_t count) { return count * bytes / pixels * units + behind; }};
+}
+
+// A picture whose buffers begin or end at a page which nobody may touch: a stray access, also a mere read, ends the
+// program.
+struct Walled {
+    const bool isAtEnd;
+    const int width;
+    const int height;
+    const size_t pixels = static_cast<size_t>(width) * static_cast<size_t>(height);
+    std::vector<std::shared_ptr<void>> maps = {};
+
+    unsigned char* block(size_t count, int protection) {
+        const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        const size_t room = (count + page - 1) / page * page;
+        void* map = mmap(nullptr, room + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        maps.emplace_back(map, [=](void* start) { munmap(start, room + 2 * page); });
+        unsigned char* const start = static_cast<unsigned char*>(map) + page;
+        mprotect(start, room, PROT_READ | PROT_WRITE);
+        unsigned char* const result = start + (isAtEnd ? room - count : 0);
+        // Any bytes will do, and random ones take the emulator long.
+        for (size_t i = 0; i < count; ++i) {
+            result[i] = static_cast<unsigned char>(i * 2654435761U >> 24);
+        }
+        mprotect(start, room, protection);
+        return result;
+    }
+
+    unsigned char* plane(const Plane& is) { return block(is.bytes(pixels), is.protection); }
+
+    template <typename T>
+    T* numbers(size_t count) {
+        return reinterpret_cast<T*>(block(count * sizeof(T), PROT_READ | PROT_WRITE));
+    }
 };
 
 struct Row {
     const char* name;
-    std::function<void(WalledMemory& memory, const Size& size)> call;
+    std::function<void(Walled& picture)> call;
 };
 
-// Bytes a pixel from and to.
-Row packed(const char* name, int (*convert)(const unsigned char*, unsigned char*, int, int), size_t from, size_t to,
-           size_t behind = 0) {
-    return {name, [=](WalledMemory& memory, const Size& size) {
-                // The formats of two bytes have whole pairs of pixels only.
-                const auto bytes = [&](size_t each) { return each == 2 ? size.pixels / 2 * 4 : size.pixels * each; };
-                convert(memory.source(bytes(from)), memory.bytes(bytes(to) + behind), size.width, size.height);
-            }};
+template <typename Function, typename... Planes>
+Row row(const char* name, Function function, Planes... planes) {
+    return {name, [=](Walled& of) { function(of.plane(planes)..., of.width, of.height); }};
 }
 
-Row writer(const char* name, void (*write)(const unsigned char*, unsigned char*, int), size_t from) {
-    return {name, [=](WalledMemory& memory, const Size& size) {
-                const auto width = static_cast<size_t>(size.width);
-                write(memory.source(width * from), memory.bytes(width * 3), size.width);
-            }};
+template <typename Blur>
+auto at_radii(Blur blur) {
+    return [=](auto... arguments) {
+        for (const int radius : {0, 1, 9, 100}) {
+            blur(arguments..., radius);
+        }
+    };
 }
 
-Row planar(const char* name, void (*convert)(const unsigned char*, unsigned char*, int, int)) {
-    return {name, [=](WalledMemory& memory, const Size& size) {
-                const size_t bytes = size.pixels * 3 / 2;
-                convert(memory.source(bytes), memory.bytes(bytes), size.width, size.height);
-            }};
-}
-
-Row gray_blur(const char* name, void (*blur)(unsigned char*, unsigned char*, int, int, int)) {
-    return {name, [=](WalledMemory& memory, const Size& size) {
-                for (const int radius : {0, 1, 9, 100}) {
-                    blur(memory.bytes(size.pixels), memory.bytes(size.pixels), size.width, size.height, radius);
-                }
-            }};
+// Takes a single row.
+template <typename Write>
+auto one_row(Write write) {
+    return
+        [=](const unsigned char* from, unsigned char* to, int width, int height) { write(from, to, width * height); };
 }
 
 template <typename T, typename Walk>
 Row patterns(const char* name, Walk walk, unsigned int slotsEach = 1) {
-    return {name, [=](WalledMemory& memory, const Size& size) {
-                const auto rows = static_cast<unsigned short>(size.height);
-                const auto columns = static_cast<unsigned short>(size.width);
+    return {name, [=](Walled& of) {
+                const auto rows = static_cast<unsigned short>(of.height);
+                const auto columns = static_cast<unsigned short>(of.width);
                 const unsigned int slots = lbp_pyr_get_dim(rows, columns, 3) / slotsEach;
-                walk(memory.numbers<T>(slots), slots, memory.numbers<unsigned int>(size.pixels), rows, columns);
+                walk(of.numbers<T>(slots), slots, of.numbers<unsigned int>(of.pixels), rows, columns);
             }};
 }
 
 const Row kRows[] = {
-    {"stack_blur",
-     [](WalledMemory& memory, const Size& size) {
-         for (const int radius : {1, 9, 100}) {
-             stack_blur(memory.bytes(size.pixels * 4), size.width, size.height, radius);
-         }
-     }},
-    {"fast_blur",
-     [](WalledMemory& memory, const Size& size) {
-         for (const int radius : {1, 9, 100}) {
-             fast_blur(reinterpret_cast<unsigned int*>(memory.source(size.pixels * 4)), memory.bytes(size.pixels * 4),
-                       size.width, size.height, radius);
-         }
-     }},
-    gray_blur("box_blurH", box_blurH),
-    gray_blur("box_blurV", box_blurV),
-    gray_blur("box_blur", box_blur),
-    gray_blur("gauss_blur", gauss_blur),
+    row("stack_blur", at_radii(stack_blur), out(4)),
+    row("fast_blur", at_radii([](unsigned char* from, unsigned char* to, int width, int height, int radius) {
+            fast_blur(reinterpret_cast<unsigned int*>(from), to, width, height, radius);
+        }),
+        in(4), out(4)),
+    row("box_blurH", at_radii(box_blurH), in(1), out(1)),
+    row("box_blurV", at_radii(box_blurV), in(1), out(1)),
+    row("box_blur", at_radii(box_blur), out(1), out(1)),
+    row("gauss_blur", at_radii(gauss_blur), out(1), out(1)),
     {"gaussiir and blur_line",
-     [](WalledMemory& memory, const Size& size) {
+     [](Walled& of) {
          for (const int depth : {3, 4}) {
              const auto bytes = static_cast<size_t>(depth);
-             gaussiir(memory.bytes(size.pixels * bytes), size.width, size.height, depth, size.width * depth, 10, 25);
+             gaussiir(of.plane(out(bytes)), of.width, of.height, depth, of.width * depth, 10, 25);
              gaussiirContext context = {};
              calculate_gauss_iir_coefficients(&context, 2.0F);
-             const size_t line = static_cast<size_t>(size.width) * bytes;
-             context.vp = memory.numbers<float>(line);
-             context.vm = memory.numbers<float>(line);
-             blur_line(&context, memory.source(line), memory.bytes(line), size.width, depth);
+             context.vp = of.numbers<float>(of.pixels * bytes);
+             context.vm = of.numbers<float>(of.pixels * bytes);
+             blur_line(&context, of.plane(in(bytes)), of.plane(out(bytes)), of.width * of.height, depth);
          }
      }},
-    {"alpha_blend",
-     [](WalledMemory& memory, const Size& size) {
-         const auto count = static_cast<int>(size.pixels);
-         alpha_blend(memory.bytes(size.pixels * 4), count, 16, 99, 250, 77);
-         alpha_blend_neon(memory.bytes(size.pixels * 4), count, 16, 99, 250, 77);
+    {"blending",
+     [](Walled& of) {
+         alpha_blend(of.plane(out(4)), of.width * of.height, 16, 99, 250, 77);
+         alpha_blend_neon(of.plane(out(4)), of.width * of.height, 16, 99, 250, 77);
+         korvane::blur_and_dim(of.plane(out(4)), of.width, of.height, 5, 0x102030, 100);
      }},
-    {"blur_and_dim",
-     [](WalledMemory& memory, const Size& size) {
-         korvane::blur_and_dim(memory.bytes(size.pixels * 4), size.width, size.height, 5, 0x102030, 100);
+    row("gray2rgb", color_convert_gray2rgb, in(1), out(3)),
+    row("gray2rgba", color_convert_gray2rgba, in(1), out(4)),
+    row("rgb2gray", color_convert_rgb2gray, in(3), out(1)),
+    row("rgba2gray", color_convert_rgba2gray, in(4), out(1, 1, 1, 2)),
+    row("rgb2rgba", color_convert_rgb2rgba, in(3), out(4)),
+    row("rgba2rgb", color_convert_rgba2rgb, in(4), out(3)),
+    row("rgb2yuv", color_convert_rgb2yuv, in(3), out(3)),
+    row("yuv2rgb", color_convert_yuv2rgb, in(3), out(3)),
+    row("yuv2gray", color_convert_yuv2gray, in(1), out(1)),
+    // Whole pairs of pixels only.
+    row("rgb2yuyv", color_convert_rgb2yuyv, in(3), out(1, 2, 4)),
+    row("yuyv2rgb", color_convert_yuyv2rgb, in(1, 2, 4), out(3)),
+    row("rgb2yvyu", color_convert_rgb2yvyu, in(3), out(1, 2, 4)),
+    row("yvyu2rgb", color_convert_yvyu2rgb, in(1, 2, 4), out(3)),
+    row("rgb2yuv422p", color_convert_rgb2yuv422p, in(3), out(1), out(1, 2), out(1, 2)),
+    row("yuv422p2rgb", color_convert_yuv422p2rgb, in(1), in(1, 2), in(1, 2), out(3)),
+    row("rgb2yv12oryu12", color_convert_rgb2yv12oryu12, in(3), out(1), out(1, 4), out(1, 4)),
+    row("yv12oryu122rgb", color_convert_yv12oryu122rgb, in(1), in(1, 4), in(1, 4), out(3)),
+    row("rgb2nv12", color_convert_rgb2nv12, in(3), out(1), out(1, 4, 2)),
+    row("nv122rgb", color_convert_nv122rgb, in(1), in(1, 4, 2), out(3)),
+    {"rgb2nv21",
+     [](Walled& of) {
+         const size_t blocks = static_cast<size_t>(of.width / 2) * static_cast<size_t>(of.height / 2);
+         unsigned char* const chroma = of.block(blocks * 2, PROT_READ | PROT_WRITE);
+         color_convert_rgb2nv21(of.plane(in(3)), of.plane(out(1)), chroma, of.width, of.height);
      }},
-    packed("gray2rgb", color_convert_gray2rgb, 1, 3),
-    packed("gray2rgba", color_convert_gray2rgba, 1, 4),
-    packed("rgb2gray", color_convert_rgb2gray, 3, 1),
-    packed("rgba2gray", color_convert_rgba2gray, 4, 1, 2),
-    packed("rgb2rgba", color_convert_rgb2rgba, 3, 4),
-    packed("rgba2rgb", color_convert_rgba2rgb, 4, 3),
-    packed("rgb2yuv", color_convert_rgb2yuv, 3, 3),
-    packed("yuv2rgb", color_convert_yuv2rgb, 3, 3),
-    packed("yuv2gray", color_convert_yuv2gray, 1, 1),
-    packed("rgb2yuyv", color_convert_rgb2yuyv, 3, 2),
-    packed("yuyv2rgb", color_convert_yuyv2rgb, 2, 3),
-    packed("rgb2yvyu", color_convert_rgb2yvyu, 3, 2),
-    packed("yvyu2rgb", color_convert_yvyu2rgb, 2, 3),
-    {"yuv422p",
-     [](WalledMemory& memory, const Size& size) {
-         const size_t pairs = size.pixels / 2;
-         color_convert_rgb2yuv422p(memory.source(size.pixels * 3), memory.bytes(size.pixels), memory.bytes(pairs),
-                                   memory.bytes(pairs), size.width, size.height);
-         color_convert_yuv422p2rgb(memory.source(size.pixels), memory.source(pairs), memory.source(pairs),
-                                   memory.bytes(size.pixels * 3), size.width, size.height);
-     }},
-    {"yv12oryu12",
-     [](WalledMemory& memory, const Size& size) {
-         const size_t quads = size.pixels / 4;
-         color_convert_rgb2yv12oryu12(memory.source(size.pixels * 3), memory.bytes(size.pixels), memory.bytes(quads),
-                                      memory.bytes(quads), size.width, size.height);
-         color_convert_yv12oryu122rgb(memory.source(size.pixels), memory.source(quads), memory.source(quads),
-                                      memory.bytes(size.pixels * 3), size.width, size.height);
-     }},
-    {"nv12",
-     [](WalledMemory& memory, const Size& size) {
-         const size_t chroma = size.pixels / 4 * 2;
-         color_convert_rgb2nv12(memory.source(size.pixels * 3), memory.bytes(size.pixels), memory.bytes(chroma),
-                                size.width, size.height);
-         color_convert_nv122rgb(memory.source(size.pixels), memory.source(chroma), memory.bytes(size.pixels * 3),
-                                size.width, size.height);
-     }},
-    {"nv21",
-     [](WalledMemory& memory, const Size& size) {
-         const size_t blocks = static_cast<size_t>(size.width / 2) * static_cast<size_t>(size.height / 2);
-         color_convert_rgb2nv21(memory.source(size.pixels * 3), memory.bytes(size.pixels), memory.bytes(blocks * 2),
-                                size.width, size.height);
-         color_convert_nv212rgb(memory.source(size.pixels), memory.source(size.pixels / 4 * 2),
-                                memory.bytes(size.pixels * 3), size.width, size.height);
-     }},
-    writer("Write_Gray", Write_Gray, 1),
-    writer("Write_RGB", Write_RGB, 3),
-    writer("Write_RGBA", Write_RGBA, 4),
-    writer("Write_YUV", Write_YUV, 3),
-    planar("nv12_to_yv12", convert_nv12_to_yv12),
-    planar("nv21_to_yv12", convert_nv21_to_yv12),
+    row("nv212rgb", color_convert_nv212rgb, in(1), in(1, 4, 2), out(3)),
+    row("Write_Gray", one_row(Write_Gray), in(1), out(3)),
+    row("Write_RGB", one_row(Write_RGB), in(3), out(3)),
+    row("Write_RGBA", one_row(Write_RGBA), in(4), out(3)),
+    row("Write_YUV", one_row(Write_YUV), in(3), out(3)),
+    row("nv12_to_yv12", convert_nv12_to_yv12, in(3, 2), out(3, 2)),
+    row("nv21_to_yv12", convert_nv21_to_yv12, in(3, 2), out(3, 2)),
     {"merging",
-     [](WalledMemory& memory, const Size& size) {
-         const unsigned char* frame = memory.source(size.pixels);
-         int* sums = memory.numbers<int>(size.pixels);
-         korvane::merge_first(frame, sums, size.pixels);
-         korvane::merge_add(frame, sums, size.pixels);
-         korvane::merge_max(frame, sums, size.pixels);
-         korvane::merged_mean(sums, memory.bytes(size.pixels), size.pixels, 2);
-         korvane::merged_low_bytes(sums, memory.bytes(size.pixels), size.pixels);
-         korvane::luma_sum(frame, size.pixels);
-         korvane::luma_sum_yuyv(memory.source(size.pixels * 2), size.pixels);
+     [](Walled& of) {
+         const unsigned char* frame = of.plane(in(1));
+         int* sums = of.numbers<int>(of.pixels);
+         korvane::merge_first(frame, sums, of.pixels);
+         korvane::merge_add(frame, sums, of.pixels);
+         korvane::merge_max(frame, sums, of.pixels);
+         korvane::merged_mean(sums, of.plane(out(1)), of.pixels, 2);
+         korvane::merged_low_bytes(sums, of.plane(out(1)), of.pixels);
+         korvane::luma_sum(frame, of.pixels);
+         korvane::luma_sum_yuyv(of.plane(in(2)), of.pixels);
      }},
     {"fast16",
-     [](WalledMemory& memory, const Size& size) {
+     [](Walled& of) {
          for (const int border : {0, 3}) {
              const FastParams params = {5, 1, 0, 0, border, border};
              std::vector<KeyPoint> corners;
-             fast16(memory.source(size.pixels), corners, size.width, size.height, &params);
+             fast16(of.plane(in(1)), corners, of.width, of.height, &params);
          }
      }},
     patterns<char>("lbp_pyr_features", lbp_pyr_features),
@@ -208,36 +209,30 @@ const Row kRows[] = {
 // Slower, or not for small frames.
 const Row kFrameRows[] = {
     {"timestamp",
-     [](WalledMemory& memory, const Size& size) {
-         make_photo_timestamp_watermark_to_yuyv(memory.bytes(size.pixels * 2), size.width, size.height, "12:30", 0);
-     }},
+     [](Walled& of) { make_photo_timestamp_watermark_to_yuyv(of.plane(out(2)), of.width, of.height, "12:30", 0); }},
     {"super_capture",
-     [](WalledMemory& memory, const Size& size) {
+     [](Walled& of) {
          const intptr_t capture =
-             super_capture_module_init(static_cast<uint32_t>(size.width), static_cast<uint32_t>(size.height), 1);
+             super_capture_module_init(static_cast<uint32_t>(of.width), static_cast<uint32_t>(of.height), 1);
          unsigned char* planes[4] = {};
          for (int i = 0; i < 2; ++i) {
-             planes[0] = memory.source(size.pixels * 2);
+             planes[0] = of.plane(in(2));
              super_capture_module_push_frame(capture, planes);
          }
-         planes[0] = memory.bytes(size.pixels * 2);
+         planes[0] = of.plane(out(2));
          super_capture_module_pop_frame(capture, planes);
          super_capture_module_destroy(capture);
      }},
     {"panorama",
-     [](WalledMemory& memory, const Size& size) {
+     [](Walled& of) {
          PanoramaInterface panorama;
-         panorama.startup(size.width, size.height, PANORAMA_FRAME_FORMAT_NV21, nullptr);
+         panorama.startup(of.width, of.height, PANORAMA_FRAME_FORMAT_NV21, nullptr);
          int x = 0;
          int y = 0;
-         panorama.addFrame(memory.source(size.pixels * 3 / 2), 1, 0, x, y);
-         panorama.addFrame(memory.source(size.pixels * 3 / 2), 3, 0, x, y);
+         panorama.addFrame(of.plane(in(3, 2)), 1, 0, x, y);
+         panorama.addFrame(of.plane(in(3, 2)), 3, 0, x, y);
      }},
 };
-
-// Around the lengths of vectors of 16 to 256 bytes, and where a row is shorter than one.
-constexpr int kWidths[] = {1, 2, 3, 5, 8, 15, 16, 17, 31, 33, 64, 65, 127, 129, 255, 257, 513};
-constexpr int kHeights[] = {1, 2, 7};
 
 std::array<char, 200> gNow;
 
@@ -247,16 +242,17 @@ void tell_where(int signal) {
     raise(signal);
 }
 
-size_t call_rows(const Row* begin, const Row* end, const std::string& target, int width, int height) {
-    for (const Row* row = begin; row != end; ++row) {
+template <size_t kCount>
+size_t call_rows(const Row (&rows)[kCount], const std::string& target, int width, int height) {
+    for (const Row& row : rows) {
         for (const bool isAtEnd : {true, false}) {
-            WalledMemory memory(isAtEnd);
-            std::snprintf(gNow.data(), gNow.size(), "%s of %d x %d, %s the wall, on %s\n", row->name, width, height,
+            std::snprintf(gNow.data(), gNow.size(), "%s of %d x %d, %s the wall, on %s\n", row.name, width, height,
                           isAtEnd ? "before" : "behind", target.c_str());
-            row->call(memory, {width, height, static_cast<size_t>(width) * static_cast<size_t>(height)});
+            Walled picture{isAtEnd, width, height};
+            row.call(picture);
         }
     }
-    return 2 * static_cast<size_t>(end - begin);
+    return 2 * kCount;
 }
 
 TEST(ProtectedPages, AreNotTouched) {
@@ -264,16 +260,15 @@ TEST(ProtectedPages, AreNotTouched) {
     signal(SIGBUS, tell_where);
     size_t calls = 0;
     for_each_simd_target([&](const std::string& target) {
-        for (const Size size : {Size{640, 360, 0}, Size{478, 362, 0}}) {
-            calls += call_rows(std::begin(kFrameRows), std::end(kFrameRows), target, size.width, size.height);
-        }
-        for (const int width : kWidths) {
-            for (const int height : kHeights) {
-                calls += call_rows(std::begin(kRows), std::end(kRows), target, width, height);
+        calls += call_rows(kFrameRows, target, 640, 360) + call_rows(kFrameRows, target, 478, 362);
+        // Around the lengths of vectors of 16 to 256 bytes, and where a row is shorter than one.
+        for (const int width : {1, 2, 3, 5, 8, 15, 16, 17, 31, 33, 64, 65, 127, 129, 255, 257, 513}) {
+            for (const int height : {1, 2, 7}) {
+                calls += call_rows(kRows, target, width, height);
             }
         }
     });
-    std::printf("proof: %zu calls at protected pages\n", calls);
+    report_count(calls, "calls at protected pages");
 }
 
 sigjmp_buf gBack;
@@ -283,8 +278,8 @@ TEST(ProtectedPages, EndStrayAccesses) {
     signal(SIGSEGV, [](int) { siglongjmp(gBack, 1); });
     for (const bool isAtEnd : {true, false}) {
         for (const bool isWrite : {true, false}) {
-            WalledMemory memory(isAtEnd);
-            volatile unsigned char* const source = memory.source(10);
+            Walled picture{isAtEnd, 10, 1};
+            volatile unsigned char* const source = picture.plane(in(1));
             if (sigsetjmp(gBack, 1) == 0) {
                 if (isWrite) {
                     *source = 1;
