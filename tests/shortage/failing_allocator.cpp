@@ -125,10 +125,6 @@ Shortage::Armed::~Armed() {
     gIsArmed = false;
 }
 
-bool Shortage::is_armed() {
-    return gIsArmed;
-}
-
 bool Shortage::has_failed() {
     return gHasFailed;
 }
@@ -169,34 +165,20 @@ void __wrap_free(void* block) {
 
 }  // extern "C"
 
-void* operator new(size_t size) {
-    return allocate_or_throw(size, KORVANE_CALLER);
-}
+// Those of one object and those of several.
+#define KORVANE_OPERATORS(several)                                            \
+    void* operator new several(size_t size) {                                 \
+        return allocate_or_throw(size, KORVANE_CALLER);                       \
+    }                                                                         \
+    void* operator new several(size_t size, const std::nothrow_t&) noexcept { \
+        return allocate(size, KORVANE_CALLER);                                \
+    }                                                                         \
+    void operator delete several(void* block) noexcept {                      \
+        release(block);                                                       \
+    }                                                                         \
+    void operator delete several(void* block, size_t) noexcept {              \
+        release(block);                                                       \
+    }
 
-void* operator new[](size_t size) {
-    return allocate_or_throw(size, KORVANE_CALLER);
-}
-
-void* operator new(size_t size, const std::nothrow_t&) noexcept {
-    return allocate(size, KORVANE_CALLER);
-}
-
-void* operator new[](size_t size, const std::nothrow_t&) noexcept {
-    return allocate(size, KORVANE_CALLER);
-}
-
-void operator delete(void* block) noexcept {
-    release(block);
-}
-
-void operator delete[](void* block) noexcept {
-    release(block);
-}
-
-void operator delete(void* block, size_t) noexcept {
-    release(block);
-}
-
-void operator delete[](void* block, size_t) noexcept {
-    release(block);
-}
+KORVANE_OPERATORS()
+KORVANE_OPERATORS([])

@@ -19,15 +19,18 @@ class Shortage {
     Shortage(const Shortage&) = delete;
     Shortage& operator=(const Shortage&) = delete;
 
+    // From its birth to its end allocations count.
+    struct Armed {
+        Armed();
+        ~Armed();
+    };
+
     // Runs a call of the library. All during() of one object count together.
     template <typename Call>
     auto during(const Call& call) {
         const Armed armed;
         return call();
     }
-
-    // Whether a during() runs.
-    static bool is_armed();
 
     // Whether the allocation came and failed.
     static bool has_failed();
@@ -37,12 +40,6 @@ class Shortage {
 
     // What is live now stays for the life of the process, on purpose.
     static void keep_live_blocks();
-
-  private:
-    struct Armed {
-        Armed();
-        ~Armed();
-    };
 };
 
 #endif  // KORVANE_TESTS_SHORTAGE_FAILING_ALLOCATOR_H_
