@@ -2,7 +2,6 @@
 #include "tests/determinism/kernel_digests.h"
 
 #include <cstring>
-#include <functional>
 #include <utility>
 
 #include "algorithms/alpha_blend.h"
@@ -54,39 +53,37 @@ class Kernels {
     }
 
   private:
-    void add(const std::string& name, const Bytes& bytes) {
-        m_Digests[name + ' ' + std::to_string(m_Width) + 'x' + std::to_string(m_Height)] = digest(bytes);
+    void add(const std::string& name, const Bytes& bytes) { m_Digests[name] = digest(bytes); }
+
+    // What `work` makes of the bytes.
+    template <typename Work>
+    void add(const std::string& name, Bytes bytes, const Work& work) {
+        work(bytes.data());
+        add(name, bytes);
     }
 
     void blurs() {
         const Bytes rgba = picture(m_Pixels * 4, 1);
         for (const int radius : {1, 9, 100}) {
             const std::string suffix = " r=" + std::to_string(radius);
-            Bytes stacked = rgba;
-            stack_blur(stacked.data(), m_Width, m_Height, radius);
-            add("stack_blur" + suffix, stacked);
+            add("stack_blur" + suffix, rgba, [&](auto* to) { stack_blur(to, m_Width, m_Height, radius); });
             std::vector<unsigned> pixels(m_Pixels);
             std::memcpy(pixels.data(), rgba.data(), rgba.size());
-            Bytes boxed(m_Pixels * 4);
-            fast_blur(pixels.data(), boxed.data(), m_Width, m_Height, radius);
-            add("fast_blur" + suffix, boxed);
+            add("fast_blur" + suffix, Bytes(m_Pixels * 4),
+                [&](auto* to) { fast_blur(pixels.data(), to, m_Width, m_Height, radius); });
             for (const auto& [name, blur] : {std::pair("box_blur", &box_blur), std::pair("gauss_blur", &gauss_blur)}) {
                 Bytes gray = picture(m_Pixels, 2);
-                Bytes blurred(m_Pixels);
-                blur(gray.data(), blurred.data(), m_Width, m_Height, radius);
-                add(name + suffix, blurred);
+                add(name + suffix, Bytes(m_Pixels),
+                    [&, blur = blur](auto* to) { blur(gray.data(), to, m_Width, m_Height, radius); });
             }
         }
         for (const int depth : {1, 3, 4}) {
-            Bytes image = picture(m_Pixels * static_cast<size_t>(depth), 3);
-            gaussiir(image.data(), m_Width, m_Height, depth, m_Width * depth, 10.0F, 25.0F);
-            add("gaussiir depth " + std::to_string(depth), image);
+            add("gaussiir depth " + std::to_string(depth), picture(m_Pixels * static_cast<size_t>(depth), 3),
+                [&](auto* to) { gaussiir(to, m_Width, m_Height, depth, m_Width * depth, 10.0F, 25.0F); });
         }
         for (const auto& [name, blend] :
              {std::pair("alpha_blend", &alpha_blend), std::pair("alpha_blend_neon", &alpha_blend_neon)}) {
-            Bytes blended = rgba;
-            blend(blended.data(), m_Width * m_Height, 16, 99, 250, 77);
-            add(name, blended);
+            add(name, rgba, [&, blend = blend](auto* to) { blend(to, m_Width * m_Height, 16, 99, 250, 77); });
         }
     }
 
@@ -109,47 +106,36 @@ class Kernels {
         for (const auto& row : packed) {
             const Bytes source = random_bytes(m_Pixels * row.from, 4);
             // Gray of RGBA reads two bytes behind its output.
-            Bytes result(m_Pixels * row.to + 2);
-            row.convert(source.data(), result.data(), m_Width, m_Height);
-            add(row.name, result);
+            add(row.name, Bytes(m_Pixels * row.to + 2),
+                [&](auto* to) { row.convert(source.data(), to, m_Width, m_Height); });
         }
         const Bytes rgb = random_bytes(m_Pixels * 3, 5);
-        const auto encode = [&](const char* name, const std::function<void(unsigned char*, unsigned char*)>& work) {
-            Bytes planes(m_Pixels * 4);
-            work(planes.data(), planes.data() + m_Pixels);
-            add(name, planes);
-        };
-        const size_t plane = m_Pixels;
-        encode("rgb2yuv422p",
-               [&](auto* y, auto* uv) { color_convert_rgb2yuv422p(rgb.data(), y, uv, uv + plane, m_Width, m_Height); });
-        encode("rgb2yv12oryu12", [&](auto* y, auto* uv) {
-            color_convert_rgb2yv12oryu12(rgb.data(), y, uv, uv + plane, m_Width, m_Height);
-        });
-        encode("rgb2nv12", [&](auto* y, auto* uv) { color_convert_rgb2nv12(rgb.data(), y, uv, m_Width, m_Height); });
-        encode("rgb2nv21", [&](auto* y, auto* vu) { color_convert_rgb2nv21(rgb.data(), y, vu, m_Width, m_Height); });
-        const Bytes y = random_bytes(m_Pixels, 6);
-        const Bytes u = random_bytes(m_Pixels, 7);
-        const Bytes v = random_bytes(m_Pixels, 8);
-        const auto decode = [&](const char* name, const std::function<void(unsigned char*)>& work) {
-            Bytes result(m_Pixels * 3);
-            work(result.data());
-            add(name, result);
-        };
-        decode("yuv422p2rgb",
-               [&](auto* to) { color_convert_yuv422p2rgb(y.data(), u.data(), v.data(), to, m_Width, m_Height); });
-        decode("yv12oryu122rgb",
-               [&](auto* to) { color_convert_yv12oryu122rgb(y.data(), u.data(), v.data(), to, m_Width, m_Height); });
-        decode("nv122rgb", [&](auto* to) { color_convert_nv122rgb(y.data(), u.data(), to, m_Width, m_Height); });
-        decode("nv212rgb", [&](auto* to) { color_convert_nv212rgb(y.data(), u.data(), to, m_Width, m_Height); });
+        const Bytes planes(m_Pixels * 4);
+        const size_t n = m_Pixels;
+        add("rgb2yuv422p", planes,
+            [&](auto* y) { color_convert_rgb2yuv422p(rgb.data(), y, y + n, y + 2 * n, m_Width, m_Height); });
+        add("rgb2yv12oryu12", planes,
+            [&](auto* y) { color_convert_rgb2yv12oryu12(rgb.data(), y, y + n, y + 2 * n, m_Width, m_Height); });
+        add("rgb2nv12", planes, [&](auto* y) { color_convert_rgb2nv12(rgb.data(), y, y + n, m_Width, m_Height); });
+        add("rgb2nv21", planes, [&](auto* y) { color_convert_rgb2nv21(rgb.data(), y, y + n, m_Width, m_Height); });
+        const Bytes y = random_bytes(n, 6);
+        const Bytes u = random_bytes(n, 7);
+        const Bytes v = random_bytes(n, 8);
+        const Bytes black(n * 3);
+        add("yuv422p2rgb", black,
+            [&](auto* to) { color_convert_yuv422p2rgb(y.data(), u.data(), v.data(), to, m_Width, m_Height); });
+        add("yv12oryu122rgb", black,
+            [&](auto* to) { color_convert_yv12oryu122rgb(y.data(), u.data(), v.data(), to, m_Width, m_Height); });
+        add("nv122rgb", black, [&](auto* to) { color_convert_nv122rgb(y.data(), u.data(), to, m_Width, m_Height); });
+        add("nv212rgb", black, [&](auto* to) { color_convert_nv212rgb(y.data(), u.data(), to, m_Width, m_Height); });
     }
 
     void captures() {
         const Bytes frame = random_bytes(m_Pixels * 2, 9);
         for (const auto& [name, convert] :
              {std::pair("nv12_to_yv12", &convert_nv12_to_yv12), std::pair("nv21_to_yv12", &convert_nv21_to_yv12)}) {
-            Bytes planar(m_Pixels * 2);
-            convert(frame.data(), planar.data(), m_Width, m_Height);
-            add(name, planar);
+            add(name, Bytes(m_Pixels * 2),
+                [&, convert = convert](auto* to) { convert(frame.data(), to, m_Width, m_Height); });
         }
         std::vector<int> sums(frame.size());
         Bytes merged(frame.size());
@@ -163,9 +149,8 @@ class Kernels {
         add("merge_max, merged_low_bytes", merged);
         add("luma sums", bytes_of(std::vector<uint32_t>{korvane::luma_sum(frame.data(), m_Pixels),
                                                         korvane::luma_sum_yuyv(frame.data(), m_Pixels)}));
-        Bytes stamped = frame;
-        make_photo_timestamp_watermark_to_yuyv(stamped.data(), m_Width, m_Height, "2026-01-02 03:04", 0);
-        add("timestamp", stamped);
+        add("timestamp", frame,
+            [&](auto* to) { make_photo_timestamp_watermark_to_yuyv(to, m_Width, m_Height, "2026-01-02 03:04", 0); });
     }
 
     void analyses() {

@@ -11,7 +11,7 @@
 // 64-bit FNV-1a.
 uint64_t digest(const std::vector<unsigned char>& bytes);
 
-// By the kernel's name, its variant and the size.
+// By the kernel's name and variant.
 using Digests = std::map<std::string, uint64_t>;
 Digests kernel_digests(int width, int height);
 

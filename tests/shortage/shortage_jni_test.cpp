@@ -51,8 +51,8 @@ Answer attempt(const NativeCase& nativeCase) {
 TEST_F(ShortageJni, EachAllocationFails) {
     for (const NativeCase& nativeCase : native_cases()) {
         const GlSurface surface(16, 12);
-        fail_each_allocation({nativeCase.methods, [&](Shortage&) { return attempt(nativeCase); }, nativeCase.mayBeDone,
-                              nativeCase.needsNone});
+        fail_each_allocation({nativeCase.methods, [&](Shortage&) { return attempt(nativeCase); },
+                              nativeCase.memory == kMayDoWithout, nativeCase.memory == kNeedsNone});
     }
 }
 

@@ -23,6 +23,7 @@ class JvmTest : public testing::Test {
     void SetUp() override;
     void TearDown() override;
 
+  public:
     // Arguments as in JNI's variadic calls. All fail the test and give null or 0 on a missing name or an exception.
     template <typename... Arguments>
     jobject new_object(const char* className, const char* signature, Arguments... arguments) {

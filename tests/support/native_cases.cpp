@@ -98,21 +98,26 @@ void end_sweep(jlong handle) {
     delete reinterpret_cast<PanoramaInterface*>(handle);
 }
 
-// On a filter for the current surface, or on one that is off screen; and the same of the Java layer.
+// A filter for the current surface, or one that is off screen; and the same of the Java layer.
+template <auto kOpen, auto... kMore>
+jlong open(const char* filter) {
+    return arrange(kOpen, java().string(filter), kMore...);
+}
+template <auto kClose>
+void close(jlong handle) {
+    arrange(kClose, handle);
+}
 constexpr Opened on_surface(const char* filter) {
-    return {filter, [](const char* name) { return arrange(FILTERS(nativeOnSurfaceCreated), java().string(name), 1); },
-            destroy};
+    return {filter, open<FILTERS(nativeOnSurfaceCreated), 1>, destroy};
 }
 constexpr Opened off_screen(const char* filter) {
-    return {filter, [](const char* name) { return arrange(FILTERS(nativeCreate), java().string(name)); }, destroy};
+    return {filter, open<FILTERS(nativeCreate)>, destroy};
 }
 constexpr Opened effects_on_surface(const char* filter) {
-    return {filter, [](const char* name) { return arrange(EFFECTS(surfaceFilterOpen), java().string(name)); },
-            [](jlong handle) { arrange(EFFECTS(surfaceFilterClose), handle); }};
+    return {filter, open<EFFECTS(surfaceFilterOpen)>, close<EFFECTS(surfaceFilterClose)>};
 }
 constexpr Opened effects_off_screen(const char* filter) {
-    return {filter, [](const char* name) { return arrange(EFFECTS(filterOpen), java().string(name)); },
-            [](jlong handle) { arrange(EFFECTS(filterClose), handle); }};
+    return {filter, open<EFFECTS(filterOpen)>, close<EFFECTS(filterClose)>};
 }
 
 Answer burst_of(jobject thiz, const Things& t) {
@@ -122,19 +127,39 @@ Answer burst_of(jobject thiz, const Things& t) {
     return answer(!t.env->ExceptionCheck(), false);
 }
 
+template <auto kSet>
+Answer set_one(const Things& t) {
+    call(kSet, t.handle, t.strength, t.one);
+    return effects_answer(true);
+}
+
+template <auto kSetBitmap>
+Answer set_table(const Things& t) {
+    call(kSetBitmap, t.handle, t.table, t.bitmap, kWidth, kHeight);
+    return effects_answer(is_unlocked(t.bitmap));
+}
+
+template <auto kOpen, auto kClose>
+Answer open_and_close(const Things& t) {
+    const jlong handle = call(kOpen, t.xray);
+    call(kClose, handle);
+    return effects_answer(handle != 0);
+}
+
+constexpr Opened kNothing;
+
 // What waits for threads of its own, and what makes a whole context.
 constexpr size_t kThreads = 20;
 constexpr size_t kDear = 200;
 
 const NativeCase kCases[] = {
-    {"BlurRender.nativeProcess",
+    {"BlurRender.nativeProcess", kNeedsNone, kNothing, 1,
      [](const Things& t) {
          call(BLUR(nativeProcess), t.bitmap, kWidth, kHeight, 5, 0, 100);
          return picture_answer(t.bitmap);
-     },
-     false, true},
+     }},
     // As an application ends an off-screen filter: with it goes its context.
-    {"FiltersRender.nativeCreate",
+    {"FiltersRender.nativeCreate", kMayDoWithout, kNothing, kDear,
      [](const Things& t) {
          const jlong handle = call(FILTERS(nativeCreate), t.tableFilter);
          if (handle != 0) {
@@ -142,56 +167,47 @@ const NativeCase kCases[] = {
          }
          destroy(handle);
          return answer(handle != 0 && is_unlocked(t.bitmap), handle == 0);
-     },
-     true,
-     false,
-     {},
-     kDear},
-    {"FiltersRender.nativeOnSurfaceCreated FiltersRender.nativeOnSurfaceDestroyed",
+     }},
+    {"FiltersRender.nativeOnSurfaceCreated FiltersRender.nativeOnSurfaceDestroyed", kMayDoWithout, kNothing, 1,
      [](const Things& t) {
          const jlong handle = call(FILTERS(nativeOnSurfaceCreated), t.xray, 1);
          call(FILTERS(nativeOnSurfaceDestroyed), handle);
          return answer(handle != 0, handle == 0);
-     },
-     true},
-    {"FiltersRender.nativeSetTexture FiltersRender.nativeOnDrawFrame",
+     }},
+    {"FiltersRender.nativeSetTexture FiltersRender.nativeOnDrawFrame", kMayDoWithout, on_surface("ImageFilterXray"), 1,
      [](const Things& t) {
          const GLuint texture = new_texture(kWidth, kHeight, picture().data());
          call(FILTERS(nativeSetTexture), t.handle, static_cast<jint>(texture), kWidth, kHeight, kWidth, kHeight);
          call(FILTERS(nativeOnDrawFrame), t.handle);
          glDeleteTextures(1, &texture);
          return Answer::kDone;
-     },
-     true, false, on_surface("ImageFilterXray")},
-    {"FiltersRender.nativeSetBitmap",
+     }},
+    {"FiltersRender.nativeSetBitmap", kMayDoWithout, on_surface("ImageFilterXray"), 1,
      [](const Things& t) {
          call(FILTERS(nativeSetBitmap), t.handle, t.bitmap, kWidth, kHeight);
          return answer(is_unlocked(t.bitmap), false);
-     },
-     true, false, on_surface("ImageFilterXray")},
-    {"FiltersRender.nativeSetParametersBitmap",
+     }},
+    {"FiltersRender.nativeSetParametersBitmap", kMayDoWithout, on_surface("ImageFilterTable"), 1,
      [](const Things& t) {
          call(FILTERS(nativeSetParametersBitmap), t.handle, t.table, t.bitmap);
          return answer(is_unlocked(t.bitmap), false);
-     },
-     true, false, on_surface("ImageFilterTable")},
-    {"FiltersRender.nativeProcess",
+     }},
+    {"FiltersRender.nativeProcess", kNeedsMemory, off_screen("ImageFilterXray"), 1,
      [](const Things& t) {
          call(FILTERS(nativeProcess), t.handle, t.bitmap);
          return picture_answer(t.bitmap);
-     },
-     false, false, off_screen("ImageFilterXray")},
-    {"FiltersRender.nativeGetParameterType",
+     }},
+    {"FiltersRender.nativeGetParameterType", kMayDoWithout, on_surface("ImageFilterDistorted"), 1,
      [](const Things& t) {
          const jint type = call(FILTERS(nativeGetParameterType), t.handle, t.strength);
          return answer(type == PARAMETER_TYPE_FLOAT, type == -1);
-     },
-     true, false, on_surface("ImageFilterDistorted")},
+     }},
     {"FiltersRender.nativeSetParametersBoolean FiltersRender.nativeSetParametersInteger "
      "FiltersRender.nativeSetParametersFloat FiltersRender.nativeSetParametersDouble "
      "FiltersRender.nativeSetParametersLong FiltersRender.nativeSetParametersBooleanArray "
      "FiltersRender.nativeSetParametersIntegerArray FiltersRender.nativeSetParametersFloatArray "
      "FiltersRender.nativeSetParametersDoubleArray",
+     kMayDoWithout, on_surface("ImageFilterDistorted"), 1,
      [](const Things& t) {
          call(FILTERS(nativeSetParametersBoolean), t.handle, t.strength, jboolean{1});
          call(FILTERS(nativeSetParametersInteger), t.handle, t.strength, 1);
@@ -203,30 +219,15 @@ const NativeCase kCases[] = {
          call(FILTERS(nativeSetParametersFloatArray), t.handle, t.vertices, t.floats);
          call(FILTERS(nativeSetParametersDoubleArray), t.handle, t.vertices, t.doubles);
          return Answer::kDone;
-     },
-     true, false, on_surface("ImageFilterDistorted")},
-    {"PanoramaModule.nativeCreate",
+     }},
+    {"PanoramaModule.nativeCreate", kMayDoWithout, kNothing, kThreads,
      [](const Things&) {
          const jlong handle = call(PANORAMA(nativeCreate), 4, 2, 1);
          end_sweep(handle);
          return answer(handle != 0, handle == 0);
-     },
-     true,
-     false,
-     {},
-     kThreads},
+     }},
     {"PanoramaModule.nativeProcess",
-     [](const Things& t) {
-         const auto process = [&t](float gyroX, float gyroY) {
-             return call_on(t.sweep, PANORAMA(nativeProcess), t.handle, t.sweepFrame, gyroX, gyroY);
-         };
-         const jint result = process(11, 17.5F);
-         const LocalFrame frame(16);
-         const jint offset = java().int_field(t.sweep, "mOffsetX");
-         return answer(result == 0 && offset == 70, result == 1 && offset == 0);
-     },
-     true,
-     false,
+     kMayDoWithout,
      {nullptr,
       [](const char* filter) {
           const jlong handle = open_sweep(filter);
@@ -235,8 +236,18 @@ const NativeCase kCases[] = {
           (java().env, java().new_object("com/tervo/media/effects/pano/PanoramaModule", "()V"), handle, frame, 10, 20);
           return handle;
       },
-      end_sweep}},
-    {"PanoramaModule.nativeDestroy",
+      end_sweep},
+     1,
+     [](const Things& t) {
+         const auto process = [&t](float gyroX, float gyroY) {
+             return call_on(t.sweep, PANORAMA(nativeProcess), t.handle, t.sweepFrame, gyroX, gyroY);
+         };
+         const jint result = process(11, 17.5F);
+         const LocalFrame frame(16);
+         const jint offset = java().int_field(t.sweep, "mOffsetX");
+         return answer(result == 0 && offset == 70, result == 1 && offset == 0);
+     }},
+    {"PanoramaModule.nativeDestroy", kMayDoWithout, kNothing, kThreads,
      [](const Things&) {
          const jlong handle = open_sweep(nullptr);
          PanoramaInterface* panorama = reinterpret_cast<PanoramaInterface*>(handle);
@@ -250,68 +261,47 @@ const NativeCase kCases[] = {
          PanoramaModulePeer::closeWithAFrameQueued(PanoramaModulePeer::moduleOf(*panorama), push,
                                                    [handle] { call(PANORAMA(nativeDestroy), handle); });
          return Answer::kDone;
-     },
-     true,
-     false,
-     {},
-     kThreads},
-    {"SuperCaptureMode.nativeCreate",
+     }},
+    {"SuperCaptureMode.nativeCreate", kMayDoWithout, kNothing, 1,
      [](const Things&) {
          const jlong handle = call(MODE(nativeCreate), 4, 2, 1);
          arrange(MODE(nativeDestroy), handle);
          return answer(handle != 0, handle == 0);
-     },
-     true},
-    {"SuperCaptureMode.nativeProcess SuperCaptureMode.nativeDestroy",
-     [](const Things& t) { return burst_of(t.mode, t); }, false, true},
+     }},
+    {"SuperCaptureMode.nativeProcess SuperCaptureMode.nativeDestroy", kNeedsNone, kNothing, 1,
+     [](const Things& t) { return burst_of(t.mode, t); }},
     // Without the callback, which makes a line for the log.
-    {"SuperCaptureMode.nativeProcess", [](const Things& t) { return burst_of(t.stamp, t); }, true},
-    {"Natives.blur",
+    {"SuperCaptureMode.nativeProcess", kMayDoWithout, kNothing, 1,
+     [](const Things& t) { return burst_of(t.stamp, t); }},
+    {"Natives.blur", kNeedsNone, kNothing, 1,
      [](const Things& t) {
          call(EFFECTS(blur), t.bitmap, kWidth, kHeight, 5, 0, 100);
          return effects_answer(picture_answer(t.bitmap) == Answer::kDone);
-     },
-     false, true},
-    {"Natives.palette",
+     }},
+    {"Natives.palette", kNeedsMemory, kNothing, 10,
      [](const Things& t) {
          const jintArray colors = call(EFFECTS(palette), t.bitmap, kWidth, kHeight, 4);
          const Answer result = effects_answer(colors != nullptr && is_unlocked(t.bitmap));
          t.env->DeleteLocalRef(colors);
          return result;
-     },
-     false,
-     false,
-     {},
-     10},
-    {"Natives.stamp",
-     [](const Things& t) { return effects_answer(call(EFFECTS(stamp), t.stampFrame, 640, 480, t.stamp)); },
-     false,
-     false,
-     {},
-     10},
-    {"Natives.panoramaOpen Natives.panoramaClose",
+     }},
+    {"Natives.stamp", kNeedsMemory, kNothing, 10,
+     [](const Things& t) { return effects_answer(call(EFFECTS(stamp), t.stampFrame, 640, 480, t.stamp)); }},
+    {"Natives.panoramaOpen Natives.panoramaClose", kMayDoWithout, kNothing, kThreads,
      [](const Things&) {
          const jlong handle = call(EFFECTS(panoramaOpen), 4, 2, 1);
          call(EFFECTS(panoramaClose), handle);
          return effects_answer(handle != 0);
-     },
-     true,
-     false,
-     {},
-     kThreads},
-    {"Natives.panoramaFeed",
+     }},
+    {"Natives.panoramaFeed", kMayDoWithout, kNothing, kThreads,
      [](const Things& t) {
          const jlong handle = arrange(EFFECTS(panoramaOpen), 4, 2, 1);
          arrange(EFFECTS(panoramaFeed), handle, t.sweepFrame, 10.0F, 20.0F, t.integers);
          const jint code = call(EFFECTS(panoramaFeed), handle, t.sweepFrame, 10.0F, 20.0F, t.integers);
          arrange(EFFECTS(panoramaClose), handle);
          return code == PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY ? Answer::kShort : effects_answer(code == 0);
-     },
-     true,
-     false,
-     {},
-     kThreads},
-    {"Natives.burstOpen Natives.burstPush Natives.burstMerge Natives.burstClose",
+     }},
+    {"Natives.burstOpen Natives.burstPush Natives.burstMerge Natives.burstClose", kMayDoWithout, kNothing, kThreads,
      [](const Things& t) {
          const jlong handle = call(EFFECTS(burstOpen), 4, 2);
          const Answer opened = effects_answer(handle != 0);
@@ -324,12 +314,8 @@ const NativeCase kCases[] = {
          const bool isMerged = call(EFFECTS(burstMerge), handle, count, t.burstFrame);
          call(EFFECTS(burstClose), handle);
          return pushed == Answer::kDone ? answer(isMerged, !isMerged) : pushed;
-     },
-     true,
-     false,
-     {},
-     kThreads},
-    {"Natives.setProgramCacheDirectory",
+     }},
+    {"Natives.setProgramCacheDirectory", kNeedsMemory, kNothing, 1,
      [](const Things& t) {
          const jstring directory = java().string((testing::TempDir() + "./././././././").c_str());
          const jstring error = call(EFFECTS(setProgramCacheDirectory), directory);
@@ -337,78 +323,42 @@ const NativeCase kCases[] = {
          t.env->DeleteLocalRef(directory);
          return answer(error == nullptr, error != nullptr);
      }},
-    {"Natives.filterTable",
+    {"Natives.filterTable", kNeedsMemory, kNothing, 1,
      [](const Things& t) {
          const jobject filters = call(EFFECTS(filterTable));
          t.env->DeleteLocalRef(filters);
          return effects_answer(filters != nullptr);
      }},
-    {"Natives.filterOpen Natives.filterClose",
-     [](const Things& t) {
-         const jlong handle = call(EFFECTS(filterOpen), t.xray);
-         call(EFFECTS(filterClose), handle);
-         return effects_answer(handle != 0);
-     },
-     true,
-     false,
-     {},
-     kDear},
-    {"Natives.filterApply",
+    {"Natives.filterOpen Natives.filterClose", kMayDoWithout, kNothing, kDear,
+     open_and_close<EFFECTS(filterOpen), EFFECTS(filterClose)>},
+    {"Natives.filterApply", kMayDoWithout, effects_off_screen("ImageFilterXray"), 1,
      [](const Things& t) {
          call(EFFECTS(filterApply), t.handle, t.bitmap, kWidth, kHeight);
          const Answer result = picture_answer(t.bitmap);
          return result == Answer::kDone ? effects_answer(true) : result;
-     },
-     true, false, effects_off_screen("ImageFilterXray")},
-    {"Natives.filterSet",
-     [](const Things& t) {
-         call(EFFECTS(filterSet), t.handle, t.strength, t.one);
-         return effects_answer(true);
-     },
-     true, false, effects_off_screen("ImageFilterDistorted")},
-    {"Natives.filterSetBitmap",
-     [](const Things& t) {
-         call(EFFECTS(filterSetBitmap), t.handle, t.table, t.bitmap, kWidth, kHeight);
-         return effects_answer(is_unlocked(t.bitmap));
-     },
-     true, false, effects_off_screen("ImageFilterTable")},
-    {"Natives.surfaceFilterOpen Natives.surfaceFilterClose",
-     [](const Things& t) {
-         const jlong handle = call(EFFECTS(surfaceFilterOpen), t.xray);
-         call(EFFECTS(surfaceFilterClose), handle);
-         return effects_answer(handle != 0);
-     },
-     true,
-     false,
-     {},
-     20},
-    {"Natives.surfaceFilterDraw",
+     }},
+    {"Natives.filterSet", kMayDoWithout, effects_off_screen("ImageFilterDistorted"), 1, set_one<EFFECTS(filterSet)>},
+    {"Natives.filterSetBitmap", kMayDoWithout, effects_off_screen("ImageFilterTable"), 1,
+     set_table<EFFECTS(filterSetBitmap)>},
+    {"Natives.surfaceFilterOpen Natives.surfaceFilterClose", kMayDoWithout, kNothing, 20,
+     open_and_close<EFFECTS(surfaceFilterOpen), EFFECTS(surfaceFilterClose)>},
+    {"Natives.surfaceFilterDraw", kMayDoWithout, effects_on_surface("ImageFilterDistorted"), 1,
      [](const Things& t) {
          const jint camera = arrange(EFFECTS(createCameraTexture));
          call(EFFECTS(surfaceFilterDraw), t.handle, camera, kWidth, kHeight, kWidth, kHeight);
          arrange(EFFECTS(deleteCameraTexture), camera);
          return effects_answer(true);
-     },
-     true, false, effects_on_surface("ImageFilterDistorted")},
-    {"Natives.surfaceFilterSet",
-     [](const Things& t) {
-         call(EFFECTS(surfaceFilterSet), t.handle, t.strength, t.one);
-         return effects_answer(true);
-     },
-     true, false, effects_on_surface("ImageFilterDistorted")},
-    {"Natives.surfaceFilterSetBitmap",
-     [](const Things& t) {
-         call(EFFECTS(surfaceFilterSetBitmap), t.handle, t.table, t.bitmap, kWidth, kHeight);
-         return effects_answer(is_unlocked(t.bitmap));
-     },
-     true, false, effects_on_surface("ImageFilterTable")},
-    {"Natives.createCameraTexture Natives.deleteCameraTexture",
+     }},
+    {"Natives.surfaceFilterSet", kMayDoWithout, effects_on_surface("ImageFilterDistorted"), 1,
+     set_one<EFFECTS(surfaceFilterSet)>},
+    {"Natives.surfaceFilterSetBitmap", kMayDoWithout, effects_on_surface("ImageFilterTable"), 1,
+     set_table<EFFECTS(surfaceFilterSetBitmap)>},
+    {"Natives.createCameraTexture Natives.deleteCameraTexture", kNeedsNone, kNothing, 1,
      [](const Things&) {
          const jint texture = call(EFFECTS(createCameraTexture));
          call(EFFECTS(deleteCameraTexture), texture);
          return effects_answer(texture != 0);
-     },
-     false, true},
+     }},
 };
 
 }  // namespace

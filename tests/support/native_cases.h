@@ -17,14 +17,6 @@ bool was_raised();
 
 class NativeTest : public JvmTest {
   public:
-    using JvmTest::bitmap_pixels;
-    using JvmTest::env;
-    using JvmTest::int_field;
-    using JvmTest::lock_count;
-    using JvmTest::new_bitmap;
-    using JvmTest::new_object;
-    using JvmTest::string;
-
     // The test that runs.
     static NativeTest* java;
 
@@ -84,16 +76,16 @@ class NativeThings {
     void (*const m_Close)(jlong handle);
 };
 
+enum Memory { kNeedsMemory, kMayDoWithout, kNeedsNone };
+
 struct NativeCase {
     // "Class.method" for each.
     const char* methods;
-    Answer (*run)(const NativeThings& things);
-    // As in ShortageCase.
-    bool mayBeDone = false;
-    bool needsNone = false;
-    Opened opened = {};
+    Memory memory;
+    Opened opened;
     // How many times dearer than most.
-    size_t cost = 1;
+    size_t cost;
+    Answer (*run)(const NativeThings& things);
 };
 
 // Needs a current surface.
