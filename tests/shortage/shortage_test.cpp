@@ -120,20 +120,13 @@ auto_ptr<Image> new_image(ImageFormatType format) {
     return {Image::createImage(kWidth, kHeight, 1, format, nullptr)};
 }
 
-auto_ptr<Stream> photo_stream() {
-    return {new FileStream(KORVANE_TEST_PHOTO, FileStream::FILE_MODE_ONLY_READ)};
-}
-
-class CountedTask : public IRunnable {
-  public:
+struct CountedTask : IRunnable {
     ~CountedTask() override { ++gone; }
     void run() override { ++runs; }
 
-    static std::atomic<int> runs;
-    static std::atomic<int> gone;
+    static inline std::atomic<int> runs{0};
+    static inline std::atomic<int> gone{0};
 };
-std::atomic<int> CountedTask::runs{0};
-std::atomic<int> CountedTask::gone{0};
 
 struct Burst {
     ~Burst() { super_capture_module_destroy(handle); }
@@ -180,33 +173,26 @@ const ShortageCase kToolkit[] = {
              [&] { return ColorConvert::convert(&image, IMAGE_FORMAT_TYPE_RGB * 256 + IMAGE_FORMAT_TYPE_GRAY); }));
          return image_answer(gray.get());
      }},
-    {"ImageDecoderFactory",
+    {"ImageDecoderFactory and ImageDecoder::decode",
      [](Shortage& s) {
-         auto_ptr<Stream> stream = photo_stream();
-         return s.during([&] {
-             ImageDecoderFactory factory;
-             const bool isFound = factory.createImageDecoder(stream) != nullptr;
-             return answer(isFound, !isFound);
-         });
-     }},
-    {"ImageDecoder::decode",
-     [](Shortage& s) {
-         auto_ptr<Stream> stream = photo_stream();
+         auto_ptr<Stream> stream(new FileStream(KORVANE_TEST_PHOTO, FileStream::FILE_MODE_ONLY_READ));
          auto_ptr<Image> image = new_image(IMAGE_FORMAT_TYPE_GRAY);
-         ImageDecoderFactory factory;
-         ImageDecoder* decoder = factory.createImageDecoder(stream);
-         const bool isDone = s.during([&] { return decoder->decode(stream, image); });
+         const bool isDone = s.during([&] {
+             ImageDecoderFactory factory;
+             ImageDecoder* decoder = factory.createImageDecoder(stream);
+             return decoder != nullptr && decoder->decode(stream, image);
+         });
          return answer(isDone && image->getWidth() == 512, !isDone && image->getWidth() == kWidth);
      }},
-    {"ImageEncoderFactory::createImageEncoder",
-     making([] { return ImageEncoderFactory().createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG); })},
-    {"ImageEncoder::encode",
+    {"ImageEncoderFactory and ImageEncoder::encode",
      [](Shortage& s) {
          auto_ptr<Stream> stream(new MemoryStream(100000));
          auto_ptr<Image> image = new_image(IMAGE_FORMAT_TYPE_GRAY);
-         const auto_ptr<ImageEncoder> encoder(
-             ImageEncoderFactory().createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG));
-         const bool isDone = s.during([&] { return encoder->encode(stream, image, 80); });
+         const bool isDone = s.during([&] {
+             const auto_ptr<ImageEncoder> encoder(
+                 ImageEncoderFactory().createImageEncoder(ImageEncoder::IMAGE_ENCODER_TYPE_JPEG));
+             return encoder.get() != nullptr && encoder->encode(stream, image, 80);
+         });
          return answer(isDone, !isDone);
      }},
     {"Matrix::create", making_matrix([](Matrix&) { return Matrix::create(3, 4); })},

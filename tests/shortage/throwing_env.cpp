@@ -25,31 +25,20 @@ bool raises() {
     return true;
 }
 
-// In place of one entry of the table. Its type has no variable arguments, which could not be handed on.
-template <auto kEntry>
+// In place of one entry of the table, and handed on to the real environment, which -Xcheck:jni wants to see. Its type
+// has no variable arguments, which could not be handed on.
+template <bool kMayRaise, auto kEntry>
 struct Wrapped;
-template <typename Result, typename... Arguments, Result (*Table::*kEntry)(JNIEnv*, Arguments...)>
-struct Wrapped<kEntry> {
+template <bool kMayRaise, typename Result, typename... Arguments, Result (*Table::*kEntry)(JNIEnv*, Arguments...)>
+struct Wrapped<kMayRaise, kEntry> {
     static Result call(JNIEnv* /*env*/, Arguments... arguments) {
-        return raises() ? Result() : (gState.real->functions->*kEntry)(gState.real, arguments...);
+        return kMayRaise && raises() ? Result() : (gState.real->functions->*kEntry)(gState.real, arguments...);
     }
-    static void put() { gState.table.*kEntry = call; }
 };
 
-// Handed on to the real environment, which -Xcheck:jni wants to see.
-template <auto kEntry>
-struct Forwarded;
-template <typename Result, typename... Arguments, Result (*Table::*kEntry)(JNIEnv*, Arguments...)>
-struct Forwarded<kEntry> {
-    static Result call(JNIEnv* /*env*/, Arguments... arguments) {
-        return (gState.real->functions->*kEntry)(gState.real, arguments...);
-    }
-    static void put() { gState.table.*kEntry = call; }
-};
-
-template <template <auto> class Way, auto... kEntries>
+template <bool kMayRaise, auto... kEntries>
 void put() {
-    (Way<kEntries>::put(), ...);
+    ((gState.table.*kEntries = Wrapped<kMayRaise, kEntries>::call), ...);
 }
 
 }  // namespace
@@ -59,13 +48,13 @@ ThrowingEnv::ThrowingEnv(JNIEnv* real, size_t failing) {
     gState = {};
     gState.real = real;
     gState.callsLeft = failing;
-    put<Wrapped, &Table::FindClass, &Table::GetMethodID, &Table::GetStaticMethodID, &Table::GetFieldID,
+    put<true, &Table::FindClass, &Table::GetMethodID, &Table::GetStaticMethodID, &Table::GetFieldID,
         &Table::CallVoidMethodV, &Table::CallIntMethodV, &Table::CallObjectMethodV, &Table::NewObjectV,
         &Table::NewStringUTF, &Table::GetStringUTFChars, &Table::NewIntArray, &Table::NewObjectArray,
         &Table::SetObjectArrayElement, &Table::SetIntArrayRegion, &Table::GetFloatArrayRegion,
         &Table::SetFloatArrayRegion, &Table::GetBooleanArrayElements, &Table::GetByteArrayElements,
         &Table::GetIntArrayElements, &Table::GetFloatArrayElements, &Table::GetDoubleArrayElements>();
-    put<Forwarded, &Table::GetObjectClass, &Table::GetIntField, &Table::GetObjectField, &Table::SetIntField,
+    put<false, &Table::GetObjectClass, &Table::GetIntField, &Table::GetObjectField, &Table::SetIntField,
         &Table::GetArrayLength, &Table::GetDirectBufferAddress, &Table::ExceptionCheck, &Table::ExceptionClear,
         &Table::ExceptionDescribe, &Table::ExceptionOccurred, &Table::ThrowNew, &Table::DeleteLocalRef,
         &Table::PushLocalFrame, &Table::PopLocalFrame, &Table::ReleaseStringUTFChars,

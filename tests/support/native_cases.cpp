@@ -139,11 +139,26 @@ Answer set_table(const Things& t) {
     return effects_answer(is_unlocked(t.bitmap));
 }
 
-template <auto kOpen, auto kClose>
+// What opens while memory is short has to bear use.
+template <auto kOpen, auto kUse, auto kClose>
 Answer open_and_close(const Things& t) {
     const jlong handle = call(kOpen, t.xray);
+    const Answer opened = effects_answer(handle != 0);
+    if (opened != Answer::kDone) {
+        return handle == 0 ? opened : Answer::kWrong;
+    }
+    kUse(t, handle);
+    const Answer used = effects_answer(true);
     call(kClose, handle);
-    return effects_answer(handle != 0);
+    return used;
+}
+
+void use_off_screen(const Things& t, jlong handle) {
+    call(EFFECTS(filterApply), handle, t.bitmap, kWidth, kHeight);
+}
+
+void use_on_surface(const Things& /*things*/, jlong handle) {
+    call(EFFECTS(surfaceFilterDraw), handle, 0, kWidth, kHeight, kWidth, kHeight);
 }
 
 constexpr Opened kNothing;
@@ -330,7 +345,7 @@ const NativeCase kCases[] = {
          return effects_answer(filters != nullptr);
      }},
     {"Natives.filterOpen Natives.filterClose", kMayDoWithout, kNothing, kDear,
-     open_and_close<EFFECTS(filterOpen), EFFECTS(filterClose)>},
+     open_and_close<EFFECTS(filterOpen), use_off_screen, EFFECTS(filterClose)>},
     {"Natives.filterApply", kMayDoWithout, effects_off_screen("ImageFilterXray"), 1,
      [](const Things& t) {
          call(EFFECTS(filterApply), t.handle, t.bitmap, kWidth, kHeight);
@@ -341,7 +356,7 @@ const NativeCase kCases[] = {
     {"Natives.filterSetBitmap", kMayDoWithout, effects_off_screen("ImageFilterTable"), 1,
      set_table<EFFECTS(filterSetBitmap)>},
     {"Natives.surfaceFilterOpen Natives.surfaceFilterClose", kMayDoWithout, kNothing, 20,
-     open_and_close<EFFECTS(surfaceFilterOpen), EFFECTS(surfaceFilterClose)>},
+     open_and_close<EFFECTS(surfaceFilterOpen), use_on_surface, EFFECTS(surfaceFilterClose)>},
     {"Natives.surfaceFilterDraw", kMayDoWithout, effects_on_surface("ImageFilterDistorted"), 1,
      [](const Things& t) {
          const jint camera = arrange(EFFECTS(createCameraTexture));

@@ -31,11 +31,9 @@ class NativeTest : public JvmTest {
 struct LocalFrame {
     explicit LocalFrame(jint capacity) { NativeTest::java->env->PushLocalFrame(capacity); }
     ~LocalFrame() { NativeTest::java->env->PopLocalFrame(nullptr); }
-    LocalFrame(const LocalFrame&) = delete;
-    LocalFrame& operator=(const LocalFrame&) = delete;
 };
 
-// What a case works on.
+// What a case works on, besides the things that all get.
 struct Opened {
     const char* filter = nullptr;
     jlong (*open)(const char* filter) = nullptr;
@@ -79,7 +77,7 @@ class NativeThings {
 enum Memory { kNeedsMemory, kMayDoWithout, kNeedsNone };
 
 struct NativeCase {
-    // "Class.method" for each.
+    // "Class.method" for each, with blanks between.
     const char* methods;
     Memory memory;
     Opened opened;
