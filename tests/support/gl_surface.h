@@ -56,19 +56,27 @@ inline GLuint new_texture(int width, int height, const unsigned char* rgba) {
     return texture;
 }
 
+// Puts the storage of a 2D texture of the current context behind an external one.
+inline EGLImageKHR show_through(GLuint external, GLuint texture) {
+    const auto create = reinterpret_cast<PFNEGLCREATEIMAGEKHRPROC>(eglGetProcAddress("eglCreateImageKHR"));
+    const auto target =
+        reinterpret_cast<PFNGLEGLIMAGETARGETTEXTURE2DOESPROC>(eglGetProcAddress("glEGLImageTargetTexture2DOES"));
+    const EGLImageKHR image = create(eglGetCurrentDisplay(), eglGetCurrentContext(), EGL_GL_TEXTURE_2D_KHR,
+                                     reinterpret_cast<EGLClientBuffer>(uintptr_t{texture}), nullptr);
+    EXPECT_NE(image, EGL_NO_IMAGE_KHR);
+    glBindTexture(GL_TEXTURE_EXTERNAL_OES, external);
+    target(GL_TEXTURE_EXTERNAL_OES, image);
+    glBindTexture(GL_TEXTURE_EXTERNAL_OES, 0);
+    return image;
+}
+
 // An external texture over the storage of a 2D one of the current context, as a camera's frames are.
 class ExternalTexture {
   public:
     explicit ExternalTexture(GLuint texture) {
-        const auto create = reinterpret_cast<PFNEGLCREATEIMAGEKHRPROC>(eglGetProcAddress("eglCreateImageKHR"));
-        const auto target =
-            reinterpret_cast<PFNGLEGLIMAGETARGETTEXTURE2DOESPROC>(eglGetProcAddress("glEGLImageTargetTexture2DOES"));
-        m_Image = create(eglGetCurrentDisplay(), eglGetCurrentContext(), EGL_GL_TEXTURE_2D_KHR,
-                         reinterpret_cast<EGLClientBuffer>(uintptr_t{texture}), nullptr);
-        EXPECT_NE(m_Image, EGL_NO_IMAGE_KHR);
         glGenTextures(1, &m_Texture);
+        m_Image = show_through(m_Texture, texture);
         glBindTexture(GL_TEXTURE_EXTERNAL_OES, m_Texture);
-        target(GL_TEXTURE_EXTERNAL_OES, m_Image);
         glTexParameteri(GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
         glTexParameteri(GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
         glBindTexture(GL_TEXTURE_EXTERNAL_OES, 0);

@@ -39,13 +39,8 @@ accepts corners scene.jpg -o plain.jpg --threshold 255
 accepts corners scene.jpg -o marked.jpg --threshold 10 --min-dist 4
 holds test "$(reds marked.jpg)" -gt "$(reds plain.jpg)"
 
-
-accepts palette scene.jpg -n 5
-holds test "$(grep -cxE '#[0-9A-F]{6}' out.log)" = 5
-holds test "$(wc -l <out.log)" = 5
-cp out.log five.txt
 accepts palette scene.jpg -n 5 -o five.jpg
-holds cmp -s five.txt out.log
+holds cmp -s colors.txt out.log
 holds test "$(identify -format '%wx%h' five.jpg)" = 320x212
 # A PNG file has exactly the palette that the command prints.
 for count in 1 5 16 256; do

@@ -32,16 +32,7 @@ std::vector<unsigned char> bytes_of(JNIEnv* env, jbyteArray array) {
 
 // The image and the picture go with the context.
 void show(JNIEnv* env, jclass /*type*/, jint texture, jint width, jint height, jbyteArray rgba) {
-    const GLuint picture = new_texture(width, height, bytes_of(env, rgba).data());
-    const auto create = reinterpret_cast<PFNEGLCREATEIMAGEKHRPROC>(eglGetProcAddress("eglCreateImageKHR"));
-    const auto target =
-        reinterpret_cast<PFNGLEGLIMAGETARGETTEXTURE2DOESPROC>(eglGetProcAddress("glEGLImageTargetTexture2DOES"));
-    const EGLImageKHR image = create(eglGetCurrentDisplay(), eglGetCurrentContext(), EGL_GL_TEXTURE_2D_KHR,
-                                     reinterpret_cast<EGLClientBuffer>(uintptr_t{picture}), nullptr);
-    EXPECT_NE(image, EGL_NO_IMAGE_KHR);
-    glBindTexture(GL_TEXTURE_EXTERNAL_OES, static_cast<GLuint>(texture));
-    target(GL_TEXTURE_EXTERNAL_OES, image);
-    glBindTexture(GL_TEXTURE_EXTERNAL_OES, 0);
+    show_through(static_cast<GLuint>(texture), new_texture(width, height, bytes_of(env, rgba).data()));
 }
 
 jbyteArray surface_pixels(JNIEnv* env, jclass /*type*/, jint width, jint height) {

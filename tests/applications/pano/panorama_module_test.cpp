@@ -150,22 +150,4 @@ TEST(PanoramaModule, WorkerKeepsTheLatestFrameAsYv12) {
     }
 }
 
-TEST(PanoramaModule, GoesAtEveryStageAndTakesLongSweeps) {
-    Frame frame(kBytes, 1);
-    for (const int pushes : {0, 1, 2, 200}) {
-        for (int i = 0; i < 10; ++i) {
-            PanoramaModule module;
-            int x = 0;
-            int y = 0;
-            module.startup(kWidth, kHeight, 1, nullptr);
-            for (int n = 0; n < pushes; ++n) {
-                ASSERT_EQ(module.pushFrame(frame.data(), 10, 20, x, y), n == 0 ? 3 : 0);
-            }
-            if (i % 2 == 0) {
-                module.startup(kWidth, kHeight, 2, nullptr);
-            }
-        }
-    }
-}
-
 }  // namespace

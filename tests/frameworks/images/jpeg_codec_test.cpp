@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <random>
 #include <string>
 
 #include "frameworks/images/image_decoder_factory.h"
@@ -180,7 +179,7 @@ Bytes variant_file(const Variant& variant) {
                             kHeight, variant.settings);
 }
 
-TEST(JpegDecoder, ReadsEveryKindOfFileAsLibjpegDoesAndNoStartOfOne) {
+TEST(JpegDecoder, ReadsEveryKindOfFileAsLibjpegDoes) {
     for (const Variant& variant : kVariants) {
         const Bytes file = variant_file(variant);
         auto_ptr<Image> image = witness();
@@ -190,39 +189,6 @@ TEST(JpegDecoder, ReadsEveryKindOfFileAsLibjpegDoesAndNoStartOfOne) {
         EXPECT_EQ(image->getFormatType(), variant.format) << variant.name;
         EXPECT_EQ(pixels_of(image.get()), variant.format == IMAGE_FORMAT_TYPE_NONE ? Bytes() : reference_decode(file))
             << variant.name;
-        for (size_t part = 0; part < 20; ++part) {
-            const Bytes start(file.begin(), file.begin() + static_cast<ptrdiff_t>(file.size() * part / 20));
-            image = witness();
-            EXPECT_FALSE(decode(start, image)) << variant.name << " " << part;
-            EXPECT_TRUE(is_witness(image.get())) << variant.name << " " << part;
-        }
-    }
-}
-
-TEST(JpegDecoder, FlippedBitsGiveAPictureOrLeaveTheImage) {
-    std::mt19937 random(20);
-    for (const Variant& variant : kVariants) {
-        const Bytes file = variant_file(variant);
-        int decoded = 0;
-        int refused = 0;
-        for (int round = 0; round < 400; ++round) {
-            Bytes damaged = file;
-            for (auto flips = 1 + random() % 6; flips > 0; --flips) {
-                // Every other round aims at the headers, where a bit does the most harm.
-                const size_t reach = round % 2 == 0 ? damaged.size() : std::min<size_t>(damaged.size(), 700);
-                damaged[random() % reach] ^= static_cast<unsigned char>(1u << random() % 8);
-            }
-            auto_ptr<Image> image = witness();
-            if (decode(damaged, image)) {
-                ++decoded;
-                EXPECT_EQ(image->getFormatType() == IMAGE_FORMAT_TYPE_NONE, image->getPlanes()[0] == nullptr);
-            } else {
-                ++refused;
-                EXPECT_TRUE(is_witness(image.get())) << variant.name << " " << round;
-            }
-        }
-        EXPECT_GT(decoded, 0) << variant.name;
-        EXPECT_GT(refused, 0) << variant.name;
     }
 }
 
@@ -315,20 +281,6 @@ TEST(JpegDecoder, FailsOnStreamsThatDoNotRewindOrMiscount) {
     }
     EXPECT_THAT(log.lines(), ElementsAre("jpeg_utils_error_exit,msgcode[0]  msg: Bogus message code 0\n",
                                          StartsWith("jpeg_utils_error_exit,msgcode[")));
-}
-
-TEST(JpegEncoder, RefusesOtherFormatsWithoutTouchingTheStream) {
-    auto_ptr<ImageEncoder> encoder(new JpegEncoder);
-    for (int format = IMAGE_FORMAT_TYPE_NONE; format <= IMAGE_FORMAT_TYPE_MAX; ++format) {
-        const auto type = static_cast<ImageFormatType>(format);
-        auto* file = new TestStream;
-        auto_ptr<Stream> stream(file);
-        auto_ptr<Image> image(new Image(8, 8, 1, type, nullptr));
-        const bool known = type == IMAGE_FORMAT_TYPE_GRAY || type == IMAGE_FORMAT_TYPE_RGB ||
-                           type == IMAGE_FORMAT_TYPE_RGBA || type == IMAGE_FORMAT_TYPE_YUV;
-        EXPECT_EQ(encoder->encode(stream, image, 90), known) << format;
-        EXPECT_EQ(file->bytes().empty(), !known) << format;
-    }
 }
 
 TEST(JpegEncoder, ReportsWhatCannotBeWritten) {

@@ -54,40 +54,7 @@ TEST(MemoryStream, WithoutABlockRefusesEverything) {
     }
 }
 
-TEST(MemoryStream, SeeksFromThePositionAndAnswersTheUncutDistance) {
-    constexpr int64_t kMin = std::numeric_limits<int64_t>::min();
-    constexpr int64_t kMax = std::numeric_limits<int64_t>::max();
-    const struct {
-        int64_t offset;
-        int origin;
-        int64_t answer;
-        int64_t position;
-    } steps[] = {
-        {10, SEEK_ORIGIN_BEGIN, 10, 10},
-        {3, SEEK_ORIGIN_CURRENT, 3, 13},
-        {-4, SEEK_ORIGIN_END, -4, 9},
-        {100, SEEK_ORIGIN_END, 100, 16},
-        {-100, SEEK_ORIGIN_CURRENT, -100, 0},
-        {4, SEEK_ORIGIN_END, 4, 4},
-        {10, SEEK_ORIGIN_BEGIN, 6, 10},
-        {-1, SEEK_ORIGIN_BEGIN, -11, 0},
-        {kMax, SEEK_ORIGIN_BEGIN, kMax, 16},
-        {kMax, SEEK_ORIGIN_CURRENT, kMax - 16, 16},
-        {5, 77, 0, 16},
-        {kMin, SEEK_ORIGIN_BEGIN, kMin, 0},
-        {kMin, SEEK_ORIGIN_END, kMin, 0},
-        {5, -1, 0, 0},
-    };
-    MemoryStream stream(16);
-    for (const auto& step : steps) {
-        SCOPED_TRACE(testing::Message() << "offset " << step.offset << " origin " << step.origin);
-        EXPECT_EQ(stream.seek(step.offset, static_cast<SeekOrign>(step.origin)), step.answer);
-        // A seek to the beginning tells where the stream was.
-        EXPECT_EQ(stream.seek(0, SEEK_ORIGIN_BEGIN), -step.position);
-        stream.seek(step.position, SEEK_ORIGIN_BEGIN);
-    }
-}
-
+// Any sequence of calls, beside a model of them, is the fuzz target's.
 TEST(MemoryStream, TransfersWhatFitsIntoABorrowedBlock) {
     Bytes block(20);
     Bytes source = random_bytes(30, 3);
@@ -111,6 +78,11 @@ TEST(MemoryStream, TransfersWhatFitsIntoABorrowedBlock) {
         EXPECT_EQ(stream.read(back.data() + 4, 26), 13U);
         EXPECT_TRUE(std::equal(back.begin(), back.begin() + 17, source.begin() + 3));
         EXPECT_EQ(back[17], 0xEE);
+        // The position stops at both ends, the distance does not.
+        EXPECT_EQ(stream.seek(100, SEEK_ORIGIN_END), 100);
+        EXPECT_EQ(stream.seek(-4, SEEK_ORIGIN_CURRENT), -4);
+        EXPECT_EQ(stream.seek(-1, SEEK_ORIGIN_BEGIN), -17);
+        EXPECT_EQ(stream.seek(5, SEEK_ORIGIN_BEGIN), 5);
     }
     // Still the owner's.
     EXPECT_EQ(block.back(), source[19]);
@@ -206,28 +178,17 @@ TEST(FileStream, APipeHasNoLengthAndCannotSkip) {
 
 // --- StreamReader, StreamWriter
 
-// Writes down the calls that reach it, and its own end.
-class RecordingStream : public Stream {
+// Writes down how it ends, and answers what is not passed on.
+class WitnessStream : public MemoryStream {
   public:
-    explicit RecordingStream(std::string* calls) : m_Calls(calls) {}
-    ~RecordingStream() override { *m_Calls += "gone"; }
-    size_t read(void* buffer, size_t count) override { return note(buffer == nullptr ? "skip " : "read ", count); }
-    size_t write(void* /*buffer*/, size_t count) override { return note("write ", count); }
-    int64_t seek(int64_t offset, SeekOrign origin) override {
-        return static_cast<int64_t>(note("seek " + std::to_string(origin) + " ", static_cast<size_t>(offset)));
-    }
+    explicit WitnessStream(std::string* calls) : MemoryStream(8), m_Calls(calls) {}
+    ~WitnessStream() override { *m_Calls += "gone"; }
     bool rewind() override { return true; }
-    size_t getLength() override { return 77; }
-    void flush() override { *m_Calls += "flush "; }
     bool isAtEnd() const override { return true; }
+    void flush() override { *m_Calls += "flush "; }
     void close() override { *m_Calls += "close "; }
 
   private:
-    size_t note(const std::string& name, size_t count) {
-        *m_Calls += name + std::to_string(count) + " ";
-        return count + 1;
-    }
-
     std::string* m_Calls;
 };
 
@@ -238,21 +199,20 @@ TYPED_TEST_SUITE(WrapperTest, Wrappers);
 
 TYPED_TEST(WrapperTest, ForwardsAndEndsWhatItWraps) {
     std::string calls;
-    char byte = 0;
+    char byte = 'a';
     {
-        TypeParam wrapper(new RecordingStream(&calls));
-        EXPECT_EQ(wrapper.read(&byte, 3), 4U);
-        EXPECT_EQ(wrapper.write(&byte, 5), 6U);
-        EXPECT_EQ(wrapper.skip(7), 8U);
-        EXPECT_EQ(wrapper.seek(9, SEEK_ORIGIN_END), 10);
-        EXPECT_EQ(wrapper.getLength(), 77U);
-        EXPECT_FALSE(wrapper.rewind());
-        EXPECT_FALSE(wrapper.isAtEnd());
+        TypeParam wrapper(new WitnessStream(&calls));
+        EXPECT_EQ(wrapper.write(&byte, 1), 1U);
+        EXPECT_EQ(wrapper.seek(-1, SEEK_ORIGIN_END), -1);
+        EXPECT_EQ(wrapper.read(&byte, 1), 1U);
+        EXPECT_EQ(byte, 'a');
+        EXPECT_EQ(wrapper.getLength(), 8U);
+        EXPECT_FALSE(wrapper.rewind() || wrapper.isAtEnd());
     }
-    EXPECT_EQ(calls, "read 3 write 5 skip 7 seek 2 9 flush close gone");
+    EXPECT_EQ(calls, "flush close gone");
 
     calls.clear();
-    auto_ptr<Stream> shared(new RecordingStream(&calls));
+    auto_ptr<Stream> shared(new WitnessStream(&calls));
     { TypeParam wrapper(shared); }
     EXPECT_EQ(calls, "flush close ");
 }
@@ -272,13 +232,6 @@ TEST(TypedStreams, ValuesKeepTheProcessorsBytes) {
     // One byte of room takes one byte of the value, and the writer says nothing.
     EXPECT_TRUE(writer.writeInt(0x0A0B0C0D));
     EXPECT_EQ(block[7], 0x0D);
-
-    StreamReader reader(new MemoryStream(block.data(), block.size()));
-    EXPECT_EQ(reader.readInt(), 0x01020304);
-    EXPECT_EQ(reader.readShortInt(), -2);
-    EXPECT_EQ(reader.readByte(), -128);
-    EXPECT_EQ(reader.readInt(), 0x0D);
-    EXPECT_EQ(reader.readShortInt(), 0);
 
     StreamWriter noWriter(nullptr);
     EXPECT_FALSE(noWriter.writeByte(1) || noWriter.writeShortInt(1) || noWriter.writeInt(1));

@@ -49,6 +49,11 @@ TEST(Matrix, TimesItsInverseIsTheUnitMatrix) {
 
 TEST(Matrix, ExactValues) {
     EXPECT_EQ(Matrix(2, Numbers{1, 2, 2, 4}.data()).inverse(), nullptr);
+    // The only cofactor of [[a]] is 0, so its adjugate and its inverse are [[0]].
+    const Matrix one(1, Numbers{7}.data());
+    EXPECT_EQ(one.det(), 7);
+    EXPECT_EQ(one.cofator(0, 0), 0);
+    EXPECT_EQ(numbers(one.inverse()), Numbers{0});
 
     Matrix wide(2, 3, Numbers{1, 2, 3, 4, 5, 6}.data());
     Matrix tall(3, 1, Numbers{1, 10, 100}.data());
@@ -58,6 +63,12 @@ TEST(Matrix, ExactValues) {
     const auto_ptr<Matrix> flipped(wide.transponse());
     EXPECT_EQ(flipped->m_Row, 3);
     EXPECT_EQ(numbers(flipped), (Numbers{1, 4, 2, 5, 3, 6}));
+    EXPECT_EQ(wide.det(), 0);
+    EXPECT_EQ(wide.inverse(), nullptr);
+    for (const int outside : {-1, 3, INT_MIN, INT_MAX}) {
+        EXPECT_EQ(wide.cofator(outside, 0), 0);
+        EXPECT_EQ(wide.cofator(0, outside), 0);
+    }
 }
 
 TEST(Matrix, InPlaceOperationsChainAndRefuseOtherSizes) {
@@ -67,11 +78,8 @@ TEST(Matrix, InPlaceOperationsChainAndRefuseOtherSizes) {
     const Numbers expected = {8, 9, 10, 11, 12, 13};
     EXPECT_EQ(numbers(a), expected);
 
-    Matrix turned(3, 2);
-    for (Matrix* other : {&turned, static_cast<Matrix*>(nullptr)}) {
-        EXPECT_EQ(Matrix::add(a.get(), other), nullptr);
-        EXPECT_EQ(Matrix::sub(other, a.get()), nullptr);
-    }
+    EXPECT_EQ(Matrix::add(a.get(), nullptr), nullptr);
+    EXPECT_EQ(Matrix::sub(nullptr, a.get()), nullptr);
     EXPECT_EQ(Matrix::multiply(a.get(), &b), nullptr);
     EXPECT_EQ(Matrix::multiply(nullptr, &b), nullptr);
     EXPECT_EQ(Matrix::multiply(&b, nullptr), nullptr);
@@ -79,6 +87,7 @@ TEST(Matrix, InPlaceOperationsChainAndRefuseOtherSizes) {
     EXPECT_EQ(numbers(a), expected);
 }
 
+// Small sizes without cells, and their operations, are the fuzz target's.
 TEST(Matrix, WithoutStorage) {
     float number = 7;
     EXPECT_EQ(Matrix::create(0, 5), nullptr);
@@ -87,54 +96,17 @@ TEST(Matrix, WithoutStorage) {
     EXPECT_EQ(Matrix::create(INT_MIN, &number), nullptr);
     EXPECT_EQ(Matrix::create(INT_MAX), nullptr);  // more than an address space
 
-    for (const auto& [rows, cols] :
-         {std::pair(0, 5), std::pair(5, 0), std::pair(-3, -3), std::pair(INT_MAX, INT_MAX)}) {
-        SCOPED_TRACE(rows);
-        Matrix empty(rows, cols);
-        EXPECT_EQ(empty.m_Row, rows);
-        EXPECT_EQ(empty.m_Col, cols);
-        EXPECT_EQ(empty.m_Data, nullptr);
-        // Nothing to do is no failure.
-        EXPECT_EQ(Matrix::add(&empty, &empty), &empty);
-        EXPECT_EQ(Matrix::sub(&empty, &empty), &empty);
-        EXPECT_EQ(Matrix::multiply(&empty, 1.0F), &empty);
-        EXPECT_EQ(empty.transponse(), nullptr);
-        EXPECT_EQ(empty.adj(), nullptr);
-        EXPECT_EQ(empty.inverse(), nullptr);
-        EXPECT_EQ(empty.det(), 0);
-        EXPECT_EQ(empty.cofator(0, 0), 0);
-
-        Matrix factor(cols, 0);
-        const auto_ptr<Matrix> product(Matrix::multiply(&empty, &factor));
-        if (rows < 1) {
-            ASSERT_NE(product.get(), nullptr);
-            EXPECT_EQ(product->m_Row, rows);
-            EXPECT_EQ(product->m_Col, 0);
-            EXPECT_EQ(product->m_Data, nullptr);
-        } else {
-            EXPECT_EQ(product.get(), nullptr);
-        }
-    }
-}
-
-TEST(Matrix, OneByOneAndOblongMatrices) {
-    // The only cofactor of [[a]] is 0, so its adjugate and its inverse are [[0]].
-    const Matrix one(1, Numbers{7}.data());
-    EXPECT_EQ(one.det(), 7);
-    EXPECT_EQ(one.cofator(0, 0), 0);
-    EXPECT_EQ(numbers(one.inverse()), Numbers{0});
-
-    for (const auto& [rows, cols] : {std::pair(1, 4), std::pair(4, 1), std::pair(3, 5), std::pair(5, 3)}) {
-        std::mt19937 generator(2);
-        const Matrix oblong(rows, cols, random_numbers(rows * cols, generator).data());
-        EXPECT_EQ(oblong.det(), 0);
-        EXPECT_EQ(oblong.inverse(), nullptr);
-        EXPECT_EQ(auto_ptr<Matrix>(oblong.adj())->m_Row, cols);
-        for (const int outside : {-1, std::max(rows, cols), INT_MIN, INT_MAX}) {
-            EXPECT_EQ(oblong.cofator(outside, 0), 0);
-            EXPECT_EQ(oblong.cofator(0, outside), 0);
-        }
-    }
+    Matrix empty(INT_MAX, INT_MAX);
+    EXPECT_EQ(empty.m_Row, INT_MAX);
+    EXPECT_EQ(empty.m_Data, nullptr);
+    // Nothing to do is no failure.
+    EXPECT_EQ(Matrix::sub(&empty, Matrix::add(&empty, Matrix::multiply(&empty, 1.0F))), &empty);
+    EXPECT_EQ(empty.transponse(), nullptr);
+    EXPECT_EQ(empty.adj(), nullptr);
+    EXPECT_EQ(empty.inverse(), nullptr);
+    EXPECT_EQ(empty.det() + empty.cofator(0, 0), 0);
+    Matrix factor(INT_MAX, 0);
+    EXPECT_EQ(Matrix::multiply(&empty, &factor), nullptr);
 }
 
 }  // namespace

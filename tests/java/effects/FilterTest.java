@@ -183,19 +183,6 @@ public class FilterTest extends Refusals {
         assertTrue(log, log.contains("a FilterRenderer (ImageFilterNone) was not closed"));
     }
 
-    @Test
-    public void manyFiltersOnSeveralThreadsLeaveMemoryFlat() throws Exception {
-        Log.Work work = () -> {
-            try (Filter filter = Filter.open("ImageFilterTable")) {
-                filter.apply(fields(16, 16));
-            }
-        };
-        long before = Log.allocatedAfter(work, 8);
-        long after = Log.allocatedAfter(work, 16);
-        // A table that is kept would make 6 MB a filter.
-        assertTrue(before + " bytes grew to " + after, after - before < 10_000_000);
-    }
-
     // A camera's frame whose texture has its rows from the top, as the matrix says.
     private static final float[] FROM_THE_TOP = {1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 1, 0, 1};
 
