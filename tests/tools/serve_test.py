@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """The playground's server: what it answers, what it refuses, and that it stands up to load. Its photos come from, and its
 results are compared with, the program's own commands."""
+import atexit
 import concurrent.futures
 import json
 import os
@@ -32,6 +33,7 @@ def korvane(*arguments):
 
 def start():
     server = subprocess.Popen([program, 'serve'], stdout=subprocess.PIPE, text=True)
+    atexit.register(server.kill)
     port, token = re.fullmatch(r'http://127\.0\.0\.1:(\d+)/([0-9a-f]{32})/\n', server.stdout.readline()).groups()
     return server, int(port), f'/{token}/'
 

@@ -190,6 +190,9 @@ class BenchServer::Parts {
             throw CommandError("cannot listen on " + options.address + ", port " + std::to_string(options.port) +
                                ": it is taken, not allowed or no address of this machine");
         }
+        // The HTTP library lets five connections wait; a crowd's others would be reset once the system gave up on them.
+        constexpr int kWaitingConnections = 256;
+        listen(m_Socket, kWaitingConnections);
     }
 
     std::string url() const {
@@ -217,9 +220,10 @@ class BenchServer::Parts {
         m_Server.set_write_timeout(std::chrono::seconds(10));
         m_Server.set_tcp_nodelay(true);
         // A second program must not share the port, which the default allows.
-        m_Server.set_socket_options([](socket_t socket) {
+        m_Server.set_socket_options([this](socket_t socket) {
             const int yes = 1;
             setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
+            m_Socket = socket;
         });
         m_Server.set_default_headers({
             {"Content-Security-Policy",
@@ -528,6 +532,7 @@ class BenchServer::Parts {
     JobQueue m_Jobs;
     PhotoStore m_Photos;
     httplib::Server m_Server;
+    socket_t m_Socket = INVALID_SOCKET;
     int m_Port = -1;
 };
 

@@ -19,6 +19,8 @@ constexpr char kXmpKeyword[] = "XML:com.adobe.xmp";
 constexpr std::string_view kRawProfileKeyword = "Raw profile type ";
 constexpr uint32_t kMaxSidePixels = 0x7FFFFFFF;
 constexpr size_t kMaxImageBytes = 0xFFFFFFFF;
+// The PNG library takes the memory that a block of metadata claims to need before it looks whether the file is as long.
+constexpr png_alloc_size_t kMaxChunkBytes = 16 << 20;
 
 struct Messages {
     char error[128] = {};
@@ -80,6 +82,7 @@ class PngReader {
         }
         png_set_read_fn(m_Png, &m_Source, read_bytes);
         png_set_user_limits(m_Png, kMaxSidePixels, kMaxSidePixels);
+        png_set_chunk_malloc_max(m_Png, kMaxChunkBytes);
         png_read_info(m_Png, m_Info);
         m_IsGray = (png_get_color_type(m_Png, m_Info) & PNG_COLOR_MASK_COLOR) == 0;
         png_set_scale_16(m_Png);

@@ -11,6 +11,7 @@ const settleMs = 160;
 const retryMs = 1000;
 
 const $ = (id) => document.getElementById(id);
+const all = document.querySelectorAll.bind(document);
 const stage = createStage($("stage"));
 const page = String(Math.random());
 
@@ -55,8 +56,7 @@ function setGone(isGone, text = "The server does not answer. Trying again by its
     $("gone").hidden = !isGone;
 }
 
-// A server that was started anew has another token, and mostly another port, which no page may find out by itself. The
-// fragment takes the chain along.
+// No page may find out the token of a server started anew. The fragment takes the chain along.
 function openNewLink() {
     const link = $("new-link").value.trim();
     if (/^http:\/\/[^/]+\/[0-9a-f]{32}\/$/.test(link)) {
@@ -120,6 +120,7 @@ async function openPhoto(source) {
     }
     stage.setBusy(true);
     try {
+        await loading;
         const next = await sendPhoto(source);
         const before = await (await ask("api/preview", JSON.stringify({photo: next.id, chain: []}))).blob();
         if (call !== opening) {
@@ -282,7 +283,7 @@ function writeFragment() {
     history.replaceState(null, "", `#${encodeURIComponent(JSON.stringify(rows))}`);
 }
 
-// Nothing for a fragment that is none of ours. The server checks the values.
+// Nothing for a fragment that is not ours. The server checks the values.
 function readFragment() {
     try {
         return JSON.parse(decodeURIComponent(location.hash.slice(1))).flatMap(([id, given, isOn]) => {
@@ -341,7 +342,7 @@ function showRail() {
 
 function markActive() {
     const id = chain[active]?.effect.id;
-    for (const item of document.querySelectorAll(".rail-item")) {
+    for (const item of all(".rail-item")) {
         item.setAttribute("aria-pressed", item.dataset.effect === id && !isAdding);
     }
     $("add").classList.toggle("adding", isAdding);
@@ -476,7 +477,7 @@ function showCode() {
         cpp: () => asCode(running(), "cpp", "// rgba: width * height pixels of four bytes"),
         java: () => asCode(running(), "java", "// bitmap: mutable, ARGB_8888")};
     $("code").textContent = makers[codeKind]();
-    for (const tab of document.querySelectorAll("[role=tab]")) {
+    for (const tab of all("[role=tab]")) {
         const isSelected = tab.dataset.code === codeKind;
         tab.setAttribute("aria-selected", isSelected);
         tab.tabIndex = isSelected ? 0 : -1;
@@ -538,7 +539,7 @@ function listen() {
         }
         $("file").value = "";
     });
-    for (const button of document.querySelectorAll("[data-sample]")) {
+    for (const button of all("[data-sample]")) {
         button.addEventListener("click", () => openPhoto({sample: button.dataset.sample}));
     }
     let depth = 0;
@@ -569,7 +570,7 @@ function listen() {
         markActive();
         say(isAdding ? "Choose the effect to add" : "");
     });
-    const tabs = [...document.querySelectorAll("[role=tab]")];
+    const tabs = [...all("[role=tab]")];
     for (const [index, tab] of tabs.entries()) {
         tab.addEventListener("click", () => { codeKind = tab.dataset.code; showCode(); });
         tab.addEventListener("keydown", (event) => {
@@ -601,8 +602,10 @@ function listen() {
     addEventListener("pagehide", (event) => photo !== null && !event.persisted && drop(photo.id));
 }
 
+// An early photo waits for this.
+const loading = ask("api/effects").then((answer) => answer.json());
 listen();
-effects = await (await ask("api/effects")).json();
+effects = await loading;
 showRail();
 chain = readFragment();
 if (chain.length === 0) {
