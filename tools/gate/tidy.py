@@ -38,6 +38,8 @@ KINDS = {
     "kernel": Kind(lambda file, text: "foreach_target" in text, "-readability-identifier-naming", ONE_TARGET, alone=True),
     "client": Kind(lambda file, text: file.startswith("tests/clients/"), FOR_TESTS, alone=True),
     "program": Kind(lambda file, text: "\nint main(" in text, alone=True),
+    # Apart from those that use it, so that includes.py finds its header and not it.
+    "support": Kind(lambda file, text: file.startswith("tests/") and os.path.exists(file[:-3] + "h"), FOR_TESTS),
     "test": Kind(lambda file, text: file.startswith("tests/"), FOR_TESTS),
     "source": Kind(lambda file, text: True),
 }
@@ -71,8 +73,7 @@ def agree(options, others):
 
 def write_unit(path, sources):
     with open(path, "w", encoding="utf-8") as file:
-        file.writelines(f'#include "{os.path.abspath(source)}"  // NOLINT(bugprone-suspicious-include)\n'
-                        for source in sources)
+        file.writelines(f'#include "{os.path.abspath(source)}"\n' for source in sources)
 
 
 def clashing(path, sources, options):
@@ -90,31 +91,30 @@ def clashing(path, sources, options):
 
 
 def units_of(build, name, sources, options_of):
-    """The units in which the sources of a kind compile, each as (path, options, checks)."""
-    kind = KINDS[name]
+    """The units in which the sources of a kind compile."""
     units = []
     while sources:
         path = os.path.join(build, "units", f"{name}_{len(units)}.cpp")
         together, options = [], []
-        for source in sources[:1] if kind.alone else sources:
+        for source in sources[:1] if KINDS[name].alone else sources:
             if agree(options_of[source], options):
                 together.append(source)
                 options = list(dict.fromkeys(options + options_of[source]))
         write_unit(path, together)
-        if len(together) > 1:
-            # The first stays: if it does not compile, that is a fault of its own, which clang-tidy reports.
-            clashes = clashing(path, together, options) - set(together[:1])
+        # One clash can hide the next. The first source stays: if it does not compile, that is a fault of its own, which
+        # clang-tidy reports.
+        while len(together) > 1 and (clashes := clashing(path, together, options) - set(together[:1])):
             together = [source for source in together if source not in clashes]
             write_unit(path, together)
-        units.append((path, options + kind.options, kind.checks))
+        units.append({"path": path, "sources": together, "options": options, "kind": name})
         sources = [source for source in sources if source not in together]
     return units
 
 
 def tidy(unit):
-    path, options, checks = unit
-    done = subprocess.run([TIDY, "--quiet", "--config-file=.clang-tidy", "--checks=" + checks, path, "--", *options],
-                          capture_output=True, text=True)
+    kind = KINDS[unit["kind"]]
+    done = subprocess.run([TIDY, "--quiet", "--config-file=.clang-tidy", "--checks=" + kind.checks, unit["path"], "--",
+                           *unit["options"], *kind.options], capture_output=True, text=True)
     said = [line for line in done.stderr.splitlines() if not re.match(r"\d+ warnings? generated", line)]
     return done.returncode == 0, done.stdout + "\n".join(said)
 
@@ -133,8 +133,10 @@ def main():
     all_right = True
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         grouped = pool.map(lambda group: units_of(build, *group, options_of), sources_of.items())
-        # The first unit of a kind is the largest.
-        units = sorted((unit for group in grouped for unit in group), key=lambda unit: "_0." not in unit[0])
+        units = sorted((unit for group in grouped for unit in group), key=lambda unit: -len(unit["sources"]))
+        # For includes.py.
+        with open(os.path.join(build, "units", "units.json"), "w", encoding="utf-8") as file:
+            json.dump([unit for unit in units if unit["kind"] not in ("kernel", "client")], file)
         for is_right, said in pool.map(tidy, units):
             all_right = all_right and is_right
             print(said, end="")
