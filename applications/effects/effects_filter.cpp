@@ -123,6 +123,14 @@ bool EffectsFilter::has_program() {
     m_Filter->render();
     GLint program = 0;
     glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+    // A compiled program leaves its shaders in the context, where they would pile up as filters come and go on a
+    // surface. Deleted while attached, they go with the program.
+    GLuint shaders[2] = {};
+    GLsizei count = 0;
+    if (program != 0) {
+        glGetAttachedShaders(static_cast<GLuint>(program), 2, &count, shaders);
+    }
+    std::for_each_n(shaders, count, glDeleteShader);
     return program != 0;
 }
 

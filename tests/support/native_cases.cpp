@@ -183,7 +183,7 @@ const NativeCase kCases[] = {
          destroy(handle);
          return answer(handle != 0 && is_unlocked(t.bitmap), handle == 0);
      }},
-    {"FiltersRender.nativeOnSurfaceCreated FiltersRender.nativeOnSurfaceDestroyed", kMayDoWithout, kNothing, 1,
+    {"FiltersRender.nativeOnSurfaceCreated FiltersRender.nativeOnSurfaceDestroyed", kMayDoWithout, kNothing, kThreads,
      [](const Things& t) {
          const jlong handle = call(FILTERS(nativeOnSurfaceCreated), t.xray, 1);
          call(FILTERS(nativeOnSurfaceDestroyed), handle);
