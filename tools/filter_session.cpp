@@ -8,7 +8,6 @@
 #include <cctype>
 #include <chrono>
 #include <cmath>
-#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -18,6 +17,7 @@
 #include <vector>
 
 #include "applications/filters/gpu_image_filter_factory.h"
+#include "frameworks/core/auto_ptr.h"
 #include "frameworks/gpu/gpu_context.h"
 #include "frameworks/gpu/gpu_framebuffer.h"
 #include "frameworks/gpu/gpu_image_2d.h"

@@ -7,7 +7,6 @@
 
 #include "applications/filters/filter_description.h"
 #include "applications/filters/gpu_image_filter_base.h"
-#include "frameworks/core/auto_ptr.h"
 
 namespace korvane {
 

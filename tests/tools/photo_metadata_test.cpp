@@ -8,7 +8,6 @@
 #include <string>
 
 #include "tools/photo/cmyk.h"
-#include "tools/photo/formats.h"
 
 namespace {
 

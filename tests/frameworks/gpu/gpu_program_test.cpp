@@ -14,7 +14,6 @@
 #include <limits>
 #include <numeric>
 #include <thread>
-#include <type_traits>
 #include <utility>
 
 #include "frameworks/core/memory.h"
