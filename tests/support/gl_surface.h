@@ -81,6 +81,7 @@ class ExternalTexture {
         glTexParameteri(GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
         glBindTexture(GL_TEXTURE_EXTERNAL_OES, 0);
     }
+    // NOLINTNEXTLINE(bugprone-exception-escape): found where lint reads many sources; drivers throw nothing.
     ~ExternalTexture() {
         const auto destroy = reinterpret_cast<PFNEGLDESTROYIMAGEKHRPROC>(eglGetProcAddress("eglDestroyImageKHR"));
         glDeleteTextures(1, &m_Texture);
