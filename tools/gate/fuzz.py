@@ -48,6 +48,13 @@ def run(folder, name, seconds):
     return name, executions, edges[-1] if edges else 0, found
 
 
+def reason(name):
+    """What a sanitizer or a failed requirement said first, with the frames below it."""
+    lines = (OUT / f'{name}.log').read_text(errors='replace').splitlines()
+    start = next((i for i, line in enumerate(lines) if re.search(r'ERROR|runtime error|: no: ', line)), len(lines))
+    return '\n'.join(line[:200] for line in lines[start:start + 40] or lines[-10:])
+
+
 def main():
     folder = pathlib.Path(sys.argv[1]) / 'tests/fuzz'
     seconds = int(sys.argv[2]) if len(sys.argv) > 2 else 60
@@ -67,6 +74,8 @@ def main():
                   f'{", ".join(map(str, found)) or 0}')
             print(name, executions, seconds, revision.stdout.strip(), file=totals)
     print(f'{"together":14} {sum(result[1] for result in results):11}')
+    for name in (result[0] for result in results if result[3]):
+        print(f'-- {name}\n{reason(name)}')
     sys.exit(any(result[3] for result in results))
 
 
