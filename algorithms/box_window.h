@@ -10,8 +10,8 @@
 
 namespace korvane {
 
-// How a sum is divided by the window's width. While sums fit 16 bits the division is a multiply; it is quicker still
-// while they fit them with a sign.
+// How a sum is divided by the window's width. While sums fit 16 bits the division is a multiply, and a quicker one
+// while they fit 15.
 enum class Division { kShort, kNarrow, kWideDown, kWideNearest };
 
 constexpr size_t kShortRadius = 63;

@@ -25,8 +25,8 @@ struct gauss_blur_coef {
 KORVANE_API void calculate_gauss_blur_coef(float sigma, int n, gauss_blur_coef* coef);
 
 // One pass along the rows or down the columns: each byte of `dst` becomes the mean of the 2 radius + 1 bytes around it,
-// rounded to nearest. `src` is only read. A radius below 0 counts as 0, which copies; beyond (length - 1) / 2 of the
-// line, where the window would leave the line at both ends, it counts as that.
+// rounded to nearest. `src` is only read. A radius below 0 counts as 0, which copies. The largest radius is
+// (length - 1) / 2 of the line, as a wider window would leave the line at both ends; a larger one counts as that.
 KORVANE_API void box_blurH(unsigned char* src, unsigned char* dst, int width, int height, int radius);
 KORVANE_API void box_blurV(unsigned char* src, unsigned char* dst, int width, int height, int radius);
 
