@@ -273,7 +273,8 @@ void ImageFilterBaseGL::render() {
 void ImageFilterBaseGL::process(unsigned char* pixels, int width, int height) {
     // A transfer counts its bytes in an int, and drivers may crash on viewports larger than any picture.
     const size_t bytes = korvane::texture_bytes({width, height, kFormatRgba});
-    if (mEngine.get() == nullptr || mFramebuffer.get() == nullptr || bytes > std::numeric_limits<int>::max()) {
+    if (mEngine.get() == nullptr || mFramebuffer.get() == nullptr || !mFramebuffer->is_made() ||
+        bytes > std::numeric_limits<int>::max()) {
         return;
     }
     mViewWidth = width;

@@ -62,6 +62,9 @@ class KORVANE_API GPUFramebuffer : public RefBase {
     static void setFramebufferTarget(GPUFramebuffer* framebuffer, GPUImage2D* image);
     static void setFramebufferTarget(auto_ptr<GPUFramebuffer>& framebuffer, auto_ptr<GPUImage2D>& image);
 
+    // False when the driver gave no name. Binding then means framebuffer 0, the application's own surface.
+    KORVANE_HIDDEN bool is_made() const { return m_FramebufferHandle != 0; }
+
   private:
     auto_ptr<GPUContext> m_GPUContext;
     int m_DrawBuffers[4] = {};  // one of each index at most

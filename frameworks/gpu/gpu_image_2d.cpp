@@ -79,7 +79,7 @@ int GPUImage2D::upload(void* pixels, int size) {
 }
 
 int GPUImage2D::download(void* buffer, int size) {
-    if (buffer == nullptr || !holds_pixels(size)) {
+    if (buffer == nullptr || !holds_pixels(size) || !m_GPUFramebuffer.is_made()) {
         return 0;
     }
     const std::lock_guard<Mutex> guard(m_MutexLocked);

@@ -59,8 +59,8 @@ class KORVANE_API GPUImage2D : public RefBase {
     // fewer bytes than width x height x format; else 1. The texture binding that was found is put back.
     int upload(void* pixels, int size);
 
-    // Reads the contents back into `buffer`, of which `size` bytes may be written; results as of upload(). Afterwards
-    // framebuffer 0 is bound.
+    // Reads the contents back into `buffer`, of which `size` bytes may be written; results as of upload(), and 0 when
+    // the driver gave no framebuffer to read through. Afterwards framebuffer 0 is bound.
     int download(void* buffer, int size);
 
     // Deletes the texture if it is this image's own.

@@ -19,7 +19,7 @@ namespace {
 GlRecorder* gRecorder = nullptr;
 // Several threads may draw, as long as no recorder listens.
 std::mutex gLiveNamesMutex;
-std::map<std::string, std::set<GLuint>> gLiveNames;
+std::map<std::string, std::set<uintptr_t>> gLiveNames;
 
 // The driver's own entry behind ours.
 template <typename Function>
@@ -146,7 +146,9 @@ std::map<std::string, size_t> GlRecorder::live_names() {
     std::map<std::string, size_t> counts;
     const std::lock_guard<std::mutex> guard(gLiveNamesMutex);
     for (const auto& [maker, names] : gLiveNames) {
-        counts[maker] = names.size();
+        if (!names.empty()) {
+            counts[maker] = names.size();
+        }
     }
     return counts;
 }
@@ -168,12 +170,9 @@ bool GlRecorder::find_answer(const char* function, uint64_t* result) {
 }
 
 bool GlRecorder::find_injected(const char* function, uint64_t* result) {
-    // Not the names of framebuffers: without one the engine's own surface is drawn on, which has no pixels, and there
-    // Mesa's plain rasteriser reads astray.
     static const std::regex kTakesMemory(
-        "egl(Create|Initialize|MakeCurrent|ChooseConfig).*|gl(Gen(Textures|Buffers)|Create|BufferData|MapBuffer|"
-        "TexImage|"
-        "Framebuffer|CheckFramebuffer|Draw|Read|Blit|GetProgramBinary).*");
+        "egl(Create|Initialize|MakeCurrent|ChooseConfig|GetDisplay|GetConfig|QuerySurface).*|gl(Gen|Create|BufferData|"
+        "MapBuffer|TexImage|Framebuffer|CheckFramebuffer|Draw|Read|Blit|GetProgramBinary).*");
     if (m_Injected.callsLeft > 0 && std::regex_match(function, kTakesMemory) && --m_Injected.callsLeft == 0) {
         m_HasFailed = true;
         const bool isGl = function[0] == 'g';
@@ -236,6 +235,27 @@ void GlRecorder::log_sink(void* user, int priority, const char* tag, const char*
         forward("glDelete" #Kind, driver, a, b);                                          \
     }
 
+// eglCreate... and eglDestroy...; windows' surfaces are destroyed as pbuffers' are.
+#define FORWARD_MADE(Kind, Way, parameters, ...)                                     \
+    extern "C" EGL##Kind eglCreate##Way parameters {                                 \
+        static auto* const driver = next<EGL##Kind parameters>("eglCreate" #Way);    \
+        auto* const made = forward("eglCreate" #Way, driver, __VA_ARGS__);           \
+        if (made != nullptr) {                                                       \
+            const std::lock_guard<std::mutex> guard(gLiveNamesMutex);                \
+            gLiveNames["eglCreate" #Kind].insert(reinterpret_cast<uintptr_t>(made)); \
+        }                                                                            \
+        return made;                                                                 \
+    }
+#define FORWARD_DESTROYED(Kind)                                                                  \
+    extern "C" EGLBoolean eglDestroy##Kind(EGLDisplay a, EGL##Kind b) {                          \
+        static auto* const driver = next<EGLBoolean(EGLDisplay, EGL##Kind)>("eglDestroy" #Kind); \
+        {                                                                                        \
+            const std::lock_guard<std::mutex> guard(gLiveNamesMutex);                            \
+            gLiveNames["eglCreate" #Kind].erase(reinterpret_cast<uintptr_t>(b));                 \
+        }                                                                                        \
+        return forward("eglDestroy" #Kind, driver, a, b);                                        \
+    }
+
 FORWARD_NAMES(Textures)
 FORWARD_NAMES(Buffers)
 FORWARD_NAMES(Framebuffers)
@@ -272,12 +292,11 @@ FORWARD(void, glVertexAttribPointer, (GLuint a, GLint b, GLenum c, GLboolean d, 
         e, f)
 FORWARD(void, glViewport, (GLint a, GLint b, GLsizei c, GLsizei d), a, b, c, d)
 FORWARD(EGLBoolean, eglChooseConfig, (EGLDisplay a, const EGLint* b, EGLConfig* c, EGLint d, EGLint* e), a, b, c, d, e)
-FORWARD(EGLContext, eglCreateContext, (EGLDisplay a, EGLConfig b, EGLContext c, const EGLint* d), a, b, c, d)
-FORWARD(EGLSurface, eglCreatePbufferSurface, (EGLDisplay a, EGLConfig b, const EGLint* c), a, b, c)
-FORWARD(EGLSurface, eglCreateWindowSurface, (EGLDisplay a, EGLConfig b, EGLNativeWindowType c, const EGLint* d), a, b,
-        c, d)
-FORWARD(EGLBoolean, eglDestroyContext, (EGLDisplay a, EGLContext b), a, b)
-FORWARD(EGLBoolean, eglDestroySurface, (EGLDisplay a, EGLSurface b), a, b)
+FORWARD_MADE(Context, Context, (EGLDisplay a, EGLConfig b, EGLContext c, const EGLint* d), a, b, c, d)
+FORWARD_MADE(Surface, PbufferSurface, (EGLDisplay a, EGLConfig b, const EGLint* c), a, b, c)
+FORWARD_MADE(Surface, WindowSurface, (EGLDisplay a, EGLConfig b, EGLNativeWindowType c, const EGLint* d), a, b, c, d)
+FORWARD_DESTROYED(Context)
+FORWARD_DESTROYED(Surface)
 FORWARD(EGLBoolean, eglGetConfigAttrib, (EGLDisplay a, EGLConfig b, EGLint c, EGLint* d), a, b, c, d)
 FORWARD(EGLBoolean, eglGetConfigs, (EGLDisplay a, EGLConfig* b, EGLint c, EGLint* d), a, b, c, d)
 FORWARD(EGLDisplay, eglGetDisplay, (EGLNativeDisplayType a), a)

@@ -54,7 +54,8 @@ class GlRecorder {
     // No more injected failures.
     void heal() { m_Injected = {}; }
 
-    // Names that the driver gave and nobody deleted yet, by the function that made them ("glGenTextures").
+    // How many names the driver gave and nobody deleted yet, by the function that made them ("glGenTextures"); EGL's
+    // surfaces under "eglCreateSurface".
     static std::map<std::string, size_t> live_names();
 
     // For the entry points.
