@@ -277,6 +277,13 @@ void ImageFilterBaseGL::process(unsigned char* pixels, int width, int height) {
         bytes > std::numeric_limits<int>::max()) {
         return;
     }
+    // Nothing would be drawn on a longer texture, and reading it back delivers what happens to be in memory.
+    GLint longest = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &longest);
+    if (width > longest || height > longest) {
+        KORVANE_LOGD("ImageFilterBaseGL::process %d x %d, the driver draws at most %d\n", width, height, longest);
+        return;
+    }
     mViewWidth = width;
     mViewHeight = height;
     if (mOutputImage.get() == nullptr) {

@@ -70,8 +70,8 @@ class KORVANE_API ImageFilterBaseGL : public RefBase {
     // Draws the input to whatever is bound for drawing.
     virtual void render();
 
-    // Filters `width` x `height` RGBA pixels in place. Needs initEngine() and setupGraphics(non-zero); without them, or
-    // with 2 GiB of pixels or more, nothing happens.
+    // Filters `width` x `height` RGBA pixels in place. Needs initEngine() and setupGraphics(non-zero); without them,
+    // with 2 GiB of pixels or more, or a side longer than the driver's textures, nothing happens.
     virtual void process(unsigned char* pixels, int width, int height);
 
     // Sends the filter's uniforms to the program that is in use.

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Sizes at which a product leaves 31 or 32 bits, and pictures that are one pixel wide or high. Sources are pages that
-// nobody wrote to, which take no memory.
+// nobody wrote to, which take no memory. The native methods get such sizes with arrays and bitmaps that are small.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -14,12 +15,15 @@
 #include "algorithms/fast_detection.h"
 #include "algorithms/gauss_blur.h"
 #include "algorithms/stack_blur.h"
+#include "applications/pano/panorama_interface.h"
 #include "applications/super_capture/merge_kernels.h"
 #include "frameworks/images/color_convert.h"
 #include "frameworks/images/image.h"
 #include "frameworks/images/jpeg_decoder.h"
 #include "frameworks/images/jpeg_encoder.h"
 #include "frameworks/io/file_stream.h"
+#include "tests/support/jvm.h"
+#include "tests/support/native_methods.h"
 #include "tests/support/random_bytes.h"
 
 namespace {
@@ -122,6 +126,86 @@ TEST(Limits, ImagesWhoseBytesFitNo32BitsHaveNoPlane) {
         Image image(width, 65536, 1, IMAGE_FORMAT_TYPE_RGBA, nullptr);
         EXPECT_EQ(image.getPlanes()[0], nullptr) << width;
     }
+}
+
+class NativeLimits : public JvmTest {
+  protected:
+    bool was_refused() {
+        const bool isPending = env->ExceptionCheck() != JNI_FALSE;
+        env->ExceptionClear();
+        return isPending;
+    }
+};
+
+TEST_F(NativeLimits, SizesThatNoArrayOrBitmapHas) {
+    constexpr jint kMost = std::numeric_limits<jint>::max();
+    const jobject sweep = new_object("com/tervo/media/effects/pano/PanoramaModule", "()V");
+    const jobject mode = new_object("RecordingMode", "()V");
+    const Bytes pixels = random_bytes(48, 3);
+    const jobject bitmap = new_bitmap(4, 3, pixels);
+    const jbyteArray array = env->NewByteArray(64);
+    const jlong filter = EFFECTS(filterOpen)(env, nullptr, string("ImageFilterXray"));
+    for (const auto& [width, height] : {std::pair{kMost, 1},
+                                        {1, kMost},
+                                        {kMost, kMost},
+                                        {46341, 46341},
+                                        {65536, 65536},
+                                        {0, 0},
+                                        {-1, -1},
+                                        {-kMost - 1, 2}}) {
+        SCOPED_TRACE(testing::Message() << width << " x " << height);
+        // The first frame is the reference. More bytes than an int counts are memory that cannot be had.
+        const jlong panorama = PANORAMA(nativeCreate)(env, sweep, width, height, 1);
+        EXPECT_EQ(panorama != 0, width > 0);
+        EXPECT_EQ(PANORAMA(nativeProcess)(env, sweep, panorama, array, 1, 1), panorama != 0 ? 3 : 0);
+        EXPECT_EQ(PANORAMA(nativeProcess)(env, sweep, panorama, array, 1, 1), panorama != 0 ? 1 : 0);
+        delete reinterpret_cast<PanoramaInterface*>(panorama);
+
+        const jlong light = MODE(nativeCreate)(env, mode, width, height, 17);
+        MODE(nativeProcess)(env, mode, light, array);
+        MODE(nativeDestroy)(env, mode, light);
+        EXPECT_EQ(int_field(mode, "reports"), 0);
+
+        EFFECTS(blur)(env, nullptr, bitmap, width, height, 5, 0, 100);
+        EXPECT_TRUE(was_refused());
+        EFFECTS(palette)(env, nullptr, bitmap, width, height, 4);
+        EXPECT_TRUE(was_refused());
+        EFFECTS(filterApply)(env, nullptr, filter, bitmap, width, height);
+        EXPECT_TRUE(was_refused());
+        const jlong burst = EFFECTS(burstOpen)(env, nullptr, width, height);
+        EXPECT_EQ(was_refused(), burst == 0);
+        EFFECTS(burstClose)(env, nullptr, burst);
+    }
+    EFFECTS(filterClose)(env, nullptr, filter);
+    EXPECT_EQ(bitmap_pixels(bitmap), pixels);
+    EXPECT_EQ(lock_count(bitmap), 0);
+}
+
+// No GPU at hand has textures this long.
+TEST_F(NativeLimits, BitmapsLongerThanATexture) {
+    constexpr int kLength = 65500;
+    const Bytes pixels = random_bytes(size_t{kLength} * 4, 4);
+    Bytes blurred[2];
+    for (const bool isRow : {false, true}) {
+        const int width = isRow ? kLength : 1;
+        const int height = isRow ? 1 : kLength;
+        const jobject bitmap = new_bitmap(width, height, pixels);
+        const jlong older = FILTERS(nativeCreate)(env, nullptr, string("ImageFilterXray"));
+        FILTERS(nativeProcess)(env, nullptr, older, bitmap);
+        EXPECT_TRUE(bitmap_pixels(bitmap) == pixels);
+        FILTERS(nativeOnSurfaceDestroyed)(env, nullptr, older);
+        const jlong filter = EFFECTS(filterOpen)(env, nullptr, string("ImageFilterXray"));
+        EFFECTS(filterApply)(env, nullptr, filter, bitmap, width, height);
+        EXPECT_TRUE(was_refused());
+        EFFECTS(filterClose)(env, nullptr, filter);
+        EXPECT_TRUE(bitmap_pixels(bitmap) == pixels);
+
+        BLUR(nativeProcess)(env, nullptr, bitmap, width, height, 254, 0, 0);
+        EXPECT_EQ(lock_count(bitmap), 0);
+        blurred[isRow ? 1 : 0] = bitmap_pixels(bitmap);
+    }
+    EXPECT_NE(blurred[0], pixels);
+    EXPECT_TRUE(blurred[0] == blurred[1]);
 }
 
 }  // namespace
