@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Puts pictures side by side for the documentation: each scaled to one height, with a white line between them.
+// Puts pictures side by side for the gallery and the README: each scaled to one height, with a white line between them.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>

@@ -44,6 +44,10 @@ for picture in none mirror distorted; do
 done
 holds test "$(md5sum <none.jpg)" != "$(md5sum <mirror.jpg)"
 
+# Longer than any driver's textures.
+accepts scene long.png --size 65500x1
+refuses 'draws at most [0-9]+ pixels' filter None long.png -o new.png
+
 accepts scene table.jpg --size 4096x64
 accepts filter Table scene.jpg -o table-out.jpg --table table.jpg --set mStrength=0.5
 

@@ -77,6 +77,7 @@ def png(width, height):
 
 korvane('scene', 'scene.jpg', '--size', '601x399')
 korvane('scene', 'large.jpg', '--size', '2400x1800')
+korvane('scene', 'long.png', '--size', '65500x3')
 scene = open('scene.jpg', 'rb').read()
 
 # The page and its rules.
@@ -129,13 +130,16 @@ for expected, name, pieces in [
 photo = json.loads(ask(root + 'api/photos', scene)[2])
 check((photo['width'], photo['height'], photo['format']) == (601, 399, 'jpg'), f'{photo}')
 question = {'photo': photo['id'], 'page': 'test', 'format': 'png'}
+long = {'photo': json.loads(ask(root + 'api/photos', open('long.png', 'rb').read())[2])['id']}
 for expected, change in [
         (404, {'photo': '../../etc/passwd'}), (404, {'photo': 7}), (422, {'chain': 'blur'}), (422, {'chain': [{}] * 17}),
         (422, {'chain': [{'effect': 'no'}]}), (422, {'chain': [{'effect': 'blur-stack', 'values': {'radius': 255}}]}),
         (422, {'chain': [{'effect': 'blur-stack', 'values': {'radius': '1'}}]}),
         (422, {'chain': [{'effect': 'blur-stack', 'values': {'color': '$(id)'}}]}),
         (422, {'chain': [{'effect': 'stamp', 'values': {'text': 'abc'}}]}),
-        (422, {'chain': [{'effect': 'filter-Mirror', 'values': {'mPosVertices': 1}}]}), (400, {'pixels': -1})]:
+        (422, {'chain': [{'effect': 'filter-Mirror', 'values': {'mPosVertices': 1}}]}), (400, {'pixels': -1}),
+        # Longer than any driver's textures: no filter, but all else.
+        (422, long | {'chain': [{'effect': 'filter-Mirror'}]}), (200, long | {'chain': [{'effect': 'blur-stack'}]})]:
     status = ask(root + 'api/preview', question | change)[0]
     check(status == expected, f'{change}: {status}')
 check(ask(root + 'api/preview', '[' * 60000)[0] == 400, 'deep JSON')

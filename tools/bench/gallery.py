@@ -419,6 +419,26 @@ class Workshop:
         return sum(path.stat().st_size for path in (self.out / 'pictures').iterdir())
 
 
+# The README's pictures
+
+
+# Name, height in pixels, shape that each picture is cut to, and the pictures.
+STRIPS = [
+    ('strip', 240, '16 9', ['before-portrait', 'stack-blur', 'blur-and-dim']),
+    ('blurs', 190, '1 1', ['stack-blur', 'box-blur', 'gauss-blur', 'fast-blur', 'recursive-blur']),
+    ('filters', 150, '16 9', ['none', 'distorted', 'extrusion', 'mirror']),
+    ('filters_2', 150, '16 9', ['timetunnel', 'table', 'temperature', 'xray']),
+]
+
+
+def make_strips(workshop, folder):
+    for name, height, shape, pictures in STRIPS:
+        for picture in pictures:
+            workshop.run(f'korvane_gallery crop pictures/{picture}.webp frames/cut-{picture}.png --shape {shape}')
+        cuts = ' '.join(f'frames/cut-{picture}.png' for picture in pictures)
+        workshop.run(f'korvane_strip {shlex.quote(str(folder / name))}.jpg {height} {cuts}')
+
+
 # The page
 
 
@@ -515,6 +535,7 @@ def main():
     parser.add_argument('--photo', type=pathlib.Path, help='in place of the drawn pictures')
     parser.add_argument('--bench', type=pathlib.Path, help='figures of the benchmarks, from ./dev bench')
     parser.add_argument('--snippets', type=pathlib.Path, metavar='DIR', help='only write the calls, for a compiler')
+    parser.add_argument('--strips', type=pathlib.Path, metavar='DIR', help="also make the README's pictures")
     arguments = parser.parse_args()
     arguments.out.mkdir(parents=True, exist_ok=True)
     photo = arguments.photo.resolve() if arguments.photo else None
@@ -539,6 +560,8 @@ def main():
         if used <= MOST_BYTES or pixels < 10_000:
             break
         pixels = int(pixels * MOST_BYTES / used * 0.9)
+    if arguments.strips:
+        make_strips(workshop, arguments.strips.resolve())
     print(f'gallery: {len(effects)} effects, {sum(len(effect.shots) for effect in effects)} pictures, '
           f'{used / 1e6:.1f} MB', file=sys.stderr)
 

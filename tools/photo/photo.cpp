@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "frameworks/images/color_convert.h"
 
@@ -71,14 +72,20 @@ void convert_photo(Photo& photo, ImageFormatType format) {
 
 void split_alpha(Photo& photo) {
     unsigned char* pixels = photo.pixels();
-    Bytes alpha(photo.pixelCount());
+    const size_t count = photo.pixelCount();
+    // Nearly all photos end here, and a loop that only looks is quick.
     unsigned char least = 255;
-    for (size_t i = 0; i < alpha.size(); ++i) {
-        alpha[i] = pixels[4 * i + 3];
-        least = std::min(least, alpha[i]);
-        pixels[4 * i + 3] = 255;
+    for (size_t i = 0; i < count; ++i) {
+        least = std::min(least, pixels[4 * i + 3]);
     }
-    photo.alpha = least < 255 ? std::move(alpha) : Bytes();
+    photo.alpha.clear();
+    if (least == 255) {
+        return;
+    }
+    photo.alpha.resize(count);
+    for (size_t i = 0; i < count; ++i) {
+        photo.alpha[i] = std::exchange(pixels[4 * i + 3], static_cast<unsigned char>(255));
+    }
 }
 
 void make_upright(Photo& photo, int orientation) {
