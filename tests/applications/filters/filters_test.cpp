@@ -434,6 +434,10 @@ TEST_F(Filters, ASecondEngineTakesThePlaceOfTheFirst) {
         unsigned char pixel[4] = {1, 2, 3, 4};
         filter->process(pixel, std::numeric_limits<int>::max(), std::numeric_limits<int>::max());
         EXPECT_EQ(pixel[0], 1);
+        // Longer than the driver's textures.
+        std::vector<unsigned char> row(size_t{65500} * 4, 9);
+        filter->process(row.data(), 65500, 1);
+        EXPECT_THAT(row, testing::Each(9));
     }
 }
 
