@@ -21,31 +21,12 @@ constexpr int kCircle[16][2] = {{0, 3},  {1, 3},   {2, 2},   {3, 1},   {3, 0},  
                                 {0, -3}, {-1, -3}, {-2, -2}, {-3, -1}, {-3, 0}, {-3, 1}, {-2, 2}, {-1, 3}};
 
 struct Picture {
-    int width;
-    int height;
-    std::vector<unsigned char> pixels;
-
-    unsigned char& at(int x, int y) {
-        return pixels[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)];
-    }
+    int width, height;
+    std::vector<unsigned char> pixels =
+        std::vector<unsigned char>(static_cast<size_t>(width) * static_cast<size_t>(height));
 };
 
-Picture flat(int width, int height, unsigned char value = 0) {
-    return {width, height, std::vector<unsigned char>(static_cast<size_t>(width) * static_cast<size_t>(height), value)};
-}
-
 using Point = std::pair<int, int>;
-
-std::vector<Point> detect(const Picture& picture, const FastParams& params) {
-    std::vector<KeyPoint> keypoints(3, {9, 9, nullptr});
-    fast16(picture.pixels.data(), keypoints, picture.width, picture.height, &params);
-    std::vector<Point> points;
-    for (const KeyPoint& keypoint : keypoints) {
-        EXPECT_EQ(keypoint.values, nullptr);
-        points.emplace_back(keypoint.x, keypoint.y);
-    }
-    return points;
-}
 
 // The detector from its definitions, one pixel and one threshold at a time.
 class Model {
@@ -98,45 +79,33 @@ class Model {
     static constexpr int kNoCorner = -1;
 
     int64_t neighbour(int64_t index, int k) const {
-        return index + kCircle[k][1] * static_cast<int64_t>(m_Picture.width) + kCircle[k][0];
+        return index + kCircle[k % 16][1] * static_cast<int64_t>(m_Picture.width) + kCircle[k % 16][0];
     }
 
+    // The first and the last byte of the circle.
     bool circle_is_inside(int64_t index) const {
-        for (int k = 0; k < 16; ++k) {
-            if (neighbour(index, k) < 0 || neighbour(index, k) >= static_cast<int64_t>(m_Picture.pixels.size())) {
-                return false;
-            }
-        }
-        return true;
+        return neighbour(index, 9) >= 0 && neighbour(index, 1) < static_cast<int64_t>(m_Picture.pixels.size());
     }
 
     bool passes(int64_t index, int threshold) const {
         const int centre = m_Picture.pixels[static_cast<size_t>(index)];
-        for (int start = 0; start < 16; ++start) {
-            int darker = 0;
-            int brighter = 0;
-            for (int k = start; k < start + 9; ++k) {
-                const int value = m_Picture.pixels[static_cast<size_t>(neighbour(index, k % 16))];
-                darker += value < centre - threshold;
-                brighter += value > centre + threshold;
-            }
-            if (darker == 9 || brighter == 9) {
-                return true;
-            }
+        int darker = 0;
+        int brighter = 0;
+        for (int k = 0; k < 16 + 8 && darker < 9 && brighter < 9; ++k) {
+            const int value = m_Picture.pixels[static_cast<size_t>(neighbour(index, k))];
+            darker = value < centre - threshold ? darker + 1 : 0;
+            brighter = value > centre + threshold ? brighter + 1 : 0;
         }
-        return false;
+        return darker == 9 || brighter == 9;
     }
 
     // A neighbour that is no corner counts as score 0, so a corner that scores 0 is never a maximum.
     bool is_maximum(int x, int y) const {
-        for (int dy = -1; dy <= 1; ++dy) {
-            for (int dx = -1; dx <= 1; ++dx) {
-                if ((dx != 0 || dy != 0) && score(x, y) <= std::max(score(x + dx, y + dy), 0)) {
-                    return false;
-                }
-            }
+        int most = 0;
+        for (int i = 0; i < 9; ++i) {
+            most = std::max(most, i == 4 ? 0 : score(x + i % 3 - 1, y + i / 3 - 1));
         }
-        return true;
+        return score(x, y) > most;
     }
 
     const Picture& m_Picture;
@@ -146,16 +115,14 @@ class Model {
 
 // Blocks and lone pixels with noise: flat parts, plateaus of equal scores, dark and bright corners of every strength.
 Picture random_picture(int width, int height, uint32_t seed) {
-    Picture picture = flat(width, height);
+    Picture picture{width, height};
     const std::vector<unsigned char> random = random_bytes(picture.pixels.size() + 64, seed);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            const unsigned char noise = random[static_cast<size_t>(y * width + x)];
-            const int block = random[picture.pixels.size() + static_cast<size_t>((y / 4 * 7 + x / 5) % 64)] & 0xC0;
-            const int value =
-                noise < 20 ? 255 : (noise > 240 ? 0 : block + 30 + noise % (1 + static_cast<int>(seed % 9)));
-            picture.at(x, y) = static_cast<unsigned char>(value);
-        }
+    const auto columns = static_cast<size_t>(width);
+    for (size_t i = 0; i < picture.pixels.size(); ++i) {
+        const unsigned char noise = random[i];
+        const int block = random[picture.pixels.size() + (i / columns / 4 * 7 + i % columns / 5) % 64] & 0xC0;
+        const int value = noise < 20 ? 255 : (noise > 240 ? 0 : block + 30 + noise % (1 + static_cast<int>(seed % 9)));
+        picture.pixels[i] = static_cast<unsigned char>(value);
     }
     return picture;
 }
@@ -175,10 +142,16 @@ TEST(Fast16, EqualsTheDefinitions) {
         const auto check = [&](int width, int height, const FastParams& params) {
             const Picture picture = random_picture(width, height, ++seed);
             const std::vector<Point> expected = Model(picture, params).corners();
-            ASSERT_EQ(detect(picture, params), expected)
-                << width << " x " << height << ", threshold " << params.threshold << ", suppression "
-                << params.nonmax_suppression << ", min_dist " << params.min_dist << ", borders " << params.borderx
-                << " " << params.bordery;
+            std::vector<KeyPoint> keypoints(3, {9, 9, nullptr});
+            fast16(picture.pixels.data(), keypoints, width, height, &params);
+            std::vector<Point> points;
+            for (const KeyPoint& keypoint : keypoints) {
+                EXPECT_EQ(keypoint.values, nullptr);
+                points.emplace_back(keypoint.x, keypoint.y);
+            }
+            ASSERT_EQ(points, expected) << width << " x " << height << ", threshold " << params.threshold
+                                        << ", suppression " << params.nonmax_suppression << ", min_dist "
+                                        << params.min_dist << ", borders " << params.borderx << " " << params.bordery;
             found += expected.size();
         };
         for (int width = 1; width <= 90; ++width) {
@@ -210,21 +183,21 @@ TEST(Fast16, ScoreIsTheLargestThresholdThatPasses) {
 }
 
 TEST(Fast16, SizesAndPointersOfNoImage) {
-    const Picture picture = flat(8, 8, 3);
+    const std::vector<unsigned char> flat(64, 3);
     const FastParams params = {0, 1, 2, 0, 3, 3};
-    std::vector<KeyPoint> keypoints(1);
     const FastParams wide = {0, 1, 2, 0, kMax / 2, 0};
-    for (const auto& [width, height] :
-         {Point{0, 8}, {8, 0}, {-8, -8}, {kMin, kMin}, {kMax, 6}, {kMax, kMax}, {6, kMax / 8}, {8, 8}}) {
-        keypoints.assign(1, {1, 1, nullptr});
-        fast16(picture.pixels.data(), keypoints, width, height, width == 8 && height == 8 ? &params : &wide);
+    const auto expect_none = [](const unsigned char* pixels, int width, int height, const FastParams* given) {
+        std::vector<KeyPoint> keypoints(1, {1, 1, nullptr});
+        fast16(pixels, keypoints, width, height, given);
         EXPECT_TRUE(keypoints.empty()) << width << " x " << height;
+    };
+    for (const auto& [width, height] :
+         {Point{0, 8}, {8, 0}, {-8, -8}, {kMin, kMin}, {kMax, 6}, {kMax, kMax}, {6, kMax / 8}}) {
+        expect_none(flat.data(), width, height, &wide);
     }
-    for (const unsigned char* pixels : {static_cast<const unsigned char*>(nullptr), picture.pixels.data()}) {
-        keypoints.assign(1, {1, 1, nullptr});
-        fast16(pixels, keypoints, 8, 8, pixels == nullptr ? &params : nullptr);
-        EXPECT_TRUE(keypoints.empty());
-    }
+    expect_none(flat.data(), 8, 8, &params);
+    expect_none(flat.data(), 8, 8, nullptr);
+    expect_none(nullptr, 8, 8, &params);
 }
 
 TEST(MakeOffsets, WrapsThreeCirclesAndNoOther) {
