@@ -14,7 +14,10 @@ cd "$folder"
 
 awk '/^```cpp/ {inside = 1; next} /^```/ {inside = 0} inside' "$source/README.md" >example.cpp
 cmake --install "$build" --prefix "$folder/prefix" >install.log
-bash "$source/tests/consumer/headers_alone.sh" "$folder/prefix/include/korvane" "$CXX"
+# With nothing in front and the client's warnings on. Not on the path: the sources, the JDK.
+(cd prefix/include/korvane && find . -name '*.h' -printf '%P\0' | xargs -0 -P "$(nproc)" -I HEADER sh -c \
+    'echo "#include \"HEADER\"" | "$CXX" -std=c++20 -Wall -Wextra -Wconversion -Werror -fsyntax-only -I. -x c++ - ||
+        { echo "does not compile alone: HEADER"; exit 1; }')
 
 cmake -S "$source/tests/consumer" -B package -DCMAKE_PREFIX_PATH="$folder/prefix" -DSNIPPET="$folder/example.cpp" >cmake.log
 cmake --build package >build.log
