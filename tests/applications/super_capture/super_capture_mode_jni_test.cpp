@@ -30,18 +30,17 @@ TEST_F(SuperCaptureModeTest, AdvisesTheJavaObject) {
                 testing::ElementsAre("Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeCreate  width:4, "
                                      "height:2, format:17",
                                      "m_Width:4, m_Height:2"));
-    const auto process = [&](jlong to, jbyteArray data) { call_void(mode, "nativeProcess", "(J[B)V", to, data); };
-    process(handle, nullptr);
-    process(handle, bytes(7, 200));
-    process(0, bytes(12, 200));
-    EXPECT_EQ(int_field(mode, "reports"), 0);
-    process(handle, bytes(12, 35));
-    EXPECT_EQ(int_field(mode, "reports"), 1);
-    EXPECT_EQ(float_field(mode, "aperture"), 2.8F);
-    EXPECT_EQ(int_field(mode, "gain"), 2);
-    process(handle, bytes(8, 255));
-    EXPECT_EQ(float_field(mode, "aperture"), 22.0F);
-    EXPECT_EQ(int_field(mode, "gain"), -2);
+    const auto expect_after = [&](jlong to, jbyteArray data, int reports, float aperture, int gain) {
+        call_void(mode, "nativeProcess", "(J[B)V", to, data);
+        EXPECT_EQ(int_field(mode, "reports"), reports);
+        EXPECT_EQ(float_field(mode, "aperture"), aperture);
+        EXPECT_EQ(int_field(mode, "gain"), gain);
+    };
+    expect_after(handle, nullptr, 0, 0, 0);
+    expect_after(handle, bytes(7, 200), 0, 0, 0);
+    expect_after(0, bytes(12, 200), 0, 0, 0);
+    expect_after(handle, bytes(12, 35), 1, 2.8F, 2);
+    expect_after(handle, bytes(8, 255), 2, 22.0F, -2);
 
     set_field(mode, "throwFromCallback", true);
     const jmethodID method = env->GetMethodID(env->GetObjectClass(mode), "nativeProcess", "(J[B)V");
