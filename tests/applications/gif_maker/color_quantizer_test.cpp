@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <functional>
-#include <iterator>
 #include <limits>
 #include <numeric>
 #include <random>
@@ -39,10 +38,8 @@ std::vector<Color> palette_of(const Pixels& pixels, int32_t colorCount) {
     return quantizer.getPalette(colorCount);
 }
 
-using Sum = std::array<double, 3>;
-
-Sum sum_of(const Pixels& pixels) {
-    Sum total = {};
+std::array<double, 3> sum_of(const Pixels& pixels) {
+    std::array<double, 3> total = {};
     for (const Pixel& pixel : pixels) {
         std::transform(pixel.begin(), pixel.end(), total.begin(), total.begin(), std::plus<double>());
     }
@@ -50,13 +47,14 @@ Sum sum_of(const Pixels& pixels) {
 }
 
 Pixel mean_of(const Pixels& pixels) {
-    const Sum total = sum_of(pixels);
+    const auto [r, g, b] = sum_of(pixels);
     const int count = std::max(1, static_cast<int>(pixels.size()));
-    return {static_cast<int>(total[0]) / count, static_cast<int>(total[1]) / count, static_cast<int>(total[2]) / count};
+    return {static_cast<int>(r) / count, static_cast<int>(g) / count, static_cast<int>(b) / count};
 }
 
+// No number without pixels.
 double squares_per_pixel(const Pixels& pixels) {
-    const Sum total = sum_of(pixels);
+    const auto total = sum_of(pixels);
     return std::inner_product(total.begin(), total.end(), total.begin(), 0.0) / static_cast<double>(pixels.size());
 }
 
@@ -66,98 +64,76 @@ int distance_of(const Pixel& a, const Pixel& b) {
 
 // Wu's method from its definitions: boxes are lists of pixels, and every plane of every box is tried by adding up what
 // lies on its two sides. Sums stay below 2^24, so that single precision would be exact too.
-class ExhaustiveSplitter {
-  public:
-    explicit ExhaustiveSplitter(const Pixels& pixels) : m_Pixels(pixels), m_Boxes{{pixels, {0, 0, 0}, {32, 32, 32}}} {}
-
-    std::vector<Color> palette(size_t colorCount) {
-        while (m_Boxes.size() < colorCount) {
-            const auto next = std::max_element(m_Boxes.begin(), m_Boxes.end(),
-                                               [](const Box& a, const Box& b) { return a.variance < b.variance; });
-            const bool isFirst = m_Boxes.size() == 1;
-            if ((!isFirst && next->variance <= 0) || (!split(static_cast<size_t>(next - m_Boxes.begin())) && isFirst)) {
-                break;
-            }
-        }
-        return means();
-    }
-
-  private:
-    struct Box {
-        Pixels pixels;
-        Pixel above;  // cells greater than this
-        Pixel upTo;
-        double variance = 0;
-    };
-
-    static double variance(const Box& box) {
-        double squares = 0;
-        for (const Pixel& pixel : box.pixels) {
-            squares += distance_of(pixel, {0, 0, 0});
-        }
-        const bool isOneCell = distance_of(box.above, box.upTo) == 3;  // cells differ by at least 1 on each axis
-        return isOneCell ? 0 : squares - squares_per_pixel(box.pixels);
-    }
-
-    static std::array<Box, 2> parted(const Box& box, size_t axis, int plane) {
-        std::array<Box, 2> parts = {Box{{}, box.above, box.upTo}, Box{{}, box.above, box.upTo}};
-        parts[0].upTo[axis] = parts[1].above[axis] = plane;
-        for (const Pixel& pixel : box.pixels) {
-            parts[pixel[axis] / 8 + 1 > plane ? 1 : 0].pixels.push_back(pixel);
-        }
-        return parts;
-    }
-
-    bool split(size_t index) {
-        double best = 0;
-        std::array<Box, 2> bestParts;
-        for (size_t axis = 0; axis < 3; ++axis) {
-            for (int plane = m_Boxes[index].above[axis] + 1; plane < m_Boxes[index].upTo[axis]; ++plane) {
-                std::array<Box, 2> parts = parted(m_Boxes[index], axis, plane);
-                if (parts[0].pixels.empty() || parts[1].pixels.empty()) {
-                    continue;
-                }
-                const double score = squares_per_pixel(parts[0].pixels) + squares_per_pixel(parts[1].pixels);
-                if (score > best) {
-                    best = score;
-                    bestParts = std::move(parts);
-                }
-            }
-        }
-        if (best == 0) {
-            m_Boxes[index].variance = 0;
-            return false;
-        }
-        for (Box& part : bestParts) {
-            part.variance = variance(part);
-        }
-        m_Boxes[index] = bestParts[0];
-        m_Boxes.push_back(bestParts[1]);
-        return true;
-    }
-
-    std::vector<Color> means() const {
-        std::vector<Pixels> groups(m_Boxes.size());
-        Pixels centres;
-        std::transform(m_Boxes.begin(), m_Boxes.end(), std::back_inserter(centres),
-                       [](const Box& box) { return mean_of(box.pixels); });
-        for (const Pixel& pixel : m_Pixels) {
-            const auto nearest = std::min_element(centres.begin(), centres.end(), [&](const Pixel& a, const Pixel& b) {
-                return distance_of(a, pixel) < distance_of(b, pixel);
-            });
-            groups[static_cast<size_t>(nearest - centres.begin())].push_back(pixel);
-        }
-        std::vector<Color> colors;
-        for (const Pixels& group : groups) {
-            const Pixel mean = mean_of(group);
-            colors.push_back({mean[0], mean[1], mean[2], 255});
-        }
-        return colors;
-    }
-
-    const Pixels& m_Pixels;
-    std::vector<Box> m_Boxes;
+struct Box {
+    Pixels pixels;
+    Pixel above = {0, 0, 0};  // cells greater than this
+    Pixel upTo = {32, 32, 32};
+    double variance = 0;
 };
+
+double variance_of(const Box& box) {
+    double squares = 0;
+    for (const Pixel& pixel : box.pixels) {
+        squares += distance_of(pixel, {0, 0, 0});
+    }
+    const bool isOneCell = distance_of(box.above, box.upTo) == 3;  // cells differ by at least 1 on each axis
+    return isOneCell ? 0 : squares - squares_per_pixel(box.pixels);
+}
+
+// The best two, or none.
+std::vector<Box> parts_of(const Box& box) {
+    double best = 0;
+    std::vector<Box> result;
+    for (size_t axis = 0; axis < 3; ++axis) {
+        for (int plane = box.above[axis] + 1; plane < box.upTo[axis]; ++plane) {
+            std::vector<Box> parts(2, {{}, box.above, box.upTo});
+            parts[0].upTo[axis] = parts[1].above[axis] = plane;
+            for (const Pixel& pixel : box.pixels) {
+                parts[pixel[axis] / 8 + 1 > plane ? 1 : 0].pixels.push_back(pixel);
+            }
+            const double score = squares_per_pixel(parts[0].pixels) + squares_per_pixel(parts[1].pixels);
+            if (score > best) {
+                best = score;
+                result = std::move(parts);
+            }
+        }
+    }
+    for (Box& part : result) {
+        part.variance = variance_of(part);
+    }
+    return result;
+}
+
+std::vector<Color> exhaustive_palette(const Pixels& pixels, size_t colorCount) {
+    std::vector<Box> boxes = {{pixels}};
+    while (boxes.size() < colorCount) {
+        const bool isFirst = boxes.size() == 1;
+        const auto next = std::max_element(boxes.begin(), boxes.end(),
+                                           [](const Box& a, const Box& b) { return a.variance < b.variance; });
+        const std::vector<Box> parts = parts_of(*next);
+        if (isFirst ? parts.empty() : next->variance <= 0) {
+            break;
+        }
+        next->variance = 0;
+        if (!parts.empty()) {
+            *next = parts[0];
+            boxes.push_back(parts[1]);
+        }
+    }
+    std::vector<Pixels> groups(boxes.size());
+    for (const Pixel& pixel : pixels) {
+        const auto nearest = std::min_element(boxes.begin(), boxes.end(), [&](const Box& a, const Box& b) {
+            return distance_of(mean_of(a.pixels), pixel) < distance_of(mean_of(b.pixels), pixel);
+        });
+        groups[static_cast<size_t>(nearest - boxes.begin())].push_back(pixel);
+    }
+    std::vector<Color> colors;
+    for (const Pixels& group : groups) {
+        const auto [r, g, b] = mean_of(group);
+        colors.push_back({r, g, b, 255});
+    }
+    return colors;
+}
 
 Pixels random_pixels(size_t count, uint32_t seed, int step) {
     std::mt19937 generator(seed);
@@ -190,12 +166,12 @@ Pixels photo() {
 
 void expect_exhaustive_palettes(const Pixels& pixels) {
     for (const int colorCount : {1, 2, 3, 7, 16, 64, 512}) {
-        EXPECT_EQ(palette_of(pixels, colorCount), ExhaustiveSplitter(pixels).palette(static_cast<size_t>(colorCount)))
+        EXPECT_EQ(palette_of(pixels, colorCount), exhaustive_palette(pixels, static_cast<size_t>(colorCount)))
             << colorCount << " colors";
     }
 }
 
-TEST(ColorQuantizer, EqualsTheExhaustiveSplitterOnTinyImages) {
+TEST(ColorQuantizer, EqualsTheExhaustiveMethodOnTinyImages) {
     for (uint32_t seed = 0; seed < 120; ++seed) {
         SCOPED_TRACE(seed);
         // Coarse steps make boxes of one color, ties between axes and pixels as far from one entry as from another.

@@ -11,23 +11,14 @@ constexpr char kClass[] = "com/tervo/media/effects/pano/PanoramaModule";
 
 using PanoramaJniTest = JvmTest;
 
-std::string hex(jlong handle) {
-    char text[32];
-    std::snprintf(text, sizeof(text), "%p", reinterpret_cast<void*>(handle));
-    return text;
-}
-
 TEST_F(PanoramaJniTest, BadArgumentsGiveNoHandle) {
     const jobject panorama = new_object(kClass, "()V");
-    struct Case {
-        int width, height, format;
-    };
-    for (const Case& c :
-         {Case{0, 480, 1}, Case{640, 0, 1}, Case{-640, -480, 1}, Case{640, 480, 0}, Case{640, 480, 4}}) {
+    for (const auto& [width, height, format] :
+         {std::tuple(0, 480, 1), {640, 0, 1}, {-640, -480, 1}, {640, 480, 0}, {640, 480, 4}}) {
         StandardErrorCapture standardError;
-        EXPECT_EQ(call_long(panorama, "nativeCreate", "(III)J", c.width, c.height, c.format), 0);
-        const std::string arguments = "width:" + std::to_string(c.width) + ", height:" + std::to_string(c.height) +
-                                      ", format:" + std::to_string(c.format);
+        EXPECT_EQ(call_long(panorama, "nativeCreate", "(III)J", width, height, format), 0);
+        const std::string arguments = "width:" + std::to_string(width) + ", height:" + std::to_string(height) +
+                                      ", format:" + std::to_string(format);
         EXPECT_THAT(
             standardError.log_lines(),
             testing::ElementsAre("Java_com_tervo_media_effects_pano_PanoramaModule_nativeCreate " + arguments,
@@ -73,12 +64,11 @@ TEST_F(PanoramaJniTest, ASweepWritesTheOffsetsOfTakenFrames) {
         });
     env->DeleteGlobalRef(shared);
     const std::vector<std::string> lines = standardError.log_lines();
-    EXPECT_THAT(lines, testing::Contains("Java_com_tervo_media_effects_pano_PanoramaModule_nativeProcess pano_handle:" +
-                                         hex(handle) + ", data:(nil), gyroX:1.000000, gyroY:1.000000")
-                           .Times(2));
-    EXPECT_THAT(lines,
-                testing::Contains("Java_com_tervo_media_effects_pano_PanoramaModule_nativeDestroy  pano_handle:" +
-                                  hex(handle)));
+    const std::string method = "Java_com_tervo_media_effects_pano_PanoramaModule_native";
+    const std::string shown = " pano_handle:" + testing::PrintToString(reinterpret_cast<void*>(handle));
+    EXPECT_THAT(
+        lines, testing::Contains(method + "Process" + shown + ", data:(nil), gyroX:1.000000, gyroY:1.000000").Times(2));
+    EXPECT_THAT(lines, testing::Contains(method + "Destroy " + shown));
 }
 
 TEST_F(PanoramaJniTest, JudgesTheSizeOfAFrameBeforeTheArray) {

@@ -6,9 +6,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
+#include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "applications/pano/frame_convert.h"
@@ -31,11 +32,10 @@ std::vector<std::string> lines_of_caller(const LogCapture& log) {
     return lines;
 }
 
-std::string push_line(const unsigned char* buffer, float gyroX, float gyroY) {
-    char text[128];
-    std::snprintf(text, sizeof(text), "PanoramaModule::pushFrame pBuffer:%p, gyroX:%f, gyroY:%f\n",
-                  static_cast<const void*>(buffer), static_cast<double>(gyroX), static_cast<double>(gyroY));
-    return text;
+std::string push_line(unsigned char* buffer, float gyroX, float gyroY) {
+    return "PanoramaModule::pushFrame pBuffer:" +
+           (buffer == nullptr ? "(nil)" : testing::PrintToString(static_cast<void*>(buffer))) +
+           ", gyroX:" + std::to_string(gyroX) + ", gyroY:" + std::to_string(gyroY) + "\n";
 }
 
 // By result.
@@ -82,8 +82,7 @@ TEST(PanoramaModule, OffsetsDirectionsAndResultsOfASweep) {
             int offsetY = kUnwritten;
             LogCapture log;
             EXPECT_EQ(module.pushFrame(frame.data(), step.gyroX, step.gyroY, offsetX, offsetY), step.result);
-            EXPECT_EQ(offsetX, step.offsetX);
-            EXPECT_EQ(offsetY, step.offsetY);
+            EXPECT_EQ(std::pair(offsetX, offsetY), std::pair(step.offsetX, step.offsetY));
             EXPECT_EQ(module.getDirectionType(), step.direction);
             EXPECT_EQ(lines_of_caller(log),
                       (std::vector<std::string>{push_line(frame.data(), step.gyroX, step.gyroY), kLines[step.result]}));
@@ -103,12 +102,12 @@ TEST(PanoramaModule, RefusesFramesWithoutASweepABufferOrMemory) {
     EXPECT_EQ(frame, Frame(kBytes, 1));
     // Just more than a signed 32-bit size holds. Nothing is read of a frame that cannot be had.
     ASSERT_EQ(module.startup(1 << 16, 21846, 3, nullptr), 0);
-    log.clear();
-    EXPECT_EQ(module.pushFrame(nullptr, 1, 1, x, y), 3);
-    EXPECT_EQ(module.pushFrame(frame.data(), 1, 1, x, y), 3);
-    EXPECT_EQ(module.pushFrame(frame.data(), 1, 1, x, y), 1);
-    EXPECT_EQ(log.lines(), (std::vector<std::string>{push_line(nullptr, 1, 1), kLines[3], push_line(frame.data(), 1, 1),
-                                                     kLines[3], push_line(frame.data(), 1, 1), kLines[1]}));
+    for (const auto& [buffer, result] :
+         {std::pair<unsigned char*, int>(nullptr, 3), {frame.data(), 3}, {frame.data(), 1}}) {
+        log.clear();
+        EXPECT_EQ(module.pushFrame(buffer, 1, 1, x, y), result);
+        EXPECT_EQ(log.lines(), (std::vector<std::string>{push_line(buffer, 1, 1), kLines[result]}));
+    }
 }
 
 TEST(PanoramaModule, WorkerKeepsTheLatestFrameAsYv12) {

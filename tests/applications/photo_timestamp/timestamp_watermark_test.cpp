@@ -17,16 +17,14 @@ TEST(TimestampWatermark, StampsLikeThePlainModelInEveryShapeOfFrame) {
     const int sizes[][2] = {{4000, 2250}, {4000, 3000}, {3000, 4000}, {2250, 4000}, {1280, 720}, {641, 481},
                             {910, 500},   {333, 250},   {99, 75},     {97, 1200},   {1001, 37},  {40, 30},
                             {8, 6},       {1, 1},       {1, 100},     {100, 1},     {1600, 1600}};
-    for (const auto& size : sizes) {
+    for (const auto& [width, height] : sizes) {
         for (const char* text : {kText, "7", " ", "--::", "88888888888888888888888888"}) {
-            SCOPED_TRACE(std::to_string(size[0]) + " x " + std::to_string(size[1]) + " '" + text + "'");
-            const size_t bytes = static_cast<size_t>(size[0]) * static_cast<size_t>(size[1]) * 2;
-            std::vector<unsigned char> expected = random_bytes(bytes, 1);
+            std::vector<unsigned char> expected = random_bytes(size_t{2} * static_cast<size_t>(width * height), 1);
             // Exactly as long as the frame, on the heap: the address sanitizer sees a byte beyond.
             std::vector<unsigned char> frame = expected;
-            model_stamp(expected, size[0], size[1], text);
-            EXPECT_TRUE(make_photo_timestamp_watermark_to_yuyv(frame.data(), size[0], size[1], text, 7));
-            EXPECT_TRUE(frame == expected);
+            model_stamp(expected, width, height, text);
+            EXPECT_TRUE(make_photo_timestamp_watermark_to_yuyv(frame.data(), width, height, text, 7));
+            EXPECT_TRUE(frame == expected) << width << " x " << height << " '" << text << "'";
         }
     }
 }
@@ -34,15 +32,17 @@ TEST(TimestampWatermark, StampsLikeThePlainModelInEveryShapeOfFrame) {
 TEST(TimestampWatermark, RefusesWhatItCannotDrawAndLeavesTheFrame) {
     const std::vector<unsigned char> before = random_bytes(640 * 480 * 2, 2);
     std::vector<unsigned char> frame = before;
-    for (const char* text : {"", "2016/01/02", "12:00 PM", "\xff", "1\n"}) {
-        EXPECT_FALSE(make_photo_timestamp_watermark_to_yuyv(frame.data(), 640, 480, text, 0)) << text;
+    const auto stamp = [&](const char* text, int width = 640, int height = 480) {
+        return make_photo_timestamp_watermark_to_yuyv(frame.data(), width, height, text, 0);
+    };
+    for (const char* text : {"", "2016/01/02", "12:00 PM", "\xff", "1\n", static_cast<const char*>(nullptr)}) {
+        EXPECT_FALSE(stamp(text)) << testing::PrintToString(text);
     }
+    EXPECT_FALSE(stamp(kText, 0));
+    EXPECT_FALSE(stamp(kText, 640, -1));
     EXPECT_FALSE(make_photo_timestamp_watermark_to_yuyv(nullptr, 640, 480, kText, 0));
-    EXPECT_FALSE(make_photo_timestamp_watermark_to_yuyv(frame.data(), 640, 480, nullptr, 0));
-    EXPECT_FALSE(make_photo_timestamp_watermark_to_yuyv(frame.data(), 0, 480, kText, 0));
-    EXPECT_FALSE(make_photo_timestamp_watermark_to_yuyv(frame.data(), 640, -1, kText, 0));
     // A very long text makes a strip of some 30 megabytes, and a stamp far wider than the frame.
-    EXPECT_TRUE(make_photo_timestamp_watermark_to_yuyv(frame.data(), 640, 480, std::string(2'000, '8').c_str(), 0));
+    EXPECT_TRUE(stamp(std::string(2'000, '8').c_str()));
     EXPECT_TRUE(frame == before);
 }
 
@@ -67,26 +67,27 @@ TEST(TimestampWatermark, DrawSymbolClipsAndReadsTheBitmapOnWithoutGaps) {
     Symbol glyph{'x', 3, 2, bitmap};
     struct Case {
         int x, y, width, height;
-        std::vector<unsigned char> expected;  // 4 x 3
+        std::vector<unsigned char> expected;
     };
+    const std::vector<unsigned char> untouched(12, 9);  // 4 x 3
     const Case cases[] = {
         {0, 0, 3, 2, {255, 205, 155, 9, 105, 55, 5, 9, 9, 9, 9, 9}},
         {2, 1, 3, 2, {9, 9, 9, 9, 9, 9, 255, 205, 9, 9, 155, 105}},
         {-1, -1, 3, 2, {255, 205, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9}},
         {0, 0, 99, 99, {255, 205, 155, 105, 55, 5, 9, 9, 9, 9, 9, 9}},
-        {2147483647, 0, 2147483647, 2, std::vector<unsigned char>(12, 9)},
-        {0, 0, -3, 2, std::vector<unsigned char>(12, 9)},
+        {2147483647, 0, 2147483647, 2, untouched},
+        {0, 0, -3, 2, untouched},
     };
     for (const Case& c : cases) {
-        std::vector<unsigned char> image(12, 9);
+        std::vector<unsigned char> image = untouched;
         DrawSymbol(image.data(), 4, 3, &glyph, c.x, c.y, c.width, c.height);
         EXPECT_EQ(image, c.expected) << c.x << ", " << c.y;
     }
-    std::vector<unsigned char> image(12, 9);
+    std::vector<unsigned char> image = untouched;
     DrawSymbol(image.data(), 4, 3, GetTimestampSymbol_4_to_3(' '), 0, 0, 60, 160);
     DrawSymbol(image.data(), 4, 3, nullptr, 0, 0, 60, 160);
     DrawSymbol(nullptr, 4, 3, &glyph, 0, 0, 3, 2);
-    EXPECT_EQ(image, std::vector<unsigned char>(12, 9));
+    EXPECT_EQ(image, untouched);
 }
 
 }  // namespace
