@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <initializer_list>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <vector>
 
@@ -85,36 +86,32 @@ Values random_image(Size size, uint32_t seed) {
 // With `dim` slots, which need not be a number that fits the image, and one more that nothing may touch.
 void expect_model(Size size, unsigned int dim, const Values& img) {
     SCOPED_TRACE(testing::Message() << size.rows << " x " << size.cols << ", " << dim << " slots");
-    const Model model(img, size, (static_cast<size_t>(dim) + 255) / 256);
-    std::vector<long> steps(dim + 1, std::numeric_limits<long>::max());
-    std::vector<long> expected = steps;
-    std::vector<char> counts(dim + 1, static_cast<char>(-1));
-    std::vector<char> expectedCounts = counts;
+    Model model(img, size, (static_cast<size_t>(dim) + 255) / 256);
+    std::erase_if(model.slots, [&](size_t slot) { return slot >= dim; });
+    const auto expect_stepped = [&](auto walk, auto from, auto to) {
+        std::vector<decltype(from)> vec(dim + 1, from);
+        auto expected = vec;
+        for (const size_t slot : model.slots) {
+            expected[slot] = to;
+        }
+        Values used = img;
+        walk(vec.data(), dim, used.data(), size.rows, size.cols);
+        EXPECT_EQ(vec, expected);
+        EXPECT_EQ(used, model.image);
+    };
+    using Limits = std::numeric_limits<long>;
+    expect_stepped(lbp_pyr_features, static_cast<char>(-1), static_cast<char>(0));
+    expect_stepped(lbp_pyr_addvec, Limits::max(), Limits::min());
+    expect_stepped(lbp_pyr_subvec, Limits::min(), Limits::max());
     std::vector<double> weights(dim + 1, 1e9);
-    double dot = 0;
     for (size_t i = 0; i < dim; ++i) {
         weights[i] = 1.0 / static_cast<double>(i + 3);
     }
-    for (const size_t slot : model.slots) {
-        if (slot < dim) {
-            expected[slot] = std::numeric_limits<long>::min();
-            expectedCounts[slot] = 0;
-            dot += weights[slot];
-        }
-    }
-    const auto with_image = [&](const auto& action) {
-        Values used = img;
-        action(used.data());
-        EXPECT_EQ(used, model.image);
-    };
-    with_image([&](unsigned int* used) { lbp_pyr_features(counts.data(), dim, used, size.rows, size.cols); });
-    EXPECT_EQ(counts, expectedCounts);
-    with_image([&](unsigned int* used) { lbp_pyr_addvec(steps.data(), dim, used, size.rows, size.cols); });
-    EXPECT_EQ(steps, expected);
-    with_image([&](unsigned int* used) { lbp_pyr_subvec(steps.data(), dim, used, size.rows, size.cols); });
-    EXPECT_EQ(steps, std::vector<long>(dim + 1, std::numeric_limits<long>::max()));
-    with_image(
-        [&](unsigned int* used) { EXPECT_EQ(lbp_pyr_dotprod(weights.data(), dim, used, size.rows, size.cols), dot); });
+    Values used = img;
+    EXPECT_EQ(lbp_pyr_dotprod(weights.data(), dim, used.data(), size.rows, size.cols),
+              std::accumulate(model.slots.begin(), model.slots.end(), 0.0,
+                              [&](double dot, size_t slot) { return dot + weights[slot]; }));
+    EXPECT_EQ(used, model.image);
 }
 
 void expect_sparse_model(Size size, unsigned int entries, const Values& img) {

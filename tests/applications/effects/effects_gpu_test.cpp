@@ -24,15 +24,11 @@ jlong current_context(JNIEnv* /*env*/, jclass /*type*/) {
     return reinterpret_cast<jlong>(eglGetCurrentContext());
 }
 
-std::vector<unsigned char> bytes_of(JNIEnv* env, jbyteArray array) {
-    std::vector<unsigned char> bytes(static_cast<size_t>(env->GetArrayLength(array)));
-    env->GetByteArrayRegion(array, 0, static_cast<jsize>(bytes.size()), reinterpret_cast<jbyte*>(bytes.data()));
-    return bytes;
-}
-
 // The image and the picture go with the context.
 void show(JNIEnv* env, jclass /*type*/, jint texture, jint width, jint height, jbyteArray rgba) {
-    show_through(static_cast<GLuint>(texture), new_texture(width, height, bytes_of(env, rgba).data()));
+    std::vector<unsigned char> bytes(static_cast<size_t>(env->GetArrayLength(rgba)));
+    env->GetByteArrayRegion(rgba, 0, static_cast<jsize>(bytes.size()), reinterpret_cast<jbyte*>(bytes.data()));
+    show_through(static_cast<GLuint>(texture), new_texture(width, height, bytes.data()));
 }
 
 jbyteArray surface_pixels(JNIEnv* env, jclass /*type*/, jint width, jint height) {

@@ -110,21 +110,16 @@ class FiltersRender : public JvmTest {
     jobject m_Render = nullptr;
 };
 
-// A table of 4096 x 64 whose rows and columns run against the identity, as RGBA and as the reference takes it.
-struct InvertingTable {
-    InvertingTable() {
-        for (int i = 0; i < 4096 * 64; ++i) {
-            const int colour[] = {255 - 4 * (i / 4096), 100, 4 * (i % 64)};
-            for (const int value : colour) {
-                rgba.push_back(static_cast<unsigned char>(value));
-                reference.pixels.push_back(static_cast<unsigned char>(value));
-            }
-            rgba.push_back(7);
+// A table whose rows and columns run against the identity.
+ReferenceImage inverting_table() {
+    ReferenceImage table{4096, 64, 4, {}};
+    for (int i = 0; i < 4096 * 64; ++i) {
+        for (const int value : {255 - 4 * (i / 4096), 100, 4 * (i % 64), 7}) {
+            table.pixels.push_back(static_cast<unsigned char>(value));
         }
     }
-    std::vector<unsigned char> rgba;
-    ReferenceImage reference{4096, 64, 3, {}};
-};
+    return table;
+}
 
 // A filter reads the bytes of any value as its own type, here as floats, with zeros behind a value that is too short.
 TEST_F(FiltersRender, EachSetterBringsItsValueToTheFilter) {
@@ -191,10 +186,10 @@ TEST_F(FiltersRender, SetsNothingFromWhatIsMissingShortOrUnknown) {
 
 TEST_F(FiltersRender, TakesALookupTableAsABitmap) {
     const ReferenceImage input = smooth_picture(45, 32);
-    const InvertingTable inverting;
-    const jobject right = new_bitmap(4096, 64, inverting.rgba);
+    const ReferenceImage inverting = inverting_table();
+    const jobject right = new_bitmap(4096, 64, inverting.pixels);
     const jobject wrong = new_bitmap(64, 64, std::vector<unsigned char>(64 * 64 * 4, 9));
-    const jobject recycled = new_bitmap(4096, 64, inverting.rgba);
+    const jobject recycled = new_bitmap(4096, 64, inverting.pixels);
     call_void(recycled, "recycle", "()V");
     const jlong handle = create("ImageFilterTable");
     EXPECT_EQ(type_of(handle, "mFilterBitmap"), 10);
@@ -224,9 +219,8 @@ TEST_F(FiltersRender, TakesALookupTableAsABitmap) {
     EXPECT_EQ(skipped, (Lines{name + "1" + end, name + "2" + end}));
 
     set_table(handle, "mFilterBitmap", right);
-    expect_close(
-        reference_filter("Table", {.strength = 1, .table = &inverting.reference}, input, 45, 32, kCameraCorners),
-        processed(handle, input), 3);
+    expect_close(reference_filter("Table", {.strength = 1, .table = &inverting}, input, 45, 32),
+                 processed(handle, input), 3);
     destroy(handle);
 }
 
@@ -262,7 +256,7 @@ TEST_F(FiltersRender, DrawsOnTheApplicationsSurface) {
                   type_of(handle, "mStrength");
               }),
               (Lines{entry("nativeSetBitmap pImageFilterBaseGL:") + pointer(handle), entry("nativeGetParameterType")}));
-    const ReferenceImage expected = reference_filter("Xray", {}, input, 40, 30, kCameraCorners);
+    const ReferenceImage expected = reference_filter("Xray", {}, input, 40, 30);
     expect_close(expected, surface.pixels(), 3);
 
     // Neither an empty size nor a bitmap without pixels takes the input away.
@@ -327,7 +321,7 @@ TEST_F(FiltersRender, WithoutAFilterOrPixelsOnlyLogs) {
     process(handle, bitmap);
     process(handle, nullptr);
     EXPECT_EQ(lock_count(bitmap), 0);
-    expect_close(reference_filter("None", {}, input, 8, 6, kCameraCorners), processed(handle, input), 3);
+    expect_close(reference_filter("None", {}, input, 8, 6), processed(handle, input), 3);
     EXPECT_NE(eglGetCurrentContext(), EGL_NO_CONTEXT);
     destroy(handle);
     EXPECT_EQ(eglGetCurrentContext(), EGL_NO_CONTEXT);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <map>
 
@@ -119,18 +120,14 @@ const std::map<std::string, Shader> kShaders = {
 }  // namespace
 
 ReferenceImage reference_filter(const std::string& name, const ReferenceParameters& parameters,
-                                const ReferenceImage& input, int width, int height, const ReferenceCorners& corners) {
+                                const ReferenceImage& input, int width, int height) {
     const Shader shader = kShaders.at(name);
     ReferenceImage output{width, height, 4, {}};
     for (int row = 0; row < height; ++row) {
         for (int column = 0; column < width; ++column) {
-            const double x = (column + 0.5) / width;
-            const double y = (row + 0.5) / height;
-            const auto at = [&](size_t k) {
-                return (corners[k] * (1 - x) + corners[k + 2] * x) * (1 - y) +
-                       (corners[k + 4] * (1 - x) + corners[k + 6] * x) * y;
-            };
-            for (const double value : shader(input, at(0), at(1), parameters)) {
+            const double s = 1 - (row + 0.5) / height;
+            const double t = 1 - (column + 0.5) / width;
+            for (const double value : shader(input, s, t, parameters)) {
                 output.pixels.push_back(static_cast<unsigned char>(std::lround(std::clamp(value, 0.0, 1.0) * 255)));
             }
         }

@@ -3,7 +3,6 @@
 #ifndef KORVANE_TESTS_APPLICATIONS_FILTERS_REFERENCE_FILTERS_H_
 #define KORVANE_TESTS_APPLICATIONS_FILTERS_REFERENCE_FILTERS_H_
 
-#include <array>
 #include <string>
 #include <vector>
 
@@ -24,14 +23,9 @@ struct ReferenceParameters {
     const ReferenceImage* table = nullptr;
 };
 
-// Texture coordinates of the quad's corners, in strip order: (-1, -1), (1, -1), (-1, 1), (1, 1).
-using ReferenceCorners = std::array<double, 8>;
-inline constexpr ReferenceCorners kCameraCorners = {1, 1, 1, 0, 0, 1, 0, 0};
-inline constexpr ReferenceCorners kUprightCorners = {0, 0, 1, 0, 0, 1, 1, 1};
-
-// `name` without its "ImageFilter". Rows of the result run upwards, as GL reads them back.
+// `name` without its "ImageFilter", turned as camera frames are. Rows of the result run upwards, as GL reads them back.
 ReferenceImage reference_filter(const std::string& name, const ReferenceParameters& parameters,
-                                const ReferenceImage& input, int width, int height, const ReferenceCorners& corners);
+                                const ReferenceImage& input, int width, int height);
 
 // No byte is more than `largest` steps away, and the mean is at most `mean` away: one rounding apart in most places is
 // the worst there may be.

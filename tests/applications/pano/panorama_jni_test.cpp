@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 
-#include "tests/applications/pano/panorama_module_peer.h"
+#include "applications/pano/panorama_interface.h"
 #include "tests/support/jvm.h"
 #include "tests/support/standard_error.h"
 
 namespace {
 
+// The end of a sweep by nativeDestroy is one of the native cases.
 constexpr char kClass[] = "com/tervo/media/effects/pano/PanoramaModule";
 
 using PanoramaJniTest = JvmTest;
@@ -25,7 +26,10 @@ TEST_F(PanoramaJniTest, BadArgumentsGiveNoHandle) {
                                  testing::StartsWith("PanoramaModule::startup " + arguments + ", onErrorCb:0x")));
     }
     EXPECT_EQ(call_int(panorama, "nativeProcess", "(J[BFF)I", jlong{0}, nullptr, 1.0, 2.0), 0);
+    StandardErrorCapture standardError;
     call_void(panorama, "nativeDestroy", "(J)V", jlong{0});
+    EXPECT_THAT(standardError.log_lines(),
+                testing::Contains("Java_com_tervo_media_effects_pano_PanoramaModule_nativeDestroy  pano_handle:(nil)"));
 }
 
 TEST_F(PanoramaJniTest, ASweepWritesTheOffsetsOfTakenFrames) {
@@ -50,25 +54,13 @@ TEST_F(PanoramaJniTest, ASweepWritesTheOffsetsOfTakenFrames) {
     EXPECT_EQ(process(frame, 10, 25), 2);
     EXPECT_EQ(int_field(panorama, "mOffsetX"), 70);
 
-    // Destruction ends only with a frame for the worker to take.
-    PanoramaModule& module = PanoramaModulePeer::moduleOf(*reinterpret_cast<PanoramaInterface*>(handle));
-    JavaVM* machine = nullptr;
-    ASSERT_EQ(env->GetJavaVM(&machine), JNI_OK);
-    const jobject shared = env->NewGlobalRef(panorama);
-    PanoramaModulePeer::closeWithAFrameQueued(
-        module, [&] { EXPECT_EQ(process(frame, 10, 20), 0); },
-        [&] {
-            JNIEnv* own = jvm_env();
-            own->CallVoidMethod(shared, own->GetMethodID(own->GetObjectClass(shared), "nativeDestroy", "(J)V"), handle);
-            machine->DetachCurrentThread();
-        });
-    env->DeleteGlobalRef(shared);
-    const std::vector<std::string> lines = standardError.log_lines();
-    const std::string method = "Java_com_tervo_media_effects_pano_PanoramaModule_native";
-    const std::string shown = " pano_handle:" + testing::PrintToString(reinterpret_cast<void*>(handle));
-    EXPECT_THAT(
-        lines, testing::Contains(method + "Process" + shown + ", data:(nil), gyroX:1.000000, gyroY:1.000000").Times(2));
-    EXPECT_THAT(lines, testing::Contains(method + "Destroy " + shown));
+    // Not nativeDestroy, which waits for one more frame.
+    delete reinterpret_cast<PanoramaInterface*>(handle);
+    EXPECT_THAT(standardError.log_lines(),
+                testing::Contains("Java_com_tervo_media_effects_pano_PanoramaModule_nativeProcess pano_handle:" +
+                                  testing::PrintToString(reinterpret_cast<void*>(handle)) +
+                                  ", data:(nil), gyroX:1.000000, gyroY:1.000000")
+                    .Times(2));
 }
 
 TEST_F(PanoramaJniTest, JudgesTheSizeOfAFrameBeforeTheArray) {
@@ -80,7 +72,6 @@ TEST_F(PanoramaJniTest, JudgesTheSizeOfAFrameBeforeTheArray) {
     };
     EXPECT_EQ(process(), 3) << "the reference";
     EXPECT_EQ(process(), 1);
-    // Not nativeDestroy, which waits for one more frame.
     delete reinterpret_cast<PanoramaInterface*>(handle);
 }
 

@@ -6,14 +6,17 @@
 
 #include <algorithm>
 #include <atomic>
+#include <climits>
 #include <initializer_list>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "applications/super_capture/merge_kernels.h"
 #include "applications/super_capture/super_capture_module.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/random_bytes.h"
+#include "tests/support/simd_targets.h"
 
 namespace {
 
@@ -167,19 +170,16 @@ TEST(SuperCapture, GoesAtEveryStage) {
                 super_capture_module_destroy(handle);
             }
         }
-        // An engine of one's own: left without final(), begun again after it, begun twice.
+        // An engine of one's own: begun again after final() or without it, and left.
         SuperCapture engine;
         EXPECT_FALSE(engine.waitUntilTaken(1));
-        engine.init(kWidth, kHeight, 1);
-        engine.pushFrame(Planes(frame));
-        if (i % 2 == 0) {
-            engine.final();
-            EXPECT_EQ(engine.popFrame(Planes(frame)), 0);
-        }
-        engine.init(kWidth, 1, 1);
-        engine.pushFrame(Planes(frame));
-        if (i % 3 == 0) {
-            EXPECT_EQ(engine.popFrame(Planes(frame)), 0);
+        for (const bool isEnded : {i % 2 == 0, i % 3 == 0}) {
+            engine.init(kWidth, kHeight, 1);
+            engine.pushFrame(Planes(frame));
+            if (isEnded) {
+                engine.final();
+                EXPECT_EQ(engine.popFrame(Planes(frame)), 0);
+            }
         }
     }
 }
@@ -257,6 +257,47 @@ TEST(SuperCaptureScheme, RefusesWhatDoesNotFit) {
     high.getResult(frame);
     EXPECT_EQ(std::count(frame->getPlanes()[0], frame->getPlanes()[0] + kBytes, 0), static_cast<long>(kBytes));
     EXPECT_EQ(SuperCaptureFrame::createFrame(1, kWidth, kHeight, 2, Planes(pixels)), nullptr);
+}
+
+TEST(MergeKernels, SumTheLumaOfAnyFrame) {
+    constexpr size_t kCount = 299;  // whole vectors and a rest
+    const Frame frame = random_bytes(kCount * 2, 1);
+    uint32_t plane = 0;
+    uint32_t yuyv = 0;
+    for (size_t i = 0; i < kCount; ++i) {
+        plane += frame[i];
+        yuyv += frame[2 * i];
+    }
+    const Frame bright(17'000'001, 255);
+    for_each_simd_target([&](const std::string&) {
+        EXPECT_EQ(korvane::luma_sum(frame.data(), kCount), plane);
+        EXPECT_EQ(korvane::luma_sum_yuyv(frame.data(), kCount), yuyv);
+        EXPECT_EQ(korvane::luma_sum(bright.data(), bright.size()), static_cast<uint32_t>(bright.size() * 255));
+    });
+}
+
+TEST(MergeKernels, MeansAreTruncatedForEveryFrameCount) {
+    for_each_simd_target([](const std::string&) {
+        // Just below, at and above every step of the quotient, and sums that no such burst has. Around the switch to
+        // plain division at 100 frames too.
+        for (int frames : {0, 1, 2, 3, 5, 7, 24, 64, 65, 99, 100, 101, 128, 4097, 8'000'000}) {
+            std::vector<int> sums = {INT_MIN, -65536, -32769, -1, 32767, 32768, 65536, INT_MAX};
+            for (int value = 0; value <= 255; ++value) {
+                for (int nudge = -1; nudge <= 1; ++nudge) {
+                    sums.push_back(value * frames + nudge);
+                }
+            }
+            std::vector<uint8_t> means(sums.size() - 1);  // an odd number
+            std::vector<uint8_t> low(means);
+            korvane::merged_mean(sums.data(), means.data(), means.size(), frames);
+            korvane::merged_low_bytes(sums.data(), low.data(), low.size());
+            for (size_t i = 0; i < means.size(); ++i) {
+                ASSERT_EQ(means[i], frames == 0 ? 0 : std::clamp(sums[i] / frames, 0, 255))
+                    << sums[i] << " / " << frames;
+                ASSERT_EQ(low[i], static_cast<uint8_t>(sums[i]));
+            }
+        }
+    });
 }
 
 }  // namespace
