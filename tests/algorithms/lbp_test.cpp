@@ -48,12 +48,9 @@ class Model {
 
   private:
     size_t pattern(size_t stride, size_t r, size_t c) const {
-        static constexpr int kNeighbours[8][2] = {{-1, -1}, {0, -1}, {1, -1}, {-1, 0}, {1, 0}, {-1, 1}, {0, 1}, {1, 1}};
         size_t bits = 0;
-        for (size_t bit = 0; bit < 8; ++bit) {
-            const size_t row = r + static_cast<size_t>(kNeighbours[bit][0]);
-            const size_t col = c + static_cast<size_t>(kNeighbours[bit][1]);
-            bits |= (image[col * stride + row] < image[c * stride + r] ? size_t{1} : 0) << bit;
+        for (const size_t i : std::initializer_list<size_t>{8, 7, 6, 5, 3, 2, 1, 0}) {
+            bits = bits * 2 + (image[(c + i / 3 - 1) * stride + r + i % 3 - 1] < image[c * stride + r] ? 1 : 0);
         }
         return bits;
     }

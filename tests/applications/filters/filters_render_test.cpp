@@ -79,7 +79,6 @@ class FiltersRender : public JvmTest {
         const std::string signature = std::string("(JLjava/lang/String;") + javaType + ")V";
         call_void(m_Render, ("nativeSetParameters" + type).c_str(), signature.c_str(), handle, string(key), value);
     }
-    void set_float(jlong handle, const char* key, float value) { set("Float", "F", handle, key, double{value}); }
     void set_table(jlong handle, const char* key, jobject bitmap) {
         call_void(m_Render, "nativeSetParametersBitmap", "(JLjava/lang/String;Landroid/graphics/Bitmap;)V", handle,
                   string(key), bitmap);
@@ -164,7 +163,7 @@ TEST_F(FiltersRender, SetsNothingFromWhatIsMissingShortOrUnknown) {
         set("FloatArray", "[F", handle, "mStrength", env->NewFloatArray(0));
         set("BooleanArray", "[Z", handle, "mPosVertices", env->NewBooleanArray(31));
         for (const char* key : {static_cast<const char*>(nullptr), "", "mZoom", "mstrength"}) {
-            set_float(handle, key, 1.0F);
+            set("Float", "F", handle, key, 1.0);
             set("FloatArray", "[F", handle, key, floats(Vertices{}));
             set("Long", "J", handle, key, jlong{8});
         }
@@ -303,7 +302,7 @@ TEST_F(FiltersRender, WithoutAFilterOrPixelsOnlyLogs) {
         set_bitmap(0, bitmap, 8, 6);
         draw(0);
         process(0, bitmap);
-        set_float(0, "mStrength", 1);
+        set("Float", "F", 0, "mStrength", 1.0);
         set("FloatArray", "[F", 0, "mTexVertices", floats(Vertices{}));
         set("Long", "J", 0, "mStrength", jlong{8});
         destroy(0);

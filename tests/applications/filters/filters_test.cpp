@@ -258,8 +258,8 @@ TEST_F(Filters, RenderDrawsTexturesAndCameraTexturesToTheSurface) {
 }
 
 TEST_F(Filters, AnotherCompilerTakesAllShadersWithoutAWarning) {
-    const std::string folder = testing::TempDir() + "shaders";
-    std::filesystem::create_directories(folder);
+    std::string folder = testing::TempDir() + "korvane_shaders_XXXXXX";
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
     std::vector<Shader> shaders;
     gShaders = &shaders;
     const GlSurface surface(16, 16);
@@ -366,9 +366,9 @@ TEST_F(Filters, ASecondEngineTakesThePlaceOfTheFirst) {
 TEST(FiltersOnAFailingDriver, LeaveNothingBehindAndTheNextOneWorks) {
     is_half_precision();
     const ReferenceImage input = smooth_picture(16, 12);
-    constexpr size_t kMostCalls = 1000;
     bool hasFailed = true;
-    for (size_t n = 1; hasFailed && n < kMostCalls; ++n) {
+    for (size_t n = 1; hasFailed; ++n) {
+        ASSERT_LT(n, 1000U) << "calls the driver without end";
         SCOPED_TRACE(n);
         GlRecorder recorder;
         std::map<std::string, size_t> before = GlRecorder::live_names();
@@ -388,7 +388,6 @@ TEST(FiltersOnAFailingDriver, LeaveNothingBehindAndTheNextOneWorks) {
         EXPECT_EQ(after, before) << testing::PrintToString(recorder.take_calls());
         expect_golden(kGoldens[0], input, input.width, input.height, processed(kGoldens[0], input));
     }
-    EXPECT_FALSE(hasFailed) << "calls the driver without end";
 }
 
 TEST_F(Filters, LongNamesKeepTheirVariantsApartInTheCache) {

@@ -12,7 +12,7 @@ constexpr char kClass[] = "com/tervo/media/effects/pano/PanoramaModule";
 
 using PanoramaJniTest = JvmTest;
 
-TEST_F(PanoramaJniTest, BadArgumentsGiveNoHandle) {
+TEST_F(PanoramaJniTest, BadArgumentsGiveNoHandleAndTooLargeOnesNoFrame) {
     const jobject panorama = new_object(kClass, "()V");
     for (const auto& [width, height, format] :
          {std::tuple(0, 480, 1), {640, 0, 1}, {-640, -480, 1}, {640, 480, 0}, {640, 480, 4}}) {
@@ -26,6 +26,13 @@ TEST_F(PanoramaJniTest, BadArgumentsGiveNoHandle) {
                                  testing::StartsWith("PanoramaModule::startup " + arguments + ", onErrorCb:0x")));
     }
     EXPECT_EQ(call_int(panorama, "nativeProcess", "(J[BFF)I", jlong{0}, nullptr, 1.0, 2.0), 0);
+    // A frame of one row more than a signed 32-bit number of bytes holds: its size is judged before the array.
+    const jlong huge = call_long(panorama, "nativeCreate", "(III)J", 1 << 16, 21846, 3);
+    for (const int result : {3, 1}) {
+        EXPECT_EQ(call_int(panorama, "nativeProcess", "(J[BFF)I", huge, env->NewByteArray(11), 1.0, 1.0), result);
+    }
+    // Not nativeDestroy, which waits for one more frame.
+    delete reinterpret_cast<PanoramaInterface*>(huge);
     StandardErrorCapture standardError;
     call_void(panorama, "nativeDestroy", "(J)V", jlong{0});
     EXPECT_THAT(standardError.log_lines(),
@@ -54,25 +61,12 @@ TEST_F(PanoramaJniTest, ASweepWritesTheOffsetsOfTakenFrames) {
     EXPECT_EQ(process(frame, 10, 25), 2);
     EXPECT_EQ(int_field(panorama, "mOffsetX"), 70);
 
-    // Not nativeDestroy, which waits for one more frame.
     delete reinterpret_cast<PanoramaInterface*>(handle);
     EXPECT_THAT(standardError.log_lines(),
                 testing::Contains("Java_com_tervo_media_effects_pano_PanoramaModule_nativeProcess pano_handle:" +
                                   testing::PrintToString(reinterpret_cast<void*>(handle)) +
                                   ", data:(nil), gyroX:1.000000, gyroY:1.000000")
                     .Times(2));
-}
-
-TEST_F(PanoramaJniTest, JudgesTheSizeOfAFrameBeforeTheArray) {
-    const jobject panorama = new_object(kClass, "()V");
-    // One row more than a signed 32-bit number of bytes holds.
-    const jlong handle = call_long(panorama, "nativeCreate", "(III)J", 1 << 16, 21846, 3);
-    const auto process = [&] {
-        return call_int(panorama, "nativeProcess", "(J[BFF)I", handle, env->NewByteArray(11), 1.0, 1.0);
-    };
-    EXPECT_EQ(process(), 3) << "the reference";
-    EXPECT_EQ(process(), 1);
-    delete reinterpret_cast<PanoramaInterface*>(handle);
 }
 
 }  // namespace

@@ -46,10 +46,6 @@ struct Planes {
     unsigned char* planes[kFramePlanes];
 };
 
-bool wait_for_frames(intptr_t handle, size_t count) {
-    return reinterpret_cast<SuperCapture*>(handle)->waitUntilTaken(count);
-}
-
 // The worker's lines or the caller's: each side's order is fixed, the two interleave as they like.
 std::vector<std::string> lines_of(const LogCapture& log, bool ofWorker) {
     std::vector<std::string> lines = log.lines();
@@ -80,7 +76,7 @@ TEST(SuperCapture, MergesEveryFrameOnceByTheFirstFramesLight) {
                 model[b] = isLowLight ? std::max<int>(model[b], frame[b]) : model[b] + frame[b];
             }
             ASSERT_EQ(super_capture_module_push_frame(handle, Planes(frame)), 0);
-            ASSERT_TRUE(wait_for_frames(handle, i + 1));
+            ASSERT_TRUE(reinterpret_cast<SuperCapture*>(handle)->waitUntilTaken(i + 1));
         }
         Frame result(kBytes + 1, 0xA5);
         EXPECT_EQ(super_capture_module_pop_frame(handle, Planes(result)), 0);
@@ -218,7 +214,7 @@ TEST(SuperCapture, VeryBrightLargeFramesCountAsLowLight) {
     Frame bright(size_t{4000} * 3000 * 2, 255);
     const intptr_t handle = super_capture_module_init(4000, 3000, 1);
     ASSERT_EQ(super_capture_module_push_frame(handle, Planes(bright)), 0);
-    ASSERT_TRUE(wait_for_frames(handle, 1));
+    ASSERT_TRUE(reinterpret_cast<SuperCapture*>(handle)->waitUntilTaken(1));
     Frame result(bright.size());
     EXPECT_EQ(super_capture_module_pop_frame(handle, Planes(result)), 0);
     super_capture_module_destroy(handle);
