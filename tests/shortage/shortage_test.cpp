@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The C entries and the toolkit while memory is short. Functions that are not listed take no memory of their own.
+// The C entries and the toolkit while memory is short. Functions that are not listed take no memory of their own, or
+// are called by the native methods of shortage_jni_test.cpp.
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -19,7 +20,6 @@
 #include "algorithms/gauss_blur_iir.h"
 #include "applications/filters/filter_calls.h"
 #include "applications/filters/gpu_image_filter_factory.h"
-#include "applications/gif_maker/color_quantizer.h"
 #include "applications/photo_timestamp/timestamp_watermark.h"
 #include "applications/super_capture/super_capture.h"
 #include "applications/super_capture/super_capture_module.h"
@@ -228,14 +228,6 @@ const ShortageCase kToolkit[] = {
          corners.shrink_to_fit();
          return result;
      }},
-    {"ColorQuantizer", one_call([] {
-         ColorQuantizer quantizer;
-         quantizer.prepare(2, 1);
-         quantizer.addColor(0, 0, 0);
-         quantizer.addColor(255, 255, 255);
-         const size_t colors = quantizer.getPalette(2).size();
-         return answer(colors == 2, colors == 0);
-     })},
     {"CreateTimestampWatermark",
      [](Shortage& s) {
          unsigned char* strip = nullptr;
@@ -279,18 +271,6 @@ const ShortageCase kToolkit[] = {
          const int went = s.during([] { return KORVANE_LOGD("A line that is longer than a short string"); });
          set_android_log_sink(nullptr, nullptr);
          return answer(went == 1, went == 0);
-     }},
-    {"super_capture_module_init",
-     [](Shortage& s) {
-         const intptr_t handle = s.during([] { return super_capture_module_init(kWidth, kHeight, 1); });
-         super_capture_module_destroy(handle);
-         return answer(handle != 0, handle == 0);
-     }},
-    {"super_capture_module_push_frame",
-     [](Shortage& s) {
-         Burst burst;
-         const int result = s.during([&] { return super_capture_module_push_frame(burst.handle, burst.planes); });
-         return answer(result == 0, result == -3);
      }},
     {"super_capture_module_pop_frame, and the worker",
      [](Shortage& s) {
@@ -416,24 +396,6 @@ const ShortageCase kGpu[] = {
          const int done = s.during([&] { return filter->setupGraphics(1); });
          filter->release();
          return answer(done == 1, done == 0);
-     },
-     true},
-    {"ImageFilterBaseGL::setTexture and setBitmap",
-     [](Shortage& s) {
-         const GLuint texture = new_texture(kWidth, kHeight, nullptr);
-         Bytes pixels(kWidth * kHeight * 4, 9);
-         FakeFilter textured;
-         FakeFilter mapped;
-         textured.setupGraphics(1);
-         mapped.setupGraphics(1);
-         s.during([&] {
-             textured.setTexture(static_cast<int>(texture), kWidth, kHeight, kWidth, kHeight);
-             mapped.setBitmap(pixels.data(), kWidth, kHeight);
-             textured.render();
-             mapped.render();
-         });
-         glDeleteTextures(1, &texture);
-         return Answer::kDone;
      },
      true},
     {"ImageFilterBaseGL::process",

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <functional>
 #include <string>
 
@@ -18,14 +18,6 @@
 namespace {
 
 using namespace korvane;
-
-std::string temporary(const char* name) {
-    return testing::TempDir() + "korvane_blur_command_" + name + ".jpg";
-}
-
-size_t bytes_of(Image* image) {
-    return static_cast<size_t>(image->getWidth()) * image->getHeight() * static_cast<size_t>(image->getDepthType());
-}
 
 void write_scene(const std::string& path, uint32_t width, uint32_t height) {
     Photo scene;
@@ -64,7 +56,8 @@ TEST(BlurCommand, BlursThenDims) {
              gaussiir(pixels, width, height, 4, width * 4, distance, distance);
          }},
     };
-    const std::string input = temporary("in"), output = temporary("out"), byHand = temporary("hand");
+    const std::string folder = testing::TempDir() + "korvane_blur_command_";
+    const std::string input = folder + "in.jpg", output = folder + "out.jpg", byHand = folder + "hand.jpg";
     write_scene(input, 151, 83);
     for (const auto& method : methods) {
         SCOPED_TRACE(method.name);
@@ -75,54 +68,15 @@ TEST(BlurCommand, BlursThenDims) {
         method.blur(photo.pixels(), 151, 83, 9);
         alpha_blend(photo.pixels(), 151 * 83, 0xF0, 0x80, 0x20, 100);
         write_photo(byHand, photo);
-        auto_ptr<Image> expected = read_photo(byHand).image;
-        auto_ptr<Image> actual = read_photo(output).image;
-        ASSERT_EQ(actual->getWidth(), 151u);
-        ASSERT_EQ(actual->getHeight(), 83u);
-        EXPECT_EQ(memcmp(actual->getPlanes()[0], expected->getPlanes()[0], bytes_of(actual.get())), 0);
+        const Photo expected = read_photo(byHand), actual = read_photo(output);
+        ASSERT_TRUE(actual.image->getWidth() == 151 && actual.image->getHeight() == 83);
+        EXPECT_TRUE(std::equal(actual.pixels(), actual.pixels() + size_t{151} * 83 * 3, expected.pixels()));
     }
     write_scene(input, 64, 4);
     EXPECT_EQ(run_program(commands(), {"blur", input, "-o", output, "--method", "iir"}), 2);
     for (const std::string& path : {input, output, byHand}) {
         remove(path.c_str());
     }
-}
-
-struct Spot {
-    const char* name;
-    size_t x, y;
-    int red, green, blue;
-};
-
-void expect_spots(Image& scene, const std::vector<Spot>& spots) {
-    const auto pixelBytes = static_cast<size_t>(scene.getDepthType());
-    for (const Spot& spot : spots) {
-        const unsigned char* pixel = scene.getPlanes()[0] + (spot.y * 640 + spot.x) * pixelBytes;
-        EXPECT_NEAR(pixel[0], spot.red, 8) << spot.name;
-        EXPECT_NEAR(pixel[1], spot.green, 8) << spot.name;
-        EXPECT_NEAR(pixel[2], spot.blue, 8) << spot.name;
-        EXPECT_TRUE(pixelBytes == 3 || pixel[3] == 255) << spot.name;
-    }
-}
-
-// Where things are in the scenes, by name: a turned, mirrored or colour-swapped picture fails.
-TEST(Scene, HasItsPartsInTheirPlaces) {
-    const std::string path = temporary("scene");
-    write_scene(path, 640, 360);
-    for (const ImageFormatType format : {IMAGE_FORMAT_TYPE_RGB, IMAGE_FORMAT_TYPE_RGBA}) {
-        auto_ptr<Image> scene = read_photo(path, format).image;
-        ASSERT_EQ(scene->getFormatType(), format);
-        expect_spots(*scene, {{"sky", 4, 2, 60, 109, 186},
-                              {"sun", 489, 72, 255, 250, 224},
-                              {"door", 105, 270, 52, 84, 120},
-                              {"chimney", 188, 95, 98, 74, 66},
-                              {"board", 415, 290, 250, 248, 240}});
-    }
-    remove(path.c_str());
-    expect_spots(*draw_scene(640, 360, SceneSubject::kPortrait), {{"background", 200, 100, 43, 76, 90},
-                                                                  {"skin", 290, 200, 227, 168, 143},
-                                                                  {"pupil", 290, 162, 14, 14, 18},
-                                                                  {"lights", 536, 126, 175, 122, 79}});
 }
 
 }  // namespace

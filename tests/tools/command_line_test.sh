@@ -4,9 +4,7 @@
 source "$(dirname "$0")/checks.sh"
 
 accepts help
-for word in '^Exit codes:' '^  0  *all went well' 'blur' 'help COMMAND'; do
-    holds grep -q "$word" out.log
-done
+holds grep -q '^  0  *all went well' out.log
 cp out.log main.log
 for command in $(sed -n '/^Subcommands/,/^$/s/^  \([a-z]*\) .*/\1/p' out.log); do
     accepts help "$command"
@@ -18,27 +16,33 @@ for command in $(sed -n '/^Subcommands/,/^$/s/^  \([a-z]*\) .*/\1/p' out.log); d
     holds cmp -s explained.log out.log
 done
 
+# Things are in their places, within 8 of their colours: a turned, mirrored or colour-swapped scene fails.
+accepts scene house.png --size 640x360
+accepts scene portrait.png --size 640x360 --subject portrait
+while read -r scene part place color; do
+    convert $scene.png -crop "1x1+$place" +repage found.png
+    convert -size 1x1 "xc:rgb($color)" expected.png
+    distance=$(compare -metric PAE found.png expected.png null: 2>&1 | cut -d' ' -f1)
+    holds test "$part" -a "${distance%.*}" -le $((8 * 257))
+done <<'END'
+house sky 4+2 60,109,186
+house sun 489+72 255,250,224
+house door 105+270 52,84,120
+house chimney 188+95 98,74,66
+house board 415+290 250,248,240
+portrait background 200+100 43,76,90
+portrait skin 290+200 227,168,143
+portrait pupil 290+162 14,14,18
+portrait lights 536+126 175,122,79
+END
+
 accepts scene scene.jpg --size 320x180
 run stamp scene.jpg -o stamped.jpg --text 12 --verbose || complain verbose
 
-# Targets that cannot be written, and what stands in a target's place stays.
-echo 'precious' >target.jpg
-limited() (
-    failures=0
-    trap '' XFSZ
-    ulimit -f 2
-    refuses "$@"
-    exit $failures
-)
-# A large file fails while it is written, a small one only in the last flush.
-for size in 320x180 80x45; do
-    limited 'cannot write target.jpg: ' scene target.jpg --size $size || failures=$((failures + 1))
-done
-
 # In place, over an existing file, through a link, and with odd names.
+echo 'no photo' >target.jpg
 accepts blur scene.jpg -o target.jpg --radius 254 --color 10aBfF --alpha 256
 cp scene.jpg copy.jpg
-accepts blur copy.jpg -o copy.jpg --radius 0
 for method in stack box gauss fast iir; do
     accepts blur copy.jpg -o copy.jpg --radius 0 --method $method
 done
