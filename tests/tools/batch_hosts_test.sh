@@ -30,7 +30,7 @@ StrictModes no
 UsePAM no
 PermitRootLogin prohibit-password
 PasswordAuthentication no
-SetEnv HOME=$folder/$1/home
+SetEnv HOME=$folder/$1/home "TSAN_OPTIONS=${TSAN_OPTIONS:-}"
 ForceCommand cd $folder/$1/home && exec sh -c "\$SSH_ORIGINAL_COMMAND"
 END
         /usr/sbin/sshd -D -e -f "$folder/$1/sshd_config" 2>"$1/sshd.log" &
