@@ -170,7 +170,7 @@ HWY_INLINE void FilterLanes(const Recursion& p, const Recursion& m, uint8_t* slo
         return hn::ConvertTo(d, hn::PromoteTo(dInt, hn::LoadU(dByte, slots + i * kSlotBytes + v * lanes)));
     };
     const auto store = [&](Floats sum, size_t i, size_t v)
-                           KORVANE_INLINE { StoreClampedFloats(sum, slots + i * kSlotBytes + v * lanes); };
+                           KORVANE_INLINE { StoreClampedFloats(sum, d, slots + i * kSlotBytes + v * lanes); };
     const auto workAt = [=](size_t i, size_t v) { return work + (i * kVectors + v) * lanes; };
 
     History statesP[kVectors] = {};

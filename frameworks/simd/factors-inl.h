@@ -100,10 +100,10 @@ HWY_INLINE V PlusTimesNumber(V sum, V value, FourNumbers numbers) {
 
 #endif
 
-// The floats as bytes: toward zero, what is beyond 0 or 255 becomes that, a NaN becomes 0.
-template <class V>
-HWY_INLINE void StoreClampedFloats(V floats, uint8_t* to) {
-    const hn::DFromV<V> d;
+// The floats as bytes: toward zero, what is beyond 0 or 255 becomes that, a NaN becomes 0. A vector alone does not tell
+// how many of SVE's lanes `d` counts.
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE void StoreClampedFloats(V floats, D d, uint8_t* to) {
     const hn::Rebind<uint8_t, decltype(d)> dByte;
     const hn::Rebind<uint32_t, decltype(d)> dUnsigned;
 #if HWY_ARCH_X86
