@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <thread>
 #include <vector>
 
@@ -33,36 +32,27 @@ TEST(AutoPtr, LastHolderDeletes) {
         first.clear();
         EXPECT_EQ(first.get(), nullptr);
         EXPECT_EQ(object->count(), 1U);
+        // Assigning what is held already keeps it.
+        first = second;
+        auto& alias = first;
+        first = alias;
+        first = first.get();
+        EXPECT_EQ(object->count(), 2U);
+        first = new Counted(&deaths);
         EXPECT_EQ(deaths, 0);
     }
     EXPECT_EQ(deaths, 1);
-}
-
-TEST(AutoPtr, AssignmentKeepsTheObjectItAlreadyHolds) {
-    int deaths = 0;
-    auto_ptr<Counted> holder(new Counted(&deaths));
-    auto& alias = holder;
-    holder = alias;
-    holder = holder.get();
-    EXPECT_EQ(deaths, 0);
-    EXPECT_EQ(holder->count(), 1U);
-
-    holder = new Counted(&deaths);
-    EXPECT_EQ(deaths, 1);
-    holder = static_cast<Counted*>(nullptr);
+    first = static_cast<Counted*>(nullptr);
     EXPECT_EQ(deaths, 2);
-    EXPECT_EQ(holder.get(), nullptr);
 }
 
 TEST(AutoPtr, ComparesRawPointers) {
     int deaths = 0;
-    auto_ptr<Counted> low(new Counted(&deaths));
-    auto_ptr<Counted> high(new Counted(&deaths));
-    if (std::less<>()(high.get(), low.get())) {
-        const auto_ptr<Counted> other(low);
-        low = high;
-        high = other;
-    }
+    Counted objects[] = {Counted(&deaths), Counted(&deaths)};
+    objects[0].incStrong();
+    objects[1].incStrong();
+    const auto_ptr<Counted> low(&objects[0]);
+    const auto_ptr<Counted> high(&objects[1]);
     EXPECT_TRUE(low == low.get() && low != high && low < high && low <= high && !(low > high) && !(low >= high));
     EXPECT_TRUE(high > low.get() && high >= high.get() && high <= high.get() && !(high < low.get()));
 }
@@ -78,18 +68,16 @@ TEST(RefBase, DropOfAnUncountedObjectWrapsAndDeletesNothing) {
 TEST(RefBase, CountsFromManyThreads) {
     int deaths = 0;
     auto_ptr<Counted> shared(new Counted(&deaths));
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([copy = shared] {
-            for (int n = 0; n < 10'000; ++n) {
-                const auto_ptr<Counted> another(copy);
-            }
-        });
+    {
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([copy = shared] {
+                for (int n = 0; n < 10'000; ++n) {
+                    const auto_ptr<Counted> another(copy);
+                }
+            });
+        }
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    threads.clear();
     EXPECT_EQ(shared->count(), 1U);
     EXPECT_EQ(deaths, 0);
 }

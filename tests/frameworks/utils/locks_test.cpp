@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <chrono>
 #include <fstream>
-#include <iterator>
 #include <mutex>
 #include <new>
 #include <string>
@@ -21,25 +20,17 @@
 
 namespace {
 
-TEST(Mutex, ExcludesAndAnswersNegatedErrors) {
-    Mutex plain;
-    Mutex shared(Mutex::SHARED, "shared");
-    Mutex named("named");
+TEST(Locks, ExcludeAndAnswerNegatedErrors) {
+    Mutex plain, shared(Mutex::SHARED, "shared"), named("named");
     for (Mutex* mutex : {&plain, &shared, &named}) {
-        EXPECT_EQ(mutex->lock(), 0);
-        std::thread([&] { EXPECT_EQ(mutex->tryLock(), -EBUSY); }).join();
-        mutex->unlock();
-        EXPECT_EQ(mutex->tryLock(), 0);
-        std::thread([&] { EXPECT_EQ(mutex->tryLock(), -EBUSY); }).join();
-        mutex->unlock();
+        for (const auto take : {&Mutex::lock, &Mutex::tryLock}) {
+            EXPECT_EQ((mutex->*take)(), 0);
+            std::thread([&] { EXPECT_EQ(mutex->tryLock(), -EBUSY); }).join();
+            mutex->unlock();
+        }
     }
-}
-
-TEST(RWLock, ManyReadersOrOneWriter) {
-    RWLock plain;
-    RWLock shared(RWLock::SHARED, nullptr);
-    RWLock named("named");
-    for (RWLock* lock : {&plain, &shared, &named}) {
+    RWLock plainLock, sharedLock(RWLock::SHARED, nullptr), namedLock("named");
+    for (RWLock* lock : {&plainLock, &sharedLock, &namedLock}) {
         EXPECT_EQ(lock->readLock(), 0);
         std::thread([&] {
             EXPECT_EQ(lock->tryReadLock(), 0);
@@ -65,70 +56,48 @@ TEST(Condition, RelativeWaitTimesOutAtOnce) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 
-// Threads that wait once, and count themselves before and after.
-class Waiters {
-  public:
-    explicit Waiters(int count) {
-        for (int i = 0; i < count; ++i) {
-            m_Threads.emplace_back([this] {
-                m_Mutex.lock();
-                ++m_Waiting;
-                condition.wait(m_Mutex);
-                --m_Waiting;
-                m_Mutex.unlock();
-            });
-        }
-        wait_for([&](int waiting) { return waiting == count; });
-    }
-    ~Waiters() {
-        for (std::thread& thread : m_Threads) {
-            thread.join();
-        }
-    }
-
-    int waiting() {
-        const std::lock_guard<Mutex> guard(m_Mutex);
-        return m_Waiting;
-    }
-
-    template <typename Predicate>
-    void wait_for(Predicate predicate) {
-        while (!predicate(waiting())) {
+TEST(Condition, SignalWakesOneAndEveryOtherTypeWakesAll) {
+    Condition condition;
+    Mutex mutex;
+    int waiting = 0;
+    std::vector<std::jthread> threads;
+    const auto start_waiting = [&] {
+        threads.emplace_back([&] {
+            const std::lock_guard<Mutex> guard(mutex);
+            ++waiting;
+            condition.wait(mutex);
+            --waiting;
+        });
+    };
+    const auto now_waiting = [&] {
+        const std::lock_guard<Mutex> guard(mutex);
+        return waiting;
+    };
+    const auto wait_for = [&](int least, int most) {
+        while (now_waiting() < least || now_waiting() > most) {
             std::this_thread::yield();
         }
+    };
+    for (int i = 0; i < 4; ++i) {
+        start_waiting();
     }
-
-    Condition condition;
-
-  private:
-    Mutex m_Mutex;
-    int m_Waiting = 0;
-    std::vector<std::thread> m_Threads;
-};
-
-TEST(Condition, SignalWakesOneAndEveryOtherTypeWakesAll) {
-    Waiters waiters(4);
-    waiters.condition.signal(Condition::WAKE_UP_ONE);
-    waiters.wait_for([](int waiting) { return waiting < 4; });
-    waiters.condition.signal();
-    waiters.wait_for([](int waiting) { return waiting < 3; });
+    wait_for(4, 4);
+    condition.signal(Condition::WAKE_UP_ONE);
+    wait_for(0, 3);
+    condition.signal();
+    wait_for(0, 2);
     // That no others wake up is no event: they get some time to do so.
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_GT(waiters.waiting(), 0);
-    waiters.condition.signal(static_cast<Condition::WakeUpType>(5));
-
-    Waiters others(2);
-    others.condition.broadcast();
+    EXPECT_GT(now_waiting(), 0);
+    condition.signal(static_cast<Condition::WakeUpType>(5));
+    wait_for(0, 0);
+    start_waiting();
+    start_waiting();
+    wait_for(2, 2);
+    condition.broadcast();
 }
 
 #if !defined(KORVANE_SANITIZED)
-// Whether the child waits in the system.
-bool sleeps(pid_t child) {
-    std::ifstream file("/proc/" + std::to_string(child) + "/stat");
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    return text.find(") S ") != std::string::npos;
-}
-
 // The thread sanitizer sees what one process does.
 TEST(Locks, SharedOnesSpanProcesses) {
     struct Locks {
@@ -152,8 +121,8 @@ TEST(Locks, SharedOnesSpanProcesses) {
         locks->mutex.unlock();
         _exit(0);
     }
-    while (!sleeps(child)) {
-        std::this_thread::yield();
+    for (std::string state; state != "S";) {  // until the child waits in the system
+        std::ifstream("/proc/" + std::to_string(child) + "/stat") >> state >> state >> state;
     }
     locks->rwLock.unlock();
     while (!locks->isOver) {

@@ -13,18 +13,13 @@ namespace {
 
 class Task : public IRunnable {
   public:
-    explicit Task(std::function<void()> body, std::atomic<int>* deleted = nullptr)
-        : m_Body(std::move(body)), m_Deleted(deleted) {}
-    ~Task() override {
-        if (m_Deleted != nullptr) {
-            ++*m_Deleted;
-        }
-    }
+    Task(std::atomic<int>& deleted, std::function<void()> body) : m_Body(std::move(body)), m_Deleted(deleted) {}
+    ~Task() override { ++m_Deleted; }
     void run() override { m_Body(); }
 
   private:
     std::function<void()> m_Body;
-    std::atomic<int>* m_Deleted;
+    std::atomic<int>& m_Deleted;
 };
 
 void wait_until(const std::function<bool()>& predicate) {
@@ -36,22 +31,19 @@ void wait_until(const std::function<bool()>& predicate) {
 TEST(ThreadPool, StartsTasksInOrderAlsoThoseFromBeforeTheStart) {
     constexpr int kTasks = 50;
     std::vector<int> order;
-    std::atomic<int> done{0};
+    std::vector<int> expected;
+    std::atomic<int> deleted{0};
     ThreadPool pool(1);
     for (int i = 0; i < kTasks; ++i) {
         if (i == kTasks / 2) {
-            EXPECT_EQ(done, 0);
+            EXPECT_EQ(deleted, 0);
             pool.start();
         }
-        pool.submit(new Task([&, i] {
-            order.push_back(i);
-            ++done;
-        }));
+        expected.push_back(i);
+        pool.submit(new Task(deleted, [&order, i] { order.push_back(i); }));
     }
-    wait_until([&] { return done == kTasks; });
-    for (int i = 0; i < kTasks; ++i) {
-        EXPECT_EQ(order[static_cast<size_t>(i)], i);
-    }
+    wait_until([&] { return deleted == kTasks; });
+    EXPECT_EQ(order, expected);
 }
 
 TEST(ThreadPool, RunsWhatIsQueuedAtItsEndAndDropsTasksThatNobodyElseHolds) {
@@ -62,12 +54,12 @@ TEST(ThreadPool, RunsWhatIsQueuedAtItsEndAndDropsTasksThatNobodyElseHolds) {
         std::this_thread::sleep_for(std::chrono::microseconds(200));
         ++runs;
     };
-    auto_ptr<IRunnable> held(new Task(body, &deleted));
+    auto_ptr<IRunnable> held(new Task(deleted, body));
     {
         ThreadPool pool(2);
         pool.submit(static_cast<IRunnable*>(nullptr));
         for (int n = 0; n < kTasks; ++n) {
-            pool.submit(new Task(body, &deleted));
+            pool.submit(new Task(deleted, body));
             pool.submit(held);
         }
         pool.start();
@@ -82,7 +74,7 @@ TEST(ThreadPool, RunsWhatIsQueuedAtItsEndAndDropsTasksThatNobodyElseHolds) {
 TEST(ThreadPool, GoesAtOnceWhileWorkersWaitOrHaveNotBegun) {
     for (const int workers : {-3, 0, 1, 4}) {
         for (int i = 0; i < 25; ++i) {
-            std::atomic<int> runs{0};
+            std::atomic<int> deleted{0};
             ThreadPool pool(workers);
             pool.start();
             if (i == 0) {
@@ -90,8 +82,8 @@ TEST(ThreadPool, GoesAtOnceWhileWorkersWaitOrHaveNotBegun) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));
             }
             if (workers > 0 && i % 2 == 0) {
-                pool.submit(new Task([&] { ++runs; }));
-                wait_until([&] { return runs == 1; });
+                pool.submit(new Task(deleted, [] {}));
+                wait_until([&] { return deleted == 1; });
             }
             if (i % 3 == 0) {
                 pool.shutdown();
@@ -108,23 +100,15 @@ TEST(ThreadPool, ATaskOutlivesThePoolThatStartedIt) {
     {
         ThreadPool pool(2);
         pool.start();
-        pool.submit(new Task(
-            [&] {
-                begun = true;
-                wait_until([&] { return poolIsGone.load(); });
-            },
-            &deleted));
+        pool.submit(new Task(deleted, [&] {
+            begun = true;
+            wait_until([&] { return poolIsGone.load(); });
+        }));
         wait_until([&] { return begun.load(); });
     }
     EXPECT_EQ(deleted, 0);
     poolIsGone = true;
     wait_until([&] { return deleted == 1; });
-}
-
-TEST(ThreadWorker, WithoutACountIsJoined) {
-    ThreadWorker worker(nullptr);
-    worker.startWork();
-    EXPECT_EQ(worker.join(), 0);
 }
 
 TEST(ThreadWorker, StartsAnewWhileItsEarlierThreadsEnd) {
@@ -137,12 +121,18 @@ TEST(ThreadWorker, StartsAnewWhileItsEarlierThreadsEnd) {
         std::atomic<bool>* m_IsGone;
     };
     std::atomic<bool> isGone{false};
-    auto_ptr<ThreadWorker> worker(new Witness(&isGone));
-    for (int i = 0; i < 100; ++i) {
-        worker->startWork();
+    {
+        const auto_ptr<ThreadWorker> worker(new Witness(&isGone));
+        for (int i = 0; i < 100; ++i) {
+            worker->startWork();
+        }
     }
-    worker.clear();
     wait_until([&] { return isGone.load(); });
+
+    // One without a count is joined.
+    ThreadWorker uncounted(nullptr);
+    uncounted.startWork();
+    EXPECT_EQ(uncounted.join(), 0);
 }
 
 }  // namespace

@@ -45,23 +45,19 @@ TEST(Thread, RunsItsRunnableOrElseItself) {
     EXPECT_EQ(alone.runs, 1);
 }
 
-TEST(Thread, JoinWithoutAThreadAnswersNoSuchThread) {
+TEST(Thread, NothingToJoinOrToRun) {
     OwnRun thread;
     EXPECT_EQ(thread.join(), ESRCH);
-    OwnRun again;
-    again.start();
-    EXPECT_EQ(again.join(), 0);
-    EXPECT_EQ(again.join(), ESRCH);
-}
+    thread.start();
+    EXPECT_EQ(thread.join(), 0);
+    EXPECT_EQ(thread.join(), ESRCH);
 
-TEST(Thread, ProcRunsNothingForNullOrOnceStopped) {
     EXPECT_EQ(Thread::thread_proc(nullptr), nullptr);
-    OwnRun thread;
-    EXPECT_EQ(Thread::thread_proc(&thread), nullptr);
-    EXPECT_EQ(thread.runs, 1);
+    OwnRun direct;
+    EXPECT_EQ(Thread::thread_proc(&direct), nullptr);
     // The run above left the stop flag set, as join() would.
-    EXPECT_EQ(Thread::thread_proc(&thread), nullptr);
-    EXPECT_EQ(thread.runs, 1);
+    EXPECT_EQ(Thread::thread_proc(&direct), nullptr);
+    EXPECT_EQ(direct.runs, 1);
 }
 
 #if !defined(KORVANE_SANITIZED)
