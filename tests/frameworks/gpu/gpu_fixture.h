@@ -40,6 +40,10 @@ class GpuTest : public testing::Test {
         ASSERT_NE(eglGetCurrentContext(), EGL_NO_CONTEXT);
     }
     void TearDown() override {
+        for (const auto& [maker, count] : GlRecorder::live_names()) {
+            // Shaders live as long as their context.
+            EXPECT_TRUE(maker == "glCreateShader" || maker.starts_with("egl")) << count << " names of " << maker;
+        }
         m_Engine->close();
         m_Engine->destroy();
     }
@@ -82,6 +86,7 @@ class GpuTest : public testing::Test {
     }
 
     auto_ptr<GPUEngine> m_Engine = new GPUEngine(nullptr, 0, 0);
+    GlRecorder m_Recorder;
 };
 
 #endif  // KORVANE_TESTS_FRAMEWORKS_GPU_GPU_FIXTURE_H_

@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -25,19 +24,16 @@
 
 namespace {
 
-using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
 constexpr const char* kBrokenShader = "void main() { gl_Position = nothing; }\n";
 
-class GpuProgram : public GpuTest {
-  protected:
-    GlRecorder m_Recorder;
-};
+using GpuProgram = GpuTest;
 
 TEST_F(GpuProgram, ScriptsKeepTheirSourcesInOrder) {
     GPUScript script(context(), nullptr);
@@ -137,74 +133,70 @@ constexpr const char* kUniformsShader =
     "  gl_FragColor = vec4(sum);\n"
     "}\n";
 
-// Calls one of the eleven setters with ints or floats.
+// Hands numbers to one of the eleven setters.
 template <auto kSet>
-void set_uniform(GPUProgram& program, const char* name, int count, const std::vector<float>* values) {
-    std::vector<float> floats = values == nullptr ? std::vector<float>() : *values;
-    std::vector<int> ints(floats.begin(), floats.end());
+void set_uniform(GPUProgram& program, const char* name, int count, float* floats, int* ints) {
     if constexpr (std::is_invocable_v<decltype(kSet), GPUProgram&, const char*, int, float*>) {
-        (program.*kSet)(name, count, values == nullptr ? nullptr : floats.data());
+        (program.*kSet)(name, count, floats);
     } else if constexpr (std::is_invocable_v<decltype(kSet), GPUProgram&, const char*, int, int*>) {
-        (program.*kSet)(name, count, values == nullptr ? nullptr : ints.data());
+        (program.*kSet)(name, count, ints);
     } else {
-        (program.*kSet)(name, count, false, values == nullptr ? nullptr : floats.data());
+        (program.*kSet)(name, count, false, floats);
     }
 }
 
 TEST_F(GpuProgram, AllElevenUniformsReadBack) {
-    struct Row {
+    // In the order of their types.
+    const struct {
         const char* name;
         size_t elements;
-        void (*set)(GPUProgram& program, const char* name, int count, const std::vector<float>* values);
-    };
-    // In the order of their types.
-    const Row rows[] = {{"i1", 1, set_uniform<&GPUProgram::_SetHostValue1iv>},
-                        {"i2", 2, set_uniform<&GPUProgram::_SetHostValue2iv>},
-                        {"i3", 3, set_uniform<&GPUProgram::_SetHostValue3iv>},
-                        {"i4", 4, set_uniform<&GPUProgram::_SetHostValue4iv>},
-                        {"f1", 1, set_uniform<&GPUProgram::_SetHostValue1fv>},
-                        {"f2", 2, set_uniform<&GPUProgram::_SetHostValue2fv>},
-                        {"f3", 3, set_uniform<&GPUProgram::_SetHostValue3fv>},
-                        {"f4", 4, set_uniform<&GPUProgram::_SetHostValue4fv>},
-                        {"m2", 4, set_uniform<&GPUProgram::_SetHostValueMatrix2fv>},
-                        {"m3", 9, set_uniform<&GPUProgram::_SetHostValueMatrix3fv>},
-                        {"m4", 16, set_uniform<&GPUProgram::_SetHostValueMatrix4fv>}};
+        void (*set)(GPUProgram& program, const char* name, int count, float* floats, int* ints);
+    } rows[] = {{"i1", 1, set_uniform<&GPUProgram::_SetHostValue1iv>},
+                {"i2", 2, set_uniform<&GPUProgram::_SetHostValue2iv>},
+                {"i3", 3, set_uniform<&GPUProgram::_SetHostValue3iv>},
+                {"i4", 4, set_uniform<&GPUProgram::_SetHostValue4iv>},
+                {"f1", 1, set_uniform<&GPUProgram::_SetHostValue1fv>},
+                {"f2", 2, set_uniform<&GPUProgram::_SetHostValue2fv>},
+                {"f3", 3, set_uniform<&GPUProgram::_SetHostValue3fv>},
+                {"f4", 4, set_uniform<&GPUProgram::_SetHostValue4fv>},
+                {"m2", 4, set_uniform<&GPUProgram::_SetHostValueMatrix2fv>},
+                {"m3", 9, set_uniform<&GPUProgram::_SetHostValueMatrix3fv>},
+                {"m4", 16, set_uniform<&GPUProgram::_SetHostValueMatrix4fv>}};
     const auto_ptr<GPUProgram> program = make_program(kVertexShader, kUniformsShader);
     ASSERT_EQ(program->beganCompute(), 1);
     GLint handle = 0;
     glGetIntegerv(GL_CURRENT_PROGRAM, &handle);
-    const auto value = [&](const Row& row, const char* index) {
-        std::vector<float> values(row.elements);
-        const GLint location =
-            glGetUniformLocation(static_cast<GLuint>(handle), (std::string(row.name) + index).c_str());
-        glGetUniformfv(static_cast<GLuint>(handle), location, values.data());
+    const auto value = [handle](const std::string& element, size_t elements) {
+        std::vector<float> values(elements);
+        const auto name = static_cast<GLuint>(handle);
+        glGetUniformfv(name, glGetUniformLocation(name, element.c_str()), values.data());
         return values;
     };
     int type = 0;
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, elements, set] : rows) {
+        const std::string first = std::string(name) + "[0]";
+        SCOPED_TRACE(first);
         // Different numbers in each place of two elements.
-        std::vector<float> both(2 * row.elements);
+        std::vector<float> both(2 * elements);
         std::iota(both.begin(), both.end(), 100.0F * static_cast<float>(type + 1));
-        std::vector<float> first(both.begin(), both.begin() + static_cast<std::ptrdiff_t>(row.elements));
-        std::vector<float> second(both.begin() + static_cast<std::ptrdiff_t>(row.elements), both.end());
-        row.set(*program, row.name, 2, &both);
-        row.set(*program, nullptr, 1, &second);
-        row.set(*program, row.name, 1, nullptr);
-        EXPECT_EQ(value(row, "[0]"), first);
-        EXPECT_EQ(value(row, "[1]"), second);
+        std::vector<int> ints(both.begin(), both.end());
+        float* const second = &both[elements];
+        set(*program, name, 2, both.data(), ints.data());
+        set(*program, nullptr, 1, second, ints.data());
+        set(*program, name, 1, nullptr, nullptr);
+        EXPECT_THAT(value(first, elements), ElementsAreArray(both.data(), elements));
+        EXPECT_THAT(value(std::string(name) + "[1]", elements), ElementsAreArray(second, elements));
 
-        std::vector<int> ints(second.begin(), second.end());
-        void* last = type < GPU_PROGRAM_PARAMETER_TYPE_FLOAT1 ? static_cast<void*>(ints.data()) : second.data();
+        void* last = type < GPU_PROGRAM_PARAMETER_TYPE_FLOAT1 ? static_cast<void*>(&ints[elements]) : second;
         const auto typeCode = static_cast<GPUProgramParameterType>(type++);
-        program->setParameters(row.name, typeCode, last);
-        program->setParameters(nullptr, typeCode, first.data());
-        program->setParameters(row.name, typeCode, nullptr);
-        EXPECT_EQ(value(row, "[0]"), second);
+        program->setParameters(name, typeCode, last);
+        program->setParameters(nullptr, typeCode, both.data());
+        program->setParameters(name, typeCode, nullptr);
+        EXPECT_THAT(value(first, elements), ElementsAreArray(second, elements));
     }
     const float columns[4] = {1, 2, 3, 4};
     program->_SetHostValueMatrix2fv("m2", 1, true, columns);
-    EXPECT_THAT(value(rows[8], "[0]"), ElementsAre(1, 3, 2, 4));
+    EXPECT_THAT(value("m2[0]", 4), ElementsAre(1, 3, 2, 4));
     m_Recorder.take();
     float unused[16] = {};
     for (const int unknown : {11, -1, 1 << 20}) {
@@ -268,25 +260,13 @@ TEST_F(GpuProgram, FailuresAreLoggedAndLeaveAProgramThatDoesNothing) {
     }
 }
 
-TEST_F(GpuProgram, ComputeProgramComputes) {
+TEST_F(GpuProgram, ComputeProgramsAreMadeOfTheirShader) {
     const GLuint handle = GPUUtils::createComputeProgram(
-        "#version 310 es\nlayout(local_size_x = 4) in;\n"
-        "layout(std430, binding = 0) buffer Out { uint values[]; };\n"
-        "void main() { values[gl_GlobalInvocationID.x] = gl_GlobalInvocationID.x * 3u + 1u; }\n");
+        "#version 310 es\nlayout(local_size_x = 4, local_size_y = 2) in;\nvoid main() {}\n");
     ASSERT_NE(handle, 0U);
-    GLuint buffer = 0;
-    glGenBuffers(1, &buffer);
-    glBindBufferBase(GL_SHADER_STORAGE_BUFFER, 0, buffer);
-    glBufferData(GL_SHADER_STORAGE_BUFFER, 8 * sizeof(GLuint), nullptr, GL_DYNAMIC_READ);
-    glUseProgram(handle);
-    glDispatchCompute(2, 1, 1);
-    glMemoryBarrier(GL_BUFFER_UPDATE_BARRIER_BIT);
-    const auto* values =
-        static_cast<const GLuint*>(glMapBufferRange(GL_SHADER_STORAGE_BUFFER, 0, 8 * sizeof(GLuint), GL_MAP_READ_BIT));
-    ASSERT_NE(values, nullptr);
-    EXPECT_THAT(std::vector<GLuint>(values, values + 8), ElementsAre(1, 4, 7, 10, 13, 16, 19, 22));
-    glUnmapBuffer(GL_SHADER_STORAGE_BUFFER);
-    glDeleteBuffers(1, &buffer);
+    GLint groupSize[3] = {};
+    glGetProgramiv(handle, GL_COMPUTE_WORK_GROUP_SIZE, groupSize);
+    EXPECT_THAT(groupSize, ElementsAre(4, 2, 1));
     glDeleteProgram(handle);
     m_Recorder.take();
     EXPECT_EQ(GPUUtils::createComputeProgram("#version 310 es\nvoid main() {}\n"), 0U);
@@ -358,36 +338,16 @@ class GpuProgramCache : public GpuProgram {
     std::string m_Directory = testing::TempDir() + "korvane_cache_XXXXXX";
 };
 
-TEST_F(GpuProgramCache, CachedProgramDrawsWithoutCompiling) {
+// Files too short for a binary count as absent; one that the driver refuses is not replaced by the sources.
+TEST_F(GpuProgramCache, CachedProgramsDrawUncompiledAndFilesStay) {
     Bytes pixels = random_bytes(5 * 3 * 4, 2);
     GPUImage2D image(context(), 5, 3, 4, pixels.data());
     const Bytes expected = draw(*make_program(kVertexShader, kCopyShader), &image, 5, 3);
-    const Bytes bytes = fill_cache();
-    m_Recorder.take();
-    {
-        auto_ptr<GPUScript> script(new GPUScript(context(), "script"));
-        EXPECT_EQ(script->getScirptBinarySize(), static_cast<int>(bytes.size()) - 4);
-        EXPECT_EQ(script->getScriptSourceByIndex(0).get(), nullptr);
-        GPUProgram program(context(), script.get());
-        EXPECT_THAT(m_Recorder.take_calls(),
-                    AllOf(Contains(StartsWith("glProgramBinary(")), Not(Contains(StartsWith("glCreateShader")))));
-        if (has_binaries()) {
-            EXPECT_EQ(draw(program, &image, 5, 3), expected);
-        }
-        std::filesystem::remove(file());
-    }
-    // Whoever holds a binary writes it back in the end.
-    EXPECT_EQ(read_file(), bytes);
-}
-
-// Files too short for a binary count as absent; one that the driver refuses is not replaced by the sources. Either way
-// the file stays.
-TEST_F(GpuProgramCache, BadFilesStayAsTheyAre) {
     const Bytes whole = fill_cache();
     Bytes foreign = whole;
     foreign[0] ^= 0x5A;
     for (const Bytes& bytes :
-         {Bytes(), Bytes(1, whole[0]), Bytes(3, 1), Bytes(4, 1), foreign, Bytes(whole.begin(), whole.end() - 1)}) {
+         {whole, Bytes(), Bytes(1, whole[0]), Bytes(4, 1), foreign, Bytes(whole.begin(), whole.end() - 1)}) {
         SCOPED_TRACE(bytes.size());
         const bool counts = bytes.size() > 4;
         std::ofstream(file(), std::ios::binary)
@@ -395,15 +355,16 @@ TEST_F(GpuProgramCache, BadFilesStayAsTheyAre) {
         m_Recorder.take();
         {
             auto_ptr<GPUScript> script = make_script();
-            EXPECT_EQ(script->getScriptBinary() != nullptr, counts);
-            EXPECT_EQ(script->getScirptBinarySize(), counts ? static_cast<int>(bytes.size()) - 4 : 0);
-            EXPECT_EQ(script->getScriptBinaryFormat() != 0, counts);
             GPUProgram program(context(), script.get());
-            EXPECT_EQ(program.beganCompute(), counts ? 0 : 1);
-            const std::vector<std::string> calls = m_Recorder.take_calls();
-            EXPECT_EQ(std::any_of(calls.begin(), calls.end(),
-                                  [](const std::string& call) { return call.starts_with("glCreateShader"); }),
-                      !counts);
+            EXPECT_EQ(testing::Value(m_Recorder.take_calls(), Contains(StartsWith("glCreateShader"))), !counts);
+            if (!counts || (bytes == whole && has_binaries())) {
+                EXPECT_EQ(draw(program, &image, 5, 3), expected);
+            } else {
+                EXPECT_EQ(program.beganCompute(), 0);
+            }
+            if (counts) {  // Whoever holds a binary writes it back in the end.
+                std::filesystem::remove(file());
+            }
         }
         EXPECT_EQ(read_file(), bytes);
     }
@@ -430,11 +391,9 @@ TEST_F(GpuProgramCache, BinariesThatCannotBeHadOrKeptDoNoHarm) {
     const GPUScript longName(context(), std::string(5000, 'n').c_str());
 }
 
-TEST_F(GpuProgramCache, DirectoryIsCheckedAndMayChangeWhileOtherThreadsReadIt) {
+TEST_F(GpuProgramCache, DirectoryMayChangeWhileOtherThreadsReadItAndMustBeWritable) {
     const std::string directory = m_Directory;
-    EXPECT_EQ(korvane::set_program_cache_directory((directory + "/absent").c_str()), ENOENT);
-    EXPECT_EQ(korvane::program_cache_directory(), directory + "/");
-    std::thread reader([&directory] {
+    std::jthread reader([&directory] {
         for (int i = 0; i < 1000; ++i) {
             const std::string seen = korvane::program_cache_directory();
             EXPECT_TRUE(seen == directory + "/" || seen == "/data/local/") << seen;
@@ -443,7 +402,6 @@ TEST_F(GpuProgramCache, DirectoryIsCheckedAndMayChangeWhileOtherThreadsReadIt) {
     for (int i = 0; i < 1000; ++i) {
         EXPECT_EQ(korvane::set_program_cache_directory(i % 2 == 0 ? nullptr : (directory + "/").c_str()), 0);
     }
-    reader.join();
     // As a user who is not root: root may write everywhere.
     std::filesystem::permissions(m_Directory, static_cast<std::filesystem::perms>(0555));
     const auto refused_to_write = [&directory] {
