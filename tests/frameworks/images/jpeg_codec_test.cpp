@@ -25,23 +25,20 @@ using testing::StartsWith;
 // A memory stream that rewinds, and whose writes fail once `capacity` bytes are in.
 class TestStream : public Stream {
   public:
-    explicit TestStream(Bytes bytes = {}, size_t capacity = SIZE_MAX)
-        : m_Bytes(std::move(bytes)), m_Capacity(capacity) {}
+    explicit TestStream(Bytes file = {}, size_t capacity = SIZE_MAX) : bytes(std::move(file)), m_Capacity(capacity) {}
 
     size_t read(void* buffer, size_t count) override {
-        count = std::min(count, m_Bytes.size() - m_Position);
-        if (buffer != nullptr && count > 0) {
-            memcpy(buffer, m_Bytes.data() + m_Position, count);
+        count = std::min(count, bytes.size() - m_Position);
+        if (buffer != nullptr) {
+            std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(m_Position), count, static_cast<unsigned char*>(buffer));
         }
         m_Position += count;
         return count;
     }
     size_t write(void* buffer, size_t count) override {
-        if (m_Bytes.size() >= m_Capacity) {
-            return 0;
-        }
-        const auto* bytes = static_cast<unsigned char*>(buffer);
-        m_Bytes.insert(m_Bytes.end(), bytes, bytes + count);
+        const auto* from = static_cast<unsigned char*>(buffer);
+        count = bytes.size() < m_Capacity ? count : 0;
+        bytes.insert(bytes.end(), from, from + count);
         return count;
     }
     int64_t seek(int64_t /*offset*/, SeekOrign /*origin*/) override { return -1; }
@@ -49,18 +46,16 @@ class TestStream : public Stream {
         m_Position = 0;
         return true;
     }
-    size_t getLength() override { return m_Bytes.size(); }
-    void flush() override { ++m_Flushes; }
+    size_t getLength() override { return bytes.size(); }
+    void flush() override { ++flushes; }
     void close() override {}
 
-    const Bytes& bytes() const { return m_Bytes; }
-    int flushes() const { return m_Flushes; }
+    Bytes bytes;
+    int flushes = 0;
 
   private:
-    Bytes m_Bytes;
     size_t m_Capacity;
     size_t m_Position = 0;
-    int m_Flushes = 0;
 };
 
 // Gradients with a texture and a bright corner; no turn or mirror image of it is like it.
@@ -85,15 +80,22 @@ auto_ptr<Image> make_image(const Bytes& pixels, unsigned width, unsigned height,
     return auto_ptr<Image>(new Image(width, height, 1, format, planes));
 }
 
+Bytes pixels_of(Image* image) {
+    const unsigned char* first = image->getPlanes()[0];
+    const size_t count =
+        static_cast<size_t>(image->getWidth()) * image->getHeight() * static_cast<size_t>(image->getDepthType());
+    return first == nullptr ? Bytes() : Bytes(first, first + count);
+}
+
+const Bytes kWitness = {1, 2, 3, 4, 5, 6};
+
 // An image that a failed decode must leave as it is.
 auto_ptr<Image> witness() {
-    return make_image({1, 2, 3, 4, 5, 6}, 2, 3, IMAGE_FORMAT_TYPE_GRAY);
+    return make_image(kWitness, 2, 3, IMAGE_FORMAT_TYPE_GRAY);
 }
 
 bool is_witness(Image* image) {
-    constexpr unsigned char kBytes[] = {1, 2, 3, 4, 5, 6};
-    return image->getWidth() == 2 && image->getHeight() == 3 && image->getFormatType() == IMAGE_FORMAT_TYPE_GRAY &&
-           image->getPlanes()[0] != nullptr && memcmp(image->getPlanes()[0], kBytes, sizeof(kBytes)) == 0;
+    return image->getWidth() == 2 && image->getFormatType() == IMAGE_FORMAT_TYPE_GRAY && pixels_of(image) == kWitness;
 }
 
 bool decode(const Bytes& file, auto_ptr<Image>& image) {
@@ -102,20 +104,13 @@ bool decode(const Bytes& file, auto_ptr<Image>& image) {
     return decoder->decode(stream, image);
 }
 
-Bytes pixels_of(Image* image) {
-    const unsigned char* first = image->getPlanes()[0];
-    const size_t count =
-        static_cast<size_t>(image->getWidth()) * image->getHeight() * static_cast<size_t>(image->getDepthType());
-    return first == nullptr ? Bytes() : Bytes(first, first + count);
-}
-
 Bytes encode(auto_ptr<Image>& image, int quality) {
     auto* file = new TestStream;
     auto_ptr<Stream> stream(file);
     auto_ptr<ImageEncoder> encoder(new JpegEncoder);
     EXPECT_TRUE(encoder->encode(stream, image, quality));
-    EXPECT_EQ(file->flushes(), 1);
-    return file->bytes();
+    EXPECT_EQ(file->flushes, 1);
+    return file->bytes;
 }
 
 TEST(JpegCodec, FilesEqualThoseOfAPlainLibjpegLoop) {
