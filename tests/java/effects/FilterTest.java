@@ -13,9 +13,6 @@ import java.nio.file.Files;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
-import java.util.concurrent.ExecutionException;
-import java.util.concurrent.ExecutorService;
-import java.util.concurrent.Executors;
 import korvane.effects.Filter;
 import korvane.effects.FilterParameter;
 import korvane.effects.FilterRenderer;
@@ -48,15 +45,18 @@ public class FilterTest extends Refusals {
             bitmap.getPixel(right, bottom)};
     }
 
-    private static <T> T onOtherThread(java.util.concurrent.Callable<T> call) throws Exception {
-        ExecutorService thread = Executors.newSingleThreadExecutor();
-        try {
-            return thread.submit(call).get();
-        } catch (ExecutionException e) {
-            throw (Exception) e.getCause();
-        } finally {
-            thread.shutdown();
-        }
+    private static void onOtherThread(Log.Work work) throws Exception {
+        Exception[] thrown = new Exception[1];
+        Thread thread = new Thread(() -> {
+            try {
+                work.run();
+            } catch (Exception e) {
+                thrown[0] = e;
+            }
+        });
+        thread.start();
+        thread.join();
+        throw thrown[0];
     }
 
     @Test
@@ -135,10 +135,7 @@ public class FilterTest extends Refusals {
         badState("draws at most", () -> filter.apply(Bitmap.createBitmap(40000, 1)));
         String opened = "opened on thread \"" + Thread.currentThread().getName() + "\"";
         badState(opened, () -> onOtherThread(() -> filter.set("mStrength", 1)));
-        badState(opened, () -> onOtherThread(() -> {
-            filter.close();
-            return null;
-        }));
+        badState(opened, () -> onOtherThread(filter::close));
         Bitmap table = Bitmap.createBitmap(4096, 64);
         table.eraseColor(BLUE);
         filter.set("mFilterBitmap", table).set("mStrength", 1).apply(bitmap);
@@ -237,10 +234,7 @@ public class FilterTest extends Refusals {
         badArgument("mCenterx", () -> renderer.set("mCenterx", 2));
         badArgument("clockwiseDegrees", () -> renderer.setRotation(45));
         badArgument("width", () -> renderer.setFrameSize(0, 1));
-        badState("view.queueEvent", () -> onOtherThread(() -> {
-            renderer.onDrawFrame(null);
-            return null;
-        }));
+        badState("view.queueEvent", () -> onOtherThread(() -> renderer.onDrawFrame(null)));
 
         // The context goes and another comes: all is made again, with the parameters that were set.
         SurfaceTexture first = texture[0];

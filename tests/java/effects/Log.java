@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 import java.io.ByteArrayOutputStream;
 import java.io.PrintStream;
-import java.util.ArrayList;
-import java.util.List;
+import java.util.Collections;
+import java.util.concurrent.Callable;
+import java.util.concurrent.ExecutorService;
+import java.util.concurrent.Executors;
+import java.util.concurrent.Future;
 
 /** What tests see of the process from outside: its log, and its memory. */
 final class Log {
@@ -36,29 +39,17 @@ final class Log {
 
     /** The same after several threads have each done some work so many times. */
     static long allocatedAfter(Work work, int times) throws Exception {
-        List<Throwable> failures = new ArrayList<>();
-        List<Thread> threads = new ArrayList<>();
-        for (int i = 0; i < THREADS; ++i) {
-            Thread thread = new Thread(() -> {
-                try {
-                    for (int j = 0; j < times; ++j) {
-                        work.run();
-                    }
-                } catch (Throwable failure) {
-                    synchronized (failures) {
-                        failures.add(failure);
-                    }
-                }
-            });
-            thread.start();
-            threads.add(thread);
+        Callable<Void> repeated = () -> {
+            for (int i = 0; i < times; ++i) {
+                work.run();
+            }
+            return null;
+        };
+        ExecutorService threads = Executors.newFixedThreadPool(THREADS);
+        for (Future<Void> thread : threads.invokeAll(Collections.nCopies(THREADS, repeated))) {
+            thread.get();
         }
-        for (Thread thread : threads) {
-            thread.join();
-        }
-        if (!failures.isEmpty()) {
-            throw new AssertionError(failures.get(0));
-        }
+        threads.shutdown();
         return allocated();
     }
 }
