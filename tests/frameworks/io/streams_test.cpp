@@ -56,28 +56,17 @@ TEST(MemoryStream, WithoutABlockRefusesEverything) {
 
 // Any sequence of calls, beside a model of them, is the fuzz target's.
 TEST(MemoryStream, TransfersWhatFitsIntoABorrowedBlock) {
-    Bytes block(20);
-    Bytes source = random_bytes(30, 3);
+    Bytes block(20), back(30, 0xEE), source = random_bytes(30, 3);
     {
         MemoryStream stream(block.data(), block.size());
         EXPECT_EQ(stream.write(source.data(), 7), 7U);
-        EXPECT_EQ(stream.write(source.data() + 7, 6), 6U);
-        EXPECT_EQ(stream.write(source.data() + 13, kRefused - 1), 7U);
+        EXPECT_EQ(stream.write(source.data() + 7, kRefused - 1), 13U);
         EXPECT_EQ(stream.write(source.data(), 1), 0U);
-        EXPECT_TRUE(std::equal(block.begin(), block.end(), source.begin()));
         EXPECT_EQ(stream.getLength(), 20U);
-
         stream.seek(3, SEEK_ORIGIN_BEGIN);
-        Bytes back(30, 0xEE);
         EXPECT_EQ(stream.read(back.data(), 4), 4U);
-        // Neither moves the stream.
-        EXPECT_EQ(stream.skip(2), kRefused);
-        EXPECT_EQ(stream.read(back.data(), 0), kRefused);
-        EXPECT_FALSE(stream.rewind());
-        EXPECT_FALSE(stream.isAtEnd());
+        EXPECT_EQ(stream.skip(2), kRefused) << "and does not move";
         EXPECT_EQ(stream.read(back.data() + 4, 26), 13U);
-        EXPECT_TRUE(std::equal(back.begin(), back.begin() + 17, source.begin() + 3));
-        EXPECT_EQ(back[17], 0xEE);
         // The position stops at both ends, the distance does not.
         EXPECT_EQ(stream.seek(100, SEEK_ORIGIN_END), 100);
         EXPECT_EQ(stream.seek(-4, SEEK_ORIGIN_CURRENT), -4);
@@ -85,14 +74,12 @@ TEST(MemoryStream, TransfersWhatFitsIntoABorrowedBlock) {
         EXPECT_EQ(stream.seek(5, SEEK_ORIGIN_BEGIN), 5);
     }
     // Still the owner's.
-    EXPECT_EQ(block.back(), source[19]);
+    EXPECT_TRUE(std::equal(block.begin(), block.end(), source.begin()));
+    EXPECT_TRUE(std::equal(block.begin() + 3, block.end(), back.begin()));
+    EXPECT_EQ(back[17], 0xEE);
 }
 
 // --- FileStream
-
-std::string temporary_path(const char* name) {
-    return testing::TempDir() + "korvane_streams_" + std::to_string(getpid()) + "_" + name;
-}
 
 class FileStreamTest : public testing::Test {
   protected:
@@ -103,7 +90,7 @@ class FileStreamTest : public testing::Test {
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    const std::string path = temporary_path("file");
+    const std::string path = testing::TempDir() + "korvane_streams_" + std::to_string(getpid());
 };
 
 TEST_F(FileStreamTest, NotOpenAnswersNothing) {
@@ -161,19 +148,15 @@ TEST_F(FileStreamTest, WritesAndKeepsTheLengthAtOpen) {
     EXPECT_EQ(content(), std::string("aa\n\0c", 5));
 }
 
-TEST(FileStream, APipeHasNoLengthAndCannotSkip) {
-    const std::string path = temporary_path("pipe");
+TEST_F(FileStreamTest, APipeHasNoLengthAndCannotSkip) {
+    std::remove(path.c_str());
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
     // Open for both, so that neither end waits for the other.
-    FILE* const other = std::fopen(path.c_str(), "r+b");
-    {
-        FileStream stream(path.c_str(), FileStream::FILE_MODE_ONLY_WRITE);
-        EXPECT_EQ(stream.getLength(), 0U);
-        EXPECT_EQ(stream.skip(1), 0U);
-        EXPECT_EQ(stream.seek(0, SEEK_ORIGIN_BEGIN), -1);
-    }
-    std::fclose(other);
-    std::remove(path.c_str());
+    std::fstream other(path);
+    FileStream stream(path.c_str(), FileStream::FILE_MODE_ONLY_WRITE);
+    EXPECT_EQ(stream.getLength(), 0U);
+    EXPECT_EQ(stream.skip(1), 0U);
+    EXPECT_EQ(stream.seek(0, SEEK_ORIGIN_BEGIN), -1);
 }
 
 // --- StreamReader, StreamWriter
@@ -197,15 +180,11 @@ class WrapperTest : public testing::Test {};
 using Wrappers = testing::Types<StreamReader, StreamWriter>;
 TYPED_TEST_SUITE(WrapperTest, Wrappers);
 
-TYPED_TEST(WrapperTest, ForwardsAndEndsWhatItWraps) {
+// What they pass on is the fuzz target's.
+TYPED_TEST(WrapperTest, EndsWhatItWrapsAndAnswersWithoutAStream) {
     std::string calls;
-    char byte = 'a';
     {
         TypeParam wrapper(new WitnessStream(&calls));
-        EXPECT_EQ(wrapper.write(&byte, 1), 1U);
-        EXPECT_EQ(wrapper.seek(-1, SEEK_ORIGIN_END), -1);
-        EXPECT_EQ(wrapper.read(&byte, 1), 1U);
-        EXPECT_EQ(byte, 'a');
         EXPECT_EQ(wrapper.getLength(), 8U);
         EXPECT_FALSE(wrapper.rewind() || wrapper.isAtEnd());
     }
@@ -215,11 +194,9 @@ TYPED_TEST(WrapperTest, ForwardsAndEndsWhatItWraps) {
     auto_ptr<Stream> shared(new WitnessStream(&calls));
     { TypeParam wrapper(shared); }
     EXPECT_EQ(calls, "flush close ");
-}
 
-TYPED_TEST(WrapperTest, AnswersWithoutAStream) {
-    TypeParam wrapper(static_cast<Stream*>(nullptr));
-    expect_refusals(&wrapper, kRefused, -1);
+    TypeParam nothing(static_cast<Stream*>(nullptr));
+    expect_refusals(&nothing, kRefused, -1);
 }
 
 TEST(TypedStreams, ValuesKeepTheProcessorsBytes) {
