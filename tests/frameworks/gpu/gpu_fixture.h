@@ -75,16 +75,6 @@ class GpuTest : public testing::Test {
         return pixels;
     }
 
-    // RGBA rows in reverse order.
-    static Bytes upside_down(const Bytes& pixels, int width) {
-        const auto rowBytes = static_cast<std::ptrdiff_t>(width) * 4;
-        Bytes turned;
-        for (auto end = pixels.end(); end != pixels.begin(); end -= rowBytes) {
-            turned.insert(turned.end(), end - rowBytes, end);
-        }
-        return turned;
-    }
-
     auto_ptr<GPUEngine> m_Engine = new GPUEngine(nullptr, 0, 0);
     GlRecorder m_Recorder;
 };

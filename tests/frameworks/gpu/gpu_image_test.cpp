@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "frameworks/gpu/gpu_image_2d.h"
 
+#include <GLES2/gl2ext.h>
 #include <gmock/gmock.h>
 
 #include <limits>
 
 #include "frameworks/gpu/gpu_image_3d.h"
 #include "tests/frameworks/gpu/gpu_fixture.h"
-#include "tests/support/gl_surface.h"
 #include "tests/support/random_bytes.h"
 
 namespace {
@@ -231,21 +231,6 @@ TEST_F(GpuImage, SizesAndCodesThatGlRefusesAreLoggedAndTouchNothing) {
     }
 }
 
-TEST_F(GpuImage, RefusedMappingCopiesNothingAndTheRestGoesOn) {
-    GPUImage2D image(context(), 2, 2, 4, random_bytes(16, 4).data());
-    m_Recorder.take();
-    m_Recorder.answer("glMapBufferRange", 0, GL_OUT_OF_MEMORY);
-    Bytes buffer(16, 0xEE);
-    EXPECT_EQ(image.upload(random_bytes(16, 5).data(), 16), 1);
-    EXPECT_EQ(image.download(buffer.data(), 16), 1);
-    EXPECT_EQ(buffer, Bytes(16, 0xEE));
-    const std::vector<std::string> entries = m_Recorder.take();
-    EXPECT_THAT(entries, Contains("after :glMapBufferRange() glError (0x505)\n").Times(2));
-    EXPECT_THAT(entries, Contains(testing::StartsWith("glUnmapBuffer")).Times(2));
-    EXPECT_THAT(entries, Contains("glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0)"));
-    EXPECT_EQ(entries.back(), "glBindFramebuffer(GL_FRAMEBUFFER, 0)");
-}
-
 TEST_F(GpuImage, WrappedTexturesSurviveUnlessHandedOver) {
     GLuint name = 0;
     glGenTextures(1, &name);
@@ -270,19 +255,6 @@ TEST_F(GpuImage, WrappedTexturesSurviveUnlessHandedOver) {
         EXPECT_FALSE(glIsTexture(name));
     }
     EXPECT_THAT(m_Recorder.take_calls(), Contains("glDeleteTextures(1, ptr)").Times(1));
-}
-
-TEST_F(GpuImage, ExternalTextureThroughAnEglImageIsDrawn) {
-    Bytes pixels = random_bytes(5 * 3 * 4, 6);
-    GPUImage2D source(context(), 5, 3, 4, pixels.data());
-    const ExternalTexture external(source.getTextureID());
-    GPUImage2D camera(context(), external.name(), 5, 3, 5, false, true);
-    std::string fragment = std::string("#extension GL_OES_EGL_image_external : require\n") + kCopyShader;
-    fragment.replace(fragment.find("sampler2D"), 9, "samplerExternalOES");
-    const auto_ptr<GPUProgram> program = make_program(kVertexShader, fragment.c_str());
-    m_Recorder.take();
-    EXPECT_EQ(draw(*program, &camera, 5, 3), upside_down(pixels, 5));
-    EXPECT_THAT(m_Recorder.take_log(), IsEmpty());
 }
 
 }  // namespace

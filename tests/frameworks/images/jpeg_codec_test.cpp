@@ -3,15 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstring>
-#include <string>
 
 #include "frameworks/images/image_decoder_factory.h"
 #include "frameworks/images/image_encoder_factory.h"
 #include "frameworks/images/jpeg_decoder.h"
 #include "frameworks/images/jpeg_encoder.h"
-#include "frameworks/io/file_stream.h"
 #include "frameworks/io/memory_stream.h"
 #include "tests/frameworks/images/jpeg_reference.h"
 #include "tests/support/log_capture.h"
@@ -122,32 +118,14 @@ TEST(JpegCodec, FilesEqualThoseOfAPlainLibjpegLoop) {
             const Bytes source = picture(width, height, components);
             auto_ptr<Image> image = make_image(source, width, height, format);
             Bytes threeBytes;
-            for (size_t i = 0; i < source.size(); i += components) {
-                for (size_t c = 0; c < 3; ++c) {
-                    threeBytes.push_back(source[components == 1 ? i : i + c]);
-                }
+            for (size_t i = 0; i < size_t{width} * height * 3; ++i) {
+                threeBytes.push_back(source[i / 3 * components + (components == 1 ? 0 : i % 3)]);
             }
             for (const int quality : {-5, 1, 50, 90, 500}) {
                 EXPECT_EQ(encode(image, quality), reference_encode(threeBytes, width, height, {.quality = quality}));
             }
         }
     }
-}
-
-TEST(JpegCodec, APhotoComesFromDiskAndGoesBack) {
-    auto_ptr<Stream> in(new FileStream(KORVANE_TEST_PHOTO, FileStream::FILE_MODE_ONLY_READ));
-    ImageDecoderFactory decoders;
-    ImageDecoder* decoder = decoders.createImageDecoder(in);
-    ASSERT_NE(decoder, nullptr);
-    auto_ptr<Image> image = witness();
-    ASSERT_TRUE(decoder->decode(in, image));
-    EXPECT_EQ(image->getDepth(), 1u);
-    const Bytes pixels = pixels_of(image.get());
-    Bytes file(in->getLength());
-    in->rewind();
-    ASSERT_EQ(in->read(file.data(), file.size()), file.size());
-    EXPECT_EQ(pixels, reference_decode(file));
-    EXPECT_EQ(encode(image, 90), reference_encode(pixels, 512, 600, {}));
 }
 
 struct Variant {
@@ -187,17 +165,14 @@ TEST(JpegDecoder, ReadsEveryKindOfFileAsLibjpegDoes) {
     }
 }
 
-// The four size bytes behind the start-of-frame marker's length and precision: height, then width.
+// Another height and width behind the start-of-frame marker's length and precision.
 Bytes with_size(Bytes file, unsigned width, unsigned height) {
-    for (size_t i = 2; i + 9 < file.size(); ++i) {
-        if (file[i] == 0xFF && file[i + 1] >= 0xC0 && file[i + 1] <= 0xCF && file[i + 1] != 0xC4 &&
-            file[i + 1] != 0xCC) {
-            file[i + 5] = static_cast<unsigned char>(height >> 8);
-            file[i + 6] = static_cast<unsigned char>(height);
-            file[i + 7] = static_cast<unsigned char>(width >> 8);
-            file[i + 8] = static_cast<unsigned char>(width);
-            break;
-        }
+    size_t at = 2;
+    while (file[at] != 0xFF || file[at + 1] < 0xC0 || file[at + 1] > 0xC2) {
+        ++at;
+    }
+    for (const unsigned value : {height >> 8, height, width >> 8, width}) {
+        file[at++ + 5] = static_cast<unsigned char>(value);
     }
     return file;
 }
@@ -254,20 +229,18 @@ TEST(JpegDecoder, RefusesWhatIsNoWholePicture) {
 }
 
 TEST(JpegDecoder, FailsOnStreamsThatDoNotRewindOrMiscount) {
-    // Claims to have skipped more than it was asked for.
+    // Claims to have skipped more than it was asked for, or to have read so.
     struct Liar : TestStream {
-        using TestStream::TestStream;
+        Liar(const Bytes& bytes, bool alsoReads) : TestStream(bytes), isLie(alsoReads) {}
         size_t read(void* buffer, size_t count) override {
-            return buffer == nullptr ? SIZE_MAX : TestStream::read(buffer, count);
+            return buffer == nullptr || isLie ? SIZE_MAX : TestStream::read(buffer, count);
         }
-    };
-    struct Refuser : TestStream {
-        using TestStream::TestStream;
-        size_t read(void* /*buffer*/, size_t /*count*/) override { return SIZE_MAX; }
+        bool isLie;
     };
     Bytes file = variant_file(kVariants[8]);
     LogCapture log;
-    for (Stream* raw : std::vector<Stream*>{new MemoryStream(file.data(), file.size()), new Liar(file), new Refuser}) {
+    for (Stream* raw : std::vector<Stream*>{new MemoryStream(file.data(), file.size()), new Liar(file, false),
+                                            new Liar(file, true)}) {
         auto_ptr<Stream> stream(raw);
         auto_ptr<ImageDecoder> decoder(new JpegDecoder);
         auto_ptr<Image> image = witness();
@@ -294,10 +267,6 @@ TEST(JpegEncoder, ReportsWhatCannotBeWritten) {
         EXPECT_THAT(log.lines(), ElementsAre(kWriteError));
         log.clear();
     }
-    auto_ptr<Stream> full(new FileStream("/dev/full", FileStream::FILE_MODE_ONLY_WRITE));
-    EXPECT_FALSE(encoder->encode(full, image, 90));
-    EXPECT_THAT(log.lines(), ElementsAre(kWriteError));
-    log.clear();
     auto_ptr<Stream> stream(new TestStream);
     EXPECT_FALSE(encoder->encode(stream, none, 90));
     EXPECT_THAT(log.lines(), IsEmpty());

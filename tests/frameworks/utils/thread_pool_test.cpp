@@ -28,45 +28,32 @@ void wait_until(const std::function<bool()>& predicate) {
     }
 }
 
-TEST(ThreadPool, StartsTasksInOrderAlsoThoseFromBeforeTheStart) {
+TEST(ThreadPool, RunsAllTasksInOrderAndKeepsNone) {
     constexpr int kTasks = 50;
-    std::vector<int> order;
-    std::vector<int> expected;
+    std::vector<int> order, expected;
     std::atomic<int> deleted{0};
-    ThreadPool pool(1);
-    for (int i = 0; i < kTasks; ++i) {
-        if (i == kTasks / 2) {
-            EXPECT_EQ(deleted, 0);
-            pool.start();
-        }
-        expected.push_back(i);
-        pool.submit(new Task(deleted, [&order, i] { order.push_back(i); }));
-    }
-    wait_until([&] { return deleted == kTasks; });
-    EXPECT_EQ(order, expected);
-}
-
-TEST(ThreadPool, RunsWhatIsQueuedAtItsEndAndDropsTasksThatNobodyElseHolds) {
-    constexpr int kTasks = 500;
-    std::atomic<int> runs{0};
-    std::atomic<int> deleted{0};
-    const auto body = [&] {
-        std::this_thread::sleep_for(std::chrono::microseconds(200));
-        ++runs;
+    const auto task = [&](int number) {
+        return new Task(deleted, [&order, number] {
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+            order.push_back(number);
+        });
     };
-    auto_ptr<IRunnable> held(new Task(deleted, body));
+    auto_ptr<IRunnable> held(task(-1));
     {
-        ThreadPool pool(2);
+        ThreadPool pool(1);
         pool.submit(static_cast<IRunnable*>(nullptr));
-        for (int n = 0; n < kTasks; ++n) {
-            pool.submit(new Task(deleted, body));
+        for (int i = 0; i < kTasks; ++i) {
+            if (i == kTasks / 2) {
+                pool.start();
+            }
             pool.submit(held);
+            pool.submit(task(i));
+            expected.insert(expected.end(), {-1, i});
         }
-        pool.start();
         pool.shutdown();
-        wait_until([&] { return runs == 2 * kTasks && deleted == kTasks; });
+        wait_until([&] { return deleted == kTasks; });
     }
-    EXPECT_EQ(deleted, kTasks);
+    EXPECT_EQ(order, expected);
     held.clear();
     wait_until([&] { return deleted == kTasks + 1; });
 }
