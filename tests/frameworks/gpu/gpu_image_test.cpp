@@ -4,6 +4,8 @@
 #include <GLES2/gl2ext.h>
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include "frameworks/gpu/gpu_image_3d.h"
@@ -83,20 +85,19 @@ TEST_F(GpuImage, EveryCallIsCheckedUnderItsName) {
 TEST_F(GpuImage, TexturesAreFilteredAndEndAtTheirEdges) {
     const GPUImage2D image(context(), 3, 2, 4);
     const GPUImage3D volume(context(), 2, 3, 4, 1);
-    glBindTexture(GL_TEXTURE_2D, image.getTextureID());
-    glBindTexture(GL_TEXTURE_3D, volume.getTextureID());
-    for (const auto& [setting, expected] : {std::pair<GLenum, GLint>{GL_TEXTURE_MIN_FILTER, GL_LINEAR},
-                                            {GL_TEXTURE_MAG_FILTER, GL_LINEAR},
-                                            {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
-                                            {GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE},
-                                            {GL_TEXTURE_WRAP_R, GL_CLAMP_TO_EDGE}}) {
-        GLint found[2] = {expected, 0};
-        if (setting != GL_TEXTURE_WRAP_R) {
-            glGetTexParameteriv(GL_TEXTURE_2D, setting, &found[0]);
+    const auto settings = [](GLenum target, GLuint texture) {
+        std::vector<GLint> found;
+        glBindTexture(target, texture);
+        for (const int name :
+             {GL_TEXTURE_MIN_FILTER, GL_TEXTURE_MAG_FILTER, GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T, GL_TEXTURE_WRAP_R}) {
+            glGetTexParameteriv(target, static_cast<GLenum>(name), &found.emplace_back());
         }
-        glGetTexParameteriv(GL_TEXTURE_3D, setting, &found[1]);
-        EXPECT_THAT(found, ElementsAre(expected, expected)) << setting;
-    }
+        return found;
+    };
+    EXPECT_THAT(settings(GL_TEXTURE_2D, image.getTextureID()),
+                ElementsAre(GL_LINEAR, GL_LINEAR, GL_CLAMP_TO_EDGE, GL_CLAMP_TO_EDGE, testing::_));
+    EXPECT_THAT(settings(GL_TEXTURE_3D, volume.getTextureID()),
+                ElementsAre(GL_LINEAR, GL_LINEAR, GL_CLAMP_TO_EDGE, GL_CLAMP_TO_EDGE, GL_CLAMP_TO_EDGE));
 }
 
 TEST_F(GpuImage, EveryFormatGoesUpWholeAtAnySizeAndAlignment) {
@@ -154,16 +155,15 @@ TEST_F(GpuImage, EveryFormatFillsAVolumeSliceBySlice) {
     for (const auto& [width, height] : kSizes) {
         for (int format = 1; format <= 4; ++format) {
             SCOPED_TRACE(testing::Message() << width << " x " << height << " format " << format);
-            const size_t sliceBytes = static_cast<size_t>(width * height * format);
-            Bytes pixels = random_bytes(sliceBytes * kDepth, 9);
+            Bytes pixels = random_bytes(static_cast<size_t>(width * height * format * kDepth), 9);
             GPUImage3D volume(context(), width, height, kDepth, format, pixels.data());
+            Bytes drawn;
             for (int slice = 0; slice < kDepth; ++slice) {
                 program->beganCompute();
                 program->_SetHostValue1iv("slice", 1, &slice);
-                const auto begin = pixels.begin() + static_cast<std::ptrdiff_t>(sliceBytes) * slice;
-                EXPECT_EQ(draw(*program, &volume, width, height),
-                          expand(Bytes(begin, begin + static_cast<std::ptrdiff_t>(sliceBytes)), format));
+                std::ranges::copy(draw(*program, &volume, width, height), std::back_inserter(drawn));
             }
+            EXPECT_EQ(drawn, expand(pixels, format));
         }
     }
     EXPECT_THAT(m_Recorder.take_log(), IsEmpty());
@@ -205,21 +205,19 @@ TEST_F(GpuImage, SizesAndCodesThatGlRefusesAreLoggedAndTouchNothing) {
     EXPECT_EQ(rgb.download(pixel, 3), 1);
     EXPECT_THAT(m_Recorder.take_log(), ElementsAre("after :glReadPixels() glError (0x502)\n"));
 
-    struct Row {
+    const struct {
         int code;
-        GLenum target2D;
-        GLenum target3D;
+        GLenum target2D, target3D;
         GLint format;
-    };
-    const Row rows[] = {{std::numeric_limits<int>::min(), GL_TEXTURE_2D, GL_TEXTURE_2D, 0},
-                        {0, GL_TEXTURE_2D, GL_TEXTURE_2D, 0},
-                        {1, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_LUMINANCE},
-                        {4, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_RGBA},
-                        {5, GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_2D, 0},
-                        {6, GL_TEXTURE_2D, GL_TEXTURE_2D, 0}};
+    } rows[] = {{std::numeric_limits<int>::min(), GL_TEXTURE_2D, GL_TEXTURE_2D, 0},
+                {0, GL_TEXTURE_2D, GL_TEXTURE_2D, 0},
+                {1, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_LUMINANCE},
+                {4, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_RGBA},
+                {5, GL_TEXTURE_EXTERNAL_OES, GL_TEXTURE_2D, 0},
+                {6, GL_TEXTURE_2D, GL_TEXTURE_2D, 0}};
     GPUImage2D image(context(), 1, 1, 4);
     GPUImage3D volume(context(), 1, 1, 1, 4);
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(image.selectTextureTarget(row.code), row.target2D);
         EXPECT_EQ(volume.selectTextureTarget(row.code), row.target3D);
         EXPECT_EQ(image.selectTextureFormat(row.code), row.format);

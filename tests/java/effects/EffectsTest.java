@@ -40,17 +40,13 @@ public class EffectsTest extends Refusals {
         return bitmap;
     }
 
-    private static Bitmap recycled() {
-        Bitmap bitmap = Bitmap.createBitmap(4, 4, ARGB);
-        bitmap.recycle();
-        return bitmap;
-    }
-
     @Test
     public void bitmapsThatDoNotFitAreRefused() {
+        Bitmap recycled = Bitmap.createBitmap(4, 4, ARGB);
+        recycled.recycle();
         Object[][] table = {
             {"bitmap is null", null},
-            {"recycled", recycled()},
+            {"recycled", recycled},
             {"RGB_565", Bitmap.createBitmap(4, 4, Bitmap.Config.RGB_565)},
             {"HARDWARE", Bitmap.createBitmap(4, 4, Bitmap.Config.HARDWARE)},
             {"padding", Bitmap.createPadded(4, 4, 24)},
