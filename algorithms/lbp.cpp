@@ -26,8 +26,8 @@ namespace {
 using WideTag = hn::CappedTag<unsigned int, 16>;
 
 // A bit for each neighbour, set where it is less than the centre, and above them those of `block`.
-template <class V>
-HWY_INLINE V Slot(V block, V left0, V left1, V left2, V above, V centre, V below, V right0, V right1, V right2) {
+template <class B, class V>
+HWY_INLINE B Slot(B block, V left0, V left1, V left2, V above, V centre, V below, V right0, V right1, V right2) {
     V bits = FirstLess(left0, centre);
     bits = AddLess<1>(bits, left1, centre);
     bits = AddLess<2>(bits, left2, centre);
@@ -55,19 +55,25 @@ HWY_INLINE void ListWholeVectors(D d, const unsigned int* centre, size_t stride,
     const auto steps = hn::ShiftLeft<8>(hn::Iota(d, 0));
     ForOverlappingSteps(0, count, hn::Lanes(d), [&](size_t at) KORVANE_INLINE {
         const unsigned int* column = centre + at - stride;
-        auto left0 = hn::LoadU(d, column - 1), left1 = hn::LoadU(d, column), left2 = hn::LoadU(d, column + 1);
+        auto left0 = LoadComparable(d, column - 1);
+        auto left1 = LoadComparable(d, column);
+        auto left2 = LoadComparable(d, column + 1);
         column += stride;
-        auto above = hn::LoadU(d, column - 1), value = hn::LoadU(d, column), below = hn::LoadU(d, column + 1);
+        auto above = LoadComparable(d, column - 1);
+        auto value = LoadComparable(d, column);
+        auto below = LoadComparable(d, column + 1);
         auto blocks = hn::Add(steps, hn::Set(d, first + 256 * static_cast<unsigned int>(at)));
+        // Written out, a column's neighbours are the next one's without being moved. The number is kLbpColumnsAtOnce.
+#pragma GCC unroll 8
         for (size_t c = 0; c < kColumns; ++c) {
             column += stride;
             if (kColumns > 1) {
                 FetchAhead<0>(column, kColumns * stride);
                 FetchAhead<1>(slots + at, (kColumns + c) * slotStride);
             }
-            const auto right0 = hn::LoadU(d, column - 1);
-            const auto right1 = hn::LoadU(d, column);
-            const auto right2 = hn::LoadU(d, column + 1);
+            const auto right0 = LoadComparable(d, column - 1);
+            const auto right1 = LoadComparable(d, column);
+            const auto right2 = LoadComparable(d, column + 1);
             const auto slot = Slot(blocks, left0, left1, left2, above, value, below, right0, right1, right2);
             hn::StoreU(slot, d, slots + c * slotStride + at);
             left0 = above, left1 = value, left2 = below;

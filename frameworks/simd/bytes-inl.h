@@ -593,6 +593,28 @@ HWY_INLINE bool IsAllZero(ByteTag /*d*/, ByteVector bytes) {
 
 #endif
 
+// LoadComparable gives numbers that are good for comparisons with each other only.
+
+#if HWY_ARCH_X86 && HWY_TARGET > HWY_AVX3
+
+// Before AVX-512 x86 compares signed numbers only. Moved by half the range once, a number then takes one instruction
+// for each comparison. Compilers that see through this would compare the unsigned numbers again, with two each time.
+template <class D>
+HWY_INLINE hn::Vec<hn::RebindToSigned<D>> LoadComparable(D d, const uint32_t* from) {
+    auto numbers = hn::BitCast(hn::RebindToSigned<D>(), hn::Xor(hn::LoadU(d, from), hn::Set(d, 0x80000000U)));
+    __asm__("" : "+x"(numbers.raw));
+    return numbers;
+}
+
+#else
+
+template <class D>
+HWY_INLINE hn::Vec<D> LoadComparable(D d, const uint32_t* from) {
+    return hn::LoadU(d, from);
+}
+
+#endif
+
 // Bits of comparisons, one below the other, in 32-bit lanes: FirstLess gives bit 0, AddLess<1> bit 1 and so on, of
 // a < b. What stands above the last bit is anything until LowByteBelow puts the lowest byte below `rest`, whose own is
 // 0.
@@ -603,12 +625,12 @@ HWY_INLINE V FirstLess(V a, V b) {
 
 template <int kBit, class V>
 HWY_INLINE V AddLess(V bits, V a, V b) {
-    return hn::Or(bits, hn::IfThenElseZero(hn::Lt(a, b), hn::Set(hn::DFromV<V>(), 1U << kBit)));
+    return hn::Or(bits, hn::IfThenElseZero(hn::Lt(a, b), hn::Set(hn::DFromV<V>(), 1 << kBit)));
 }
 
-template <class V>
-HWY_INLINE V LowByteBelow(V rest, V bits) {
-    return hn::Or(rest, bits);
+template <class R, class V>
+HWY_INLINE R LowByteBelow(R rest, V bits) {
+    return hn::Or(rest, hn::BitCast(hn::DFromV<R>(), bits));
 }
 
 #if HWY_TARGET == HWY_NEON
