@@ -7,6 +7,7 @@ header compiles alone is tested elsewhere.
 It runs behind tidy.py and takes the sources from there: tests in the units that share the test framework's headers,
 where each file is judged by itself, and others one by one, since in a unit the tool takes a source for the home of what
 it defines. Kernels are left out: they include themselves once for each instruction set, which the tool cannot follow.
+So are a client's own declarations.
 
 usage: tools/gate/includes.py BUILD_DIR"""
 

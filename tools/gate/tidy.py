@@ -30,12 +30,13 @@ class Kind:
 
 
 # Kernels are looked at for one instruction set, since the others are the same text; they include themselves, so each is
-# a unit. Their helpers are named as Highway's functions. There is one main in a unit. The numbers of tests are small and
-# their own, and their speed does not count.
+# a unit. Their helpers are named as Highway's functions. There is one main in a unit. What a client declares by itself
+# differs from our headers. The numbers of tests are small and their own, and their speed does not count.
 ONE_TARGET = ["-DHWY_COMPILE_ONLY_STATIC"] + (["-march=haswell"] if platform.machine() == "x86_64" else [])
 FOR_TESTS = "-performance-*,-bugprone-*-widening-*"
 KINDS = {
     "kernel": Kind(lambda file, text: "foreach_target" in text, "-readability-identifier-naming", ONE_TARGET, alone=True),
+    "client": Kind(lambda file, text: file.startswith("tests/clients/"), FOR_TESTS, alone=True),
     "program": Kind(lambda file, text: "\nint main(" in text, alone=True),
     # Apart from those that use it, so that includes.py finds its header and not it.
     "support": Kind(lambda file, text: file.startswith("tests/") and os.path.exists(file[:-3] + "h"), FOR_TESTS),
@@ -135,7 +136,7 @@ def main():
         units = sorted((unit for group in grouped for unit in group), key=lambda unit: -len(unit["sources"]))
         # For includes.py.
         with open(os.path.join(build, "units", "units.json"), "w", encoding="utf-8") as file:
-            json.dump([unit for unit in units if unit["kind"] != "kernel"], file)
+            json.dump([unit for unit in units if unit["kind"] not in ("kernel", "client")], file)
         for is_right, said in pool.map(tidy, units):
             all_right = all_right and is_right
             print(said, end="")
