@@ -87,15 +87,6 @@ bool GPUEngine::setup() {
         KORVANE_LOGD("eglInitialize fail\n");
         return false;
     }
-    if (!create_context(display, renderableType)) {
-        // destroy() does nothing for an engine without a context.
-        korvane::terminate_egl_display(display);
-        return false;
-    }
-    return true;
-}
-
-bool GPUEngine::create_context(EGLDisplay display, EGLint renderableType) {
     EGLConfig config = nullptr;
     EGLint format = 0;
     if (!choose_config(display, renderableType, &config, &format)) {
@@ -107,12 +98,15 @@ bool GPUEngine::create_context(EGLDisplay display, EGLint renderableType) {
         KORVANE_LOGD("eglCreatePbufferSurface error %d\n", eglGetError());
         return false;
     }
+    return create_context(display, config, surface);
+}
+
+bool GPUEngine::create_context(EGLDisplay display, EGLConfig config, EGLSurface surface) {
     const EGLint attributes[] = {EGL_CONTEXT_CLIENT_VERSION, 3, EGL_NONE};
     const EGLContext context = eglCreateContext(display, config, EGL_NO_CONTEXT, attributes);
     GPUUtils::checkEGLError("eglCreateContext", 1);
     if (context == EGL_NO_CONTEXT) {
         KORVANE_LOGD("eglCreateContext error:%d\n", eglGetError());
-        eglDestroySurface(display, surface);
         return false;
     }
     EGLint width = 0;

@@ -34,8 +34,8 @@ class KORVANE_API GPUEngine : public RefBase {
     // terminate the display.
     static GPUEngine* getCurrentEngine();
 
-    // Makes display, surface and context. False after a log line when a step fails: what earlier steps made is freed,
-    // and the engine stays empty. An engine that is set up already is destroyed first.
+    // Makes display, surface and context. False after a log line when a step fails: what earlier steps made stays, and
+    // the engine stays empty. An engine that is set up already is destroyed first.
     virtual bool setup();
 
     // Makes the context current on this thread.
@@ -55,7 +55,7 @@ class KORVANE_API GPUEngine : public RefBase {
     GPUContext* getGPUContext() { return &m_GPUContext; }
 
   private:
-    KORVANE_HIDDEN bool create_context(EGLDisplay display, EGLint renderableType);
+    KORVANE_HIDDEN bool create_context(EGLDisplay display, EGLConfig config, EGLSurface surface);
     KORVANE_HIDDEN void store(EGLDisplay display, EGLContext context, EGLSurface surface);
     KORVANE_HIDDEN bool is_set_up() const;
 

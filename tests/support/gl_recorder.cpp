@@ -292,6 +292,16 @@ FORWARD(void, glVertexAttribPointer, (GLuint a, GLint b, GLenum c, GLboolean d, 
         e, f)
 FORWARD(void, glViewport, (GLint a, GLint b, GLsizei c, GLsizei d), a, b, c, d)
 FORWARD(EGLBoolean, eglChooseConfig, (EGLDisplay a, const EGLint* b, EGLConfig* c, EGLint d, EGLint* e), a, b, c, d, e)
+// What was made on the display goes with it.
+extern "C" EGLBoolean eglTerminate(EGLDisplay a) {
+    static auto* const driver = next<EGLBoolean(EGLDisplay)>("eglTerminate");
+    {
+        const std::lock_guard<std::mutex> guard(gLiveNamesMutex);
+        gLiveNames["eglCreateContext"].clear();
+        gLiveNames["eglCreateSurface"].clear();
+    }
+    return forward("eglTerminate", driver, a);
+}
 FORWARD_MADE(Context, Context, (EGLDisplay a, EGLConfig b, EGLContext c, const EGLint* d), a, b, c, d)
 FORWARD_MADE(Surface, PbufferSurface, (EGLDisplay a, EGLConfig b, const EGLint* c), a, b, c)
 FORWARD_MADE(Surface, WindowSurface, (EGLDisplay a, EGLConfig b, EGLNativeWindowType c, const EGLint* d), a, b, c, d)
@@ -305,7 +315,6 @@ FORWARD(EGLBoolean, eglMakeCurrent, (EGLDisplay a, EGLSurface b, EGLSurface c, E
 FORWARD(EGLBoolean, eglQuerySurface, (EGLDisplay a, EGLSurface b, EGLint c, EGLint* d), a, b, c, d)
 FORWARD(const char*, eglQueryString, (EGLDisplay a, EGLint b), a, b)
 FORWARD(EGLBoolean, eglSwapBuffers, (EGLDisplay a, EGLSurface b), a, b)
-FORWARD(EGLBoolean, eglTerminate, (EGLDisplay a), a)
 
 // Shaders and programs, whose names come one at a time.
 #define FORWARD_NAME(Kind, parameters, ...)                                               \
