@@ -233,8 +233,8 @@ std::vector<Bytes> reference_nv21(const Bytes& rgb, size_t width, size_t height,
 TEST(ColorConvertFunctions, Nv21Blocks) {
     for_each_simd_target([](const std::string&) {
         // Far beyond small, to where the widest vectors on 64-bit ARM have something to do as well.
-        for (const size_t width : {2, 3, 32, 67, 150, 699}) {
-            for (const size_t height : {2, 3, 6}) {
+        for (const size_t width : {2U, 3U, 32U, 67U, 150U, 699U}) {
+            for (const size_t height : {2U, 3U, 6U}) {
                 SCOPED_TRACE(testing::Message() << width << " x " << height);
                 const Bytes luma(width * height, 0xA5);
                 const Bytes rgb = random_bytes(3 * luma.size(), 1);
