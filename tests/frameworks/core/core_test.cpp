@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -50,11 +51,10 @@ TEST(AutoPtr, LastHolderDeletes) {
 
 TEST(AutoPtr, ComparesRawPointers) {
     int deaths = 0;
-    Counted objects[] = {Counted(&deaths), Counted(&deaths)};
-    objects[0].incStrong();
-    objects[1].incStrong();
-    const auto_ptr<Counted> low(&objects[0]);
-    const auto_ptr<Counted> high(&objects[1]);
+    Counted* objects[] = {new Counted(&deaths), new Counted(&deaths)};
+    std::ranges::sort(objects, std::less<>());
+    const auto_ptr<Counted> low(objects[0]);
+    const auto_ptr<Counted> high(objects[1]);
     EXPECT_TRUE(low == low.get() && low != high && low < high && low <= high && !(low > high) && !(low >= high));
     EXPECT_TRUE(high > low.get() && high >= high.get() && high <= high.get() && !(high < low.get()));
 }
