@@ -37,14 +37,9 @@ auto one_call(const Call& call) {
     return [call](Shortage& shortage) { return shortage.during(call); };
 }
 
-struct NoScope {};
-
-// A Scope is made for each attempt and goes after it.
-template <typename Scope = NoScope>
-void fail_each_allocation(const ShortageCase& shortageCase) {
+inline void fail_each_allocation(const ShortageCase& shortageCase) {
     constexpr size_t kMostAllocations = 500;
     for (size_t n = 1; n < kMostAllocations; ++n) {
-        [[maybe_unused]] const Scope scope;
         SCOPED_TRACE(testing::Message() << shortageCase.name << ", allocation " << n);
         Shortage shortage(n);
         const Answer answer = shortageCase.run(shortage);
