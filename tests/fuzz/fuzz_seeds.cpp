@@ -47,6 +47,7 @@ std::vector<Bytes> seeds_of(const std::string& target) {
         korvane::Photo photo;
         photo.image = korvane::draw_scene(20, 12);
         photo.metadata.exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 1, 18, 0, 3, 0, 0, 0, 1, 0, 6, 0, 0, 0, 0, 0, 0};
+        photo.metadata.photoshop = {'8', 'B', 'I', 'M', 4, 4, 0, 0, 0, 0, 0, 2, 'x', 'y'};
         photo.metadata.xmp = {'<', 'x', '/', '>'};
         photo.metadata.pngTexts = {{0, "Title", "A house", "", ""}};
         photo.isLossless = i > 2;

@@ -8,6 +8,7 @@ unset DISPLAY WAYLAND_DISPLAY
 accepts scene scene.jpg --size 320x180
 accepts scene small.jpg --size 61x39
 accepts scene narrow.jpg --size 7x41
+accepts scene thin.jpg --size 64x4
 accepts scene slim.jpg --size 160x180
 accepts scene table.png --size 4096x64
 convert scene.jpg scene.webp

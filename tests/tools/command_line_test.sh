@@ -46,6 +46,23 @@ cp scene.jpg copy.jpg
 for method in stack box gauss fast iir; do
     accepts blur copy.jpg -o copy.jpg --radius 0 --method $method
 done
+# What each method makes of a grey point, from its middle to the right; then the colour, up to the last pixels.
+convert -size 41x41 xc:black -fill '#F0F0F0' -draw 'point 20,20' point.png
+while read -r method row; do
+    accepts blur point.png -o spread.png --method "$method" --radius 3
+    # shellcheck disable=SC2046
+    holds test "$(echo $(convert spread.png -crop 5x1+20+20 -depth 8 gray:- | od -An -tu1))" = "$row"
+done <<'END'
+stack 15 11 7 3 0
+box 5 5 5 5 0
+gauss 4 4 3 3 2
+fast 4 4 4 4 0
+iir 26 18 6 1 0
+END
+accepts scene odd.png --size 151x83
+accepts blur odd.png -o dimmed.png --radius 0 --color '#F08020' --alpha 100
+convert odd.png -fill '#F08020' -colorize 39.0625 expected.png
+holds test "$(compare -metric PAE dimmed.png expected.png null: 2>&1 | cut -d. -f1 | cut -d' ' -f1)" -le 257
 # The same strength with every method, whatever its radius means; half of the colour unless told.
 accepts blur scene.jpg -o even.png --method gauss --radius 6
 for method in stack box fast iir; do
