@@ -1,60 +1,26 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # A folder of photos over two machines, as docs/batch.md does it: interrupted, resumed, with one photo that fails first.
-# The machines are two ssh servers on the loopback address, with keys and home folders of their own.
+# The machines are two ssh servers, started by the connections to them, with home folders of their own.
 source "$(dirname "$0")/checks.sh"
-
-stop() {
-    for host in one two; do
-        ssh -F ssh_config -O exit $host 2>/dev/null
-        [ -z "${servers[$host]:-}" ] || kill "${servers[$host]}"
-    done
-    rm -rf "$folder"
-}
-declare -A servers
-trap stop EXIT
-
-# serve HOST: a server on a free port, whose commands run in a home folder of its own.
-serve() {
-    local port
-    mkdir -p "$1/home"
-    for _ in $(seq 20); do
-        port=$((20000 + RANDOM % 20000))
-        cat >"$1/sshd_config" <<END
-Port $port
-ListenAddress 127.0.0.1
-HostKey $folder/host_key
-AuthorizedKeysFile $folder/key.pub
-PidFile none
-StrictModes no
-UsePAM no
-PermitRootLogin prohibit-password
-PasswordAuthentication no
-SetEnv HOME=$folder/$1/home "TSAN_OPTIONS=${TSAN_OPTIONS:-}"
-ForceCommand cd $folder/$1/home && exec sh -c "\$SSH_ORIGINAL_COMMAND"
-END
-        /usr/sbin/sshd -D -e -f "$folder/$1/sshd_config" 2>"$1/sshd.log" &
-        servers[$1]=$!
-        while kill -0 $! 2>/dev/null; do
-            if grep -q 'Server listening' "$1/sshd.log"; then
-                printf 'Host %s\n Port %s\n' "$1" "$port" >>ssh_config
-                return
-            fi
-            sleep 0.05
-        done
-    done
-    complain "no ssh server: $(cat "$1/sshd.log")"
-    finish
-}
 
 # As root the server wants this folder, which its own start script makes.
 [ "$(id -u)" != 0 ] || mkdir -p /run/sshd
 for key in key host_key; do ssh-keygen -q -t ed25519 -N '' -f $key; done
-serve one
-serve two
-cat >>ssh_config <<END
+for host in one two; do
+    mkdir -p $host/home
+    cat >$host/sshd_config <<END
+HostKey $folder/host_key
+AuthorizedKeysFile $folder/key.pub
+StrictModes no
+UsePAM no
+SetEnv HOME=$folder/$host/home "TSAN_OPTIONS=${TSAN_OPTIONS:-}"
+ForceCommand cd $folder/$host/home && exec sh -c "\$SSH_ORIGINAL_COMMAND"
+END
+done
+cat >ssh_config <<END
 Host *
- HostName 127.0.0.1
+ ProxyCommand /usr/sbin/sshd -i -f $folder/%h/sshd_config 2>/dev/null
  IdentityFile $folder/key
  IdentitiesOnly yes
  UserKnownHostsFile $folder/known_hosts
@@ -64,6 +30,7 @@ Host *
  ControlPath $folder/%C
  ControlPersist 60
 END
+trap 'for host in one two; do ssh -F ssh_config -O exit $host 2>/dev/null; done; rm -rf "$folder"' EXIT
 for host in one two; do
     holds test "$(ssh -F ssh_config $host pwd)" = "$folder/$host/home"
 done

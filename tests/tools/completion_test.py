@@ -2,16 +2,15 @@
 # SPDX-License-Identifier: Apache-2.0
 """Presses the tab key in bash and zsh on a terminal of their own, asks fish, and reads the manual page with two readers.
 usage: completion_test.py FOLDER, the one that korvane_manual wrote into"""
+import contextlib
 import os
-import pty
 import re
-import select
 import shutil
-import signal
 import subprocess
 import sys
 import tempfile
-import time
+
+import pexpect
 
 # What is typed, and words of which each is offered, or none of which is with a - before the first.
 ROWS = [
@@ -39,36 +38,25 @@ class Terminal:
     """A shell whose line is typed into and cleared again."""
 
     def __init__(self, command, setup):
-        pid, self.descriptor = pty.fork()
-        if pid == 0:
-            environment = dict(os.environ, TERM="vt100", COLUMNS="120", PS1="> ")
-            os.execvpe(command[0], command, environment)
-        self.pid = pid
-        self.type("stty rows 60 columns 120; " + setup + "; echo rea''dy\n", "ready")
-
-    def type(self, text, until):
-        os.write(self.descriptor, text.encode())
-        seen = ""
-        end = time.monotonic() + 5
-        while time.monotonic() < end and not until_seen(seen, until):
-            if select.select([self.descriptor], [], [], 0.5)[0]:
-                seen += os.read(self.descriptor, 65536).decode(errors="replace")
-            elif until is None:
-                break
-        return plain(seen)
+        environment = dict(os.environ, TERM="vt100", PS1="> ")
+        self.shell = pexpect.spawn(command, env=environment, dimensions=(60, 120), encoding="utf-8", timeout=5)
+        self.shell.sendline(setup + "; echo rea''dy")
+        self.shell.expect_exact("ready")
 
     def complete(self, typed, words):
-        seen = self.type(typed + "\t", None if words[0] == "-" else (typed, words))
-        os.write(self.descriptor, b"\x15")
-        time.sleep(0.1)
-        if select.select([self.descriptor], [], [], 0)[0]:
-            os.read(self.descriptor, 65536)
+        self.shell.send(typed + "\t")
+        seen = self.read(0.5 if words[0] == "-" else 5, lambda seen: set(words) <= set(offered(seen, typed)))
+        self.shell.sendcontrol("u")
+        self.read(0.1, lambda seen: False)
         return offered(seen, typed)
 
-    def close(self):
-        os.kill(self.pid, signal.SIGKILL)
-        os.waitpid(self.pid, 0)
-        os.close(self.descriptor)
+    def read(self, seconds, is_enough):
+        """Until nothing comes for so long."""
+        seen = ""
+        with contextlib.suppress(pexpect.TIMEOUT):
+            while not is_enough(seen):
+                seen += self.shell.read_nonblocking(65536, seconds)
+        return seen
 
 
 def plain(text):
@@ -80,19 +68,11 @@ def plain(text):
 
 def offered(seen, typed):
     """The completed word and those of the list below it."""
+    seen = plain(seen)
     at = seen.find(typed)
     words = [] if at < 0 else seen[at + len(typed) - len(typed.split(" ")[-1]):].split()
     # zsh shows an equals sign behind an option's name.
     return words + [word[:-1] for word in words if word.endswith("=")]
-
-
-def until_seen(seen, until):
-    if until is None:
-        return False
-    if isinstance(until, str):
-        return until in seen
-    typed, words = until
-    return set(words) <= set(offered(plain(seen), typed))
 
 
 def fish(script, typed):
@@ -124,16 +104,14 @@ def main():
     try:
         os.chdir(folder)
         open("photo.jpg", "w").close()
-        bash = Terminal(["bash", "--norc", "--noprofile", "-i"],
+        bash = Terminal("bash --norc --noprofile -i",
                         "bind 'set show-all-if-ambiguous on'; bind 'set page-completions off'; "
                         f"bind 'set enable-bracketed-paste off'; source {manual}/korvane.bash")
-        zsh = Terminal(["zsh", "-f", "-i"], f"fpath=({manual} $fpath); autoload -U compinit; compinit -u -D; PS1='> '; "
+        zsh = Terminal("zsh -f -i", f"fpath=({manual} $fpath); autoload -U compinit; compinit -u -D; PS1='> '; "
                        "unsetopt LIST_AMBIGUOUS")
         problems = [*failures("bash", bash.complete), *failures("zsh", zsh.complete),
                     *failures("fish", lambda typed, words: fish(f"{manual}/korvane.fish", typed)),
                     *check_page(f"{manual}/korvane.1")]
-        bash.close()
-        zsh.close()
     finally:
         shutil.rmtree(folder)
     print("\n".join(problems))
