@@ -268,15 +268,3 @@ for (const [name, width, height, theme, options] of [["light", 1440, 900, "light
         await screenshot(page, `playground-${name}`);
     });
 }
-
-test("without pictures there is their text", async (t) => {
-    const blind = await launch({args: ["--blink-settings=imagesEnabled=false"]});
-    t.after(() => blind.close());
-    const page = await openPage(blind, t);
-    await page.goto(server.url);
-    await openPhoto(page);
-    await choose(page, "filter-Distorted");
-    const picture = page.getByRole("img", {name: /^Distorted, radius 0/});
-    await picture.waitFor();
-    assert.equal(await picture.evaluate((image) => image.naturalWidth), 0);
-});

@@ -35,21 +35,14 @@ done
 accepts doctor --json
 holds jq -e '.gl_renderer and .limits.texture_size >= 2048 and (.extensions | map(type == "boolean") | all)' out.log
 
-# The copy differs from its photo by what JPEG loses only; a mirror image of it does not.
-accepts filter None scene.jpg -o none.jpg
-accepts filter ImageFilterMirror scene.jpg -o mirror.jpg --set mCenterx=0.5
-accepts filter Distorted scene.jpg -o distorted.jpg --set mRadius=0.9 --set mStrength=-2 --set mCentery=0.3
-for picture in none mirror distorted; do
-    holds test -s $picture.jpg
-done
-holds test "$(md5sum <none.jpg)" != "$(md5sum <mirror.jpg)"
+# What is set has its effect.
+accepts filter None scene.jpg -o none.png
+accepts filter Mirror scene.jpg -o mirror.png --set mCenterx=0.5
+holds test "$(compare -metric MAE none.png mirror.png null: 2>&1 | cut -d. -f1 | cut -d' ' -f1)" -gt 257
 
 # Longer than any driver's textures.
 accepts scene long.png --size 65500x1
 refuses 'draws at most [0-9]+ pixels' filter None long.png -o new.png
-
-accepts scene table.jpg --size 4096x64
-accepts filter Table scene.jpg -o table-out.jpg --table table.jpg --set mStrength=0.5
 
 accepts filter Distorted scene.jpg -o without.png
 program=(xvfb-run -a -s -noreset "${program[@]}")
