@@ -63,7 +63,6 @@ class NativeThings {
     const jdoubleArray doubles = env->NewDoubleArray(8);
     const jbyteArray sweepFrame = env->NewByteArray(12);
     const jbyteArray burstFrame = env->NewByteArray(16);
-    const jbyteArray stampFrame = env->NewByteArray(640 * 480 * 2);
     const jobject sweep;
     const jobject mode;
     const jlong handle;

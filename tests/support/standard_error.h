@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -22,13 +24,8 @@ class StandardErrorCapture {
     StandardErrorCapture& operator=(const StandardErrorCapture&) = delete;
 
     std::string text() {
-        std::string text;
-        char block[4096];
-        for (ssize_t count = 0;
-             (count = pread(fileno(m_File), block, sizeof(block), static_cast<off_t>(text.size()))) > 0;) {
-            text.append(block, static_cast<size_t>(count));
-        }
-        return text;
+        std::ifstream file("/proc/self/fd/" + std::to_string(fileno(m_File)));
+        return {std::istreambuf_iterator<char>(file), {}};
     }
 
     // The log lines of libkorvane.so so far, if KORVANE_LOG is set: without their prefix and the newline at the end.
