@@ -121,10 +121,10 @@ constexpr Opened effects_off_screen(const char* filter) {
 }
 
 Answer burst_of(jobject thiz, const Things& t) {
-    const jlong handle = MODE(nativeCreate)(t.env, thiz, 4, 2, 1);
+    const jlong handle = call_on(thiz, MODE(nativeCreate), 4, 2, 1);
     call_on(thiz, MODE(nativeProcess), handle, t.burstFrame);
     call_on(thiz, MODE(nativeDestroy), handle);
-    return answer(!t.env->ExceptionCheck(), false);
+    return answer(handle != 0 && !t.env->ExceptionCheck(), handle == 0);
 }
 
 template <auto kSet>
@@ -198,13 +198,10 @@ const NativeCase kCases[] = {
          glDeleteTextures(1, &texture);
          return Answer::kDone;
      }},
-    {"FiltersRender.nativeSetBitmap", kMayDoWithout, on_surface("ImageFilterXray"), 1,
+    {"FiltersRender.nativeSetBitmap FiltersRender.nativeSetParametersBitmap", kMayDoWithout,
+     on_surface("ImageFilterTable"), 1,
      [](const Things& t) {
          call(FILTERS(nativeSetBitmap), t.handle, t.bitmap, kWidth, kHeight);
-         return answer(is_unlocked(t.bitmap), false);
-     }},
-    {"FiltersRender.nativeSetParametersBitmap", kMayDoWithout, on_surface("ImageFilterTable"), 1,
-     [](const Things& t) {
          call(FILTERS(nativeSetParametersBitmap), t.handle, t.table, t.bitmap);
          return answer(is_unlocked(t.bitmap), false);
      }},
@@ -213,16 +210,11 @@ const NativeCase kCases[] = {
          call(FILTERS(nativeProcess), t.handle, t.bitmap);
          return picture_answer(t.bitmap);
      }},
-    {"FiltersRender.nativeGetParameterType", kMayDoWithout, on_surface("ImageFilterDistorted"), 1,
-     [](const Things& t) {
-         const jint type = call(FILTERS(nativeGetParameterType), t.handle, t.strength);
-         return answer(type == PARAMETER_TYPE_FLOAT, type == -1);
-     }},
     {"FiltersRender.nativeSetParametersBoolean FiltersRender.nativeSetParametersInteger "
      "FiltersRender.nativeSetParametersFloat FiltersRender.nativeSetParametersDouble "
      "FiltersRender.nativeSetParametersLong FiltersRender.nativeSetParametersBooleanArray "
      "FiltersRender.nativeSetParametersIntegerArray FiltersRender.nativeSetParametersFloatArray "
-     "FiltersRender.nativeSetParametersDoubleArray",
+     "FiltersRender.nativeSetParametersDoubleArray FiltersRender.nativeGetParameterType",
      kMayDoWithout, on_surface("ImageFilterDistorted"), 1,
      [](const Things& t) {
          call(FILTERS(nativeSetParametersBoolean), t.handle, t.strength, jboolean{1});
@@ -234,7 +226,8 @@ const NativeCase kCases[] = {
          call(FILTERS(nativeSetParametersIntegerArray), t.handle, t.vertices, t.integers);
          call(FILTERS(nativeSetParametersFloatArray), t.handle, t.vertices, t.floats);
          call(FILTERS(nativeSetParametersDoubleArray), t.handle, t.vertices, t.doubles);
-         return Answer::kDone;
+         const jint type = call(FILTERS(nativeGetParameterType), t.handle, t.strength);
+         return answer(type == PARAMETER_TYPE_FLOAT, type == -1);
      }},
     {"PanoramaModule.nativeCreate", kMayDoWithout, kNothing, kThreads,
      [](const Things&) {
@@ -269,14 +262,8 @@ const NativeCase kCases[] = {
                                                    [handle] { call(PANORAMA(nativeDestroy), handle); });
          return Answer::kDone;
      }},
-    {"SuperCaptureMode.nativeCreate", kMayDoWithout, kNothing, 1,
-     [](const Things&) {
-         const jlong handle = call(MODE(nativeCreate), 4, 2, 1);
-         arrange(MODE(nativeDestroy), handle);
-         return answer(handle != 0, handle == 0);
-     }},
-    {"SuperCaptureMode.nativeProcess SuperCaptureMode.nativeDestroy", kNeedsNone, kNothing, 1,
-     [](const Things& t) { return burst_of(t.mode, t); }},
+    {"SuperCaptureMode.nativeCreate SuperCaptureMode.nativeProcess SuperCaptureMode.nativeDestroy", kMayDoWithout,
+     kNothing, 1, [](const Things& t) { return burst_of(t.mode, t); }},
     // Without the callback, which makes a line for the log.
     {"SuperCaptureMode.nativeProcess", kMayDoWithout, kNothing, 1,
      [](const Things& t) { return burst_of(t.stamp, t); }},

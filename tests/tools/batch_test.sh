@@ -29,9 +29,6 @@ cp in/2025/1.jpg nested/1.jpg
 cp in/2025/1.jpg nested/nested/1.jpg
 refuses '1.jpg and in/2025/1.png would both become out/1.webp' blur in/2025/1.* -o out/ --format webp
 refuses 'nested/nested/1.jpg would become ./nested/1.jpg, which is one of' blur nested/1.jpg nested/nested/1.jpg -o ./
-refuses 'several photos need a folder.* -o out/' blur in/2025/1.jpg in/2025/2.jpg -o out
-refuses 'standard input' blur - in/2025/1.jpg -o out/
-refuses '--jobs' blur in/2025/1.jpg -o out/ -j 0
 # What is wrong for every photo is said once.
 for arguments in 'blur --method median' 'blur --color redd' 'stamp --text x' 'filter none --set a=1' 'filter sepia'; do
     # shellcheck disable=SC2086

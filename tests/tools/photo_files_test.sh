@@ -180,8 +180,6 @@ wait
 holds cmp -s from_fifo.jpg direct.jpg
 accepts blur plain.jpg -o /dev/stdout
 holds cmp -s out.log direct.jpg
-accepts scene - --size 9x9 --format webp
-accepts blur plain.jpg -o no_extension --format png
 
 # What stands at the target. Its permissions, its links and its other names stay.
 cp plain.jpg target.jpg && chmod 640 target.jpg && ln target.jpg hard.jpg && ln -s target.jpg soft.jpg

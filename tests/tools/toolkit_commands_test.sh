@@ -77,7 +77,4 @@ far() {
 holds test "$(far dithered.gif)" -lt "$(far one.gif)"
 holds test "$(exiftool -s3 -AnimationIterations dithered.gif)" = 3
 
-accepts scene narrow.jpg --size 3x50
-accepts palette narrow.jpg -n 40 -o narrow_palette.jpg
-
 finish
