@@ -127,16 +127,13 @@ Answer burst_of(jobject thiz, const Things& t) {
     return answer(handle != 0 && !t.env->ExceptionCheck(), handle == 0);
 }
 
-template <auto kSet>
-Answer set_one(const Things& t) {
+template <auto kSet, auto kSetBitmap>
+Answer set_both(const Things& t) {
     call(kSet, t.handle, t.strength, t.one);
-    return effects_answer(true);
-}
-
-template <auto kSetBitmap>
-Answer set_table(const Things& t) {
+    const Answer isSet = effects_answer(true);
     call(kSetBitmap, t.handle, t.table, t.bitmap, kWidth, kHeight);
-    return effects_answer(is_unlocked(t.bitmap));
+    const Answer hasTable = effects_answer(is_unlocked(t.bitmap));
+    return isSet == Answer::kDone ? hasTable : isSet;
 }
 
 // What opens while memory is short has to bear use.
@@ -229,12 +226,6 @@ const NativeCase kCases[] = {
          const jint type = call(FILTERS(nativeGetParameterType), t.handle, t.strength);
          return answer(type == PARAMETER_TYPE_FLOAT, type == -1);
      }},
-    {"PanoramaModule.nativeCreate", kMayDoWithout, kNothing, kThreads,
-     [](const Things&) {
-         const jlong handle = call(PANORAMA(nativeCreate), 4, 2, 1);
-         end_sweep(handle);
-         return answer(handle != 0, handle == 0);
-     }},
     {"PanoramaModule.nativeProcess", kMayDoWithout, kSweep, 1,
      [](const Things& t) {
          const auto process = [&t](float gyroX, float gyroY) {
@@ -247,10 +238,13 @@ const NativeCase kCases[] = {
          const jint offset = java().int_field(t.sweep, "mOffsetX");
          return answer(result == 0 && offset == 70, result == 1 && offset == 0);
      }},
-    {"PanoramaModule.nativeDestroy", kMayDoWithout, kNothing, kThreads,
+    {"PanoramaModule.nativeCreate PanoramaModule.nativeDestroy", kMayDoWithout, kNothing, kThreads,
      [](const Things&) {
-         const jlong handle = open_sweep(nullptr);
+         const jlong handle = call(PANORAMA(nativeCreate), 4, 2, 1);
          PanoramaInterface* panorama = reinterpret_cast<PanoramaInterface*>(handle);
+         if (panorama == nullptr) {
+             return Answer::kShort;
+         }
          const auto push = [panorama] {
              int x = 0;
              int y = 0;
@@ -336,9 +330,8 @@ const NativeCase kCases[] = {
          const Answer result = picture_answer(t.bitmap);
          return result == Answer::kDone ? effects_answer(true) : result;
      }},
-    {"Natives.filterSet", kMayDoWithout, effects_off_screen("ImageFilterDistorted"), 1, set_one<EFFECTS(filterSet)>},
-    {"Natives.filterSetBitmap", kMayDoWithout, effects_off_screen("ImageFilterTable"), 1,
-     set_table<EFFECTS(filterSetBitmap)>},
+    {"Natives.filterSet Natives.filterSetBitmap", kMayDoWithout, effects_off_screen("ImageFilterTable"), 1,
+     set_both<EFFECTS(filterSet), EFFECTS(filterSetBitmap)>},
     {"Natives.surfaceFilterOpen Natives.surfaceFilterClose", kMayDoWithout, kNothing, 20,
      open_and_close<EFFECTS(surfaceFilterOpen), use_on_surface, EFFECTS(surfaceFilterClose)>},
     {"Natives.surfaceFilterDraw", kMayDoWithout, effects_on_surface("ImageFilterDistorted"), 1,
@@ -348,10 +341,8 @@ const NativeCase kCases[] = {
          arrange(EFFECTS(deleteCameraTexture), camera);
          return effects_answer(true);
      }},
-    {"Natives.surfaceFilterSet", kMayDoWithout, effects_on_surface("ImageFilterDistorted"), 1,
-     set_one<EFFECTS(surfaceFilterSet)>},
-    {"Natives.surfaceFilterSetBitmap", kMayDoWithout, effects_on_surface("ImageFilterTable"), 1,
-     set_table<EFFECTS(surfaceFilterSetBitmap)>},
+    {"Natives.surfaceFilterSet Natives.surfaceFilterSetBitmap", kMayDoWithout, effects_on_surface("ImageFilterTable"),
+     1, set_both<EFFECTS(surfaceFilterSet), EFFECTS(surfaceFilterSetBitmap)>},
     {"Natives.createCameraTexture Natives.deleteCameraTexture", kNeedsNone, kNothing, 1,
      [](const Things&) {
          const jint texture = call(EFFECTS(createCameraTexture));
