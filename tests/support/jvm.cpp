@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/jvm.h"
 
-#include <malloc.h>
-
 #include <cstdio>
 #include <cstdlib>
 
@@ -95,18 +93,7 @@ void JvmTest::copy_pixels(jobject bitmap, const char* method, unsigned char* pix
     env->DeleteLocalRef(buffer);
 }
 
-// What the tests' class Log asks for.
-static jlong allocated_bytes(JNIEnv* /*env*/, jclass /*type*/) {
-    const struct mallinfo2 info = mallinfo2();
-    return static_cast<jlong>(info.uordblks + info.hblkhd);
-}
-
 std::string JvmTest::junit_failures(const char* className) {
-    JNINativeMethod method = {const_cast<char*>("allocated"), const_cast<char*>("()J"),
-                              reinterpret_cast<void*>(allocated_bytes)};
-    if (env->RegisterNatives(find_class("Log"), &method, 1) != 0) {
-        return "the class Log has no method allocated()";
-    }
     const auto failures = static_cast<jstring>(
         call_static_object("Suite", "run", "(Ljava/lang/String;)Ljava/lang/String;", string(className)));
     if (failures == nullptr) {

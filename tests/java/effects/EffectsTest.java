@@ -2,7 +2,6 @@
 import static org.junit.Assert.assertArrayEquals;
 import static org.junit.Assert.assertEquals;
 import static org.junit.Assert.assertFalse;
-import static org.junit.Assert.assertNotEquals;
 import static org.junit.Assert.assertNotNull;
 import static org.junit.Assert.assertThrows;
 import static org.junit.Assert.assertTrue;
@@ -248,34 +247,5 @@ public class EffectsTest extends Refusals {
         for (String name : new String[] {"Panorama", "Burst", "ExposureAdvisor"}) {
             assertEquals(log, 4, log.split("a " + name + " was not closed", -1).length);
         }
-    }
-
-    // 110,000 calls: a leak of 110 bytes a call shows. The virtual machine itself takes a few megabytes more.
-    @Test
-    public void manyCallsFromSeveralThreadsLeaveMemoryFlat() throws Exception {
-        // The address sanitizer takes minutes for what else takes seconds, and finds leaks of its own accord.
-        int times = System.getenv("KORVANE_FEW_CALLS") == null ? 2500 : 250;
-        long before = Log.allocatedAfter(EffectsTest::callEverything, times / 5);
-        long after = Log.allocatedAfter(EffectsTest::callEverything, times);
-        assertTrue(before + " bytes grew to " + after, after - before < 12_000_000);
-    }
-
-    // Eleven calls into the library.
-    private static void callEverything() {
-        Bitmap bitmap = noise(12, 10, 4);
-        Blur.dim(bitmap, 2, 0xFF00FF00, 0.5f);
-        Blur.apply(bitmap, 1);
-        assertNotEquals(0, Palette.of(bitmap, 2).length);
-        byte[] frame = new byte[8 * 8 * 2];
-        TimestampStamp.stamp(frame, 8, 8, "12:34");
-        try (ExposureAdvisor advisor = new ExposureAdvisor(8, 8, (aperture, gain) -> {})) {
-            frame[0] = 1;
-            advisor.feed(frame);
-        }
-        try (Panorama panorama = new Panorama(8, 8, Panorama.Format.YV12, null)) {
-            panorama.feed(frame, 1, 1);
-            panorama.feed(frame, 2, 2);
-        }
-        assertEquals(0, bitmap.getLockCount());
     }
 }

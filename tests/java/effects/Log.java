@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 import java.io.ByteArrayOutputStream;
 import java.io.PrintStream;
-import java.util.Collections;
-import java.util.concurrent.Callable;
-import java.util.concurrent.ExecutorService;
-import java.util.concurrent.Executors;
-import java.util.concurrent.Future;
 
-/** What tests see of the process from outside: its log, and its memory. */
+/** What tests see of the process from outside. */
 final class Log {
-    private static final int THREADS = 4;
-
     interface Work {
         void run() throws Exception;
     }
@@ -32,24 +25,5 @@ final class Log {
             System.setErr(standard);
         }
         return bytes.toString();
-    }
-
-    /** Bytes that native code has taken and not given back. Java's own heap is not among them. */
-    static native long allocated();
-
-    /** The same after several threads have each done some work so many times. */
-    static long allocatedAfter(Work work, int times) throws Exception {
-        Callable<Void> repeated = () -> {
-            for (int i = 0; i < times; ++i) {
-                work.run();
-            }
-            return null;
-        };
-        ExecutorService threads = Executors.newFixedThreadPool(THREADS);
-        for (Future<Void> thread : threads.invokeAll(Collections.nCopies(THREADS, repeated))) {
-            thread.get();
-        }
-        threads.shutdown();
-        return allocated();
     }
 }
