@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <thread>
-#include <vector>
 
 #include "frameworks/core/auto_ptr.h"
 #include "frameworks/core/memory.h"
@@ -65,23 +63,6 @@ TEST(RefBase, DropOfAnUncountedObjectWrapsAndDeletesNothing) {
     EXPECT_EQ(object.decStrong(), -1);
     EXPECT_EQ(deaths, 0);
     EXPECT_FALSE(object.equals(object));
-}
-
-TEST(RefBase, CountsFromManyThreads) {
-    int deaths = 0;
-    auto_ptr<Counted> shared(new Counted(&deaths));
-    {
-        std::vector<std::jthread> threads;
-        for (int i = 0; i < 4; ++i) {
-            threads.emplace_back([copy = shared] {
-                for (int n = 0; n < 10'000; ++n) {
-                    const auto_ptr<Counted> another(copy);
-                }
-            });
-        }
-    }
-    EXPECT_EQ(shared->count(), 1U);
-    EXPECT_EQ(deaths, 0);
 }
 
 bool is_filled(const unsigned char* block, size_t bytes, unsigned char value) {

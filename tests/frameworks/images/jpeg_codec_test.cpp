@@ -11,6 +11,7 @@
 #include "frameworks/io/memory_stream.h"
 #include "tests/frameworks/images/jpeg_reference.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/random_bytes.h"
 
 namespace {
 
@@ -18,57 +19,25 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-// A memory stream that rewinds, and whose writes fail once `capacity` bytes are in.
-class TestStream : public Stream {
+// In memory but like a file: it rewinds, and skips what is read without a buffer.
+class TestStream : public MemoryStream {
   public:
-    explicit TestStream(Bytes file = {}, size_t capacity = SIZE_MAX) : bytes(std::move(file)), m_Capacity(capacity) {}
-
+    explicit TestStream(Bytes bytes) : MemoryStream(bytes.size()) {
+        write(bytes.data(), bytes.size());
+        TestStream::rewind();
+    }
     size_t read(void* buffer, size_t count) override {
-        count = std::min(count, bytes.size() - m_Position);
-        if (buffer != nullptr) {
-            std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(m_Position), count, static_cast<unsigned char*>(buffer));
-        }
-        m_Position += count;
-        return count;
+        return buffer == nullptr ? static_cast<size_t>(seek(static_cast<int64_t>(count), SEEK_ORIGIN_CURRENT))
+                                 : MemoryStream::read(buffer, count);
     }
-    size_t write(void* buffer, size_t count) override {
-        const auto* from = static_cast<unsigned char*>(buffer);
-        count = bytes.size() < m_Capacity ? count : 0;
-        bytes.insert(bytes.end(), from, from + count);
-        return count;
-    }
-    int64_t seek(int64_t /*offset*/, SeekOrign /*origin*/) override { return -1; }
-    bool rewind() override {
-        m_Position = 0;
-        return true;
-    }
-    size_t getLength() override { return bytes.size(); }
+    bool rewind() override { return seek(0, SEEK_ORIGIN_BEGIN) <= 0; }
     void flush() override { ++flushes; }
-    void close() override {}
 
-    Bytes bytes;
     int flushes = 0;
-
-  private:
-    size_t m_Capacity;
-    size_t m_Position = 0;
 };
 
-// Gradients with a texture and a bright corner; no turn or mirror image of it is like it.
 Bytes picture(unsigned width, unsigned height, unsigned components) {
-    Bytes pixels;
-    for (unsigned y = 0; y < height; ++y) {
-        for (unsigned x = 0; x < width; ++x) {
-            const bool corner = x * 4 < width && y * 3 < height;
-            const unsigned texture = (x * 7 + y * 13) % 23;
-            const unsigned values[] = {x * 180 / width + texture, (corner ? 200 : y * 150 / height + 20) + texture,
-                                       (x + y) * 100 / (width + height) + texture, 255};
-            for (unsigned c = 0; c < components; ++c) {
-                pixels.push_back(static_cast<unsigned char>(values[c]));
-            }
-        }
-    }
-    return pixels;
+    return random_bytes(size_t{width} * height * components, 1);
 }
 
 auto_ptr<Image> make_image(const Bytes& pixels, unsigned width, unsigned height, ImageFormatType format) {
@@ -101,12 +70,14 @@ bool decode(const Bytes& file, auto_ptr<Image>& image) {
 }
 
 Bytes encode(auto_ptr<Image>& image, int quality) {
-    auto* file = new TestStream;
-    auto_ptr<Stream> stream(file);
+    auto* room = new TestStream(Bytes(500'000));
+    auto_ptr<Stream> stream(room);
     auto_ptr<ImageEncoder> encoder(new JpegEncoder);
     EXPECT_TRUE(encoder->encode(stream, image, quality));
-    EXPECT_EQ(file->flushes, 1);
-    return file->bytes;
+    EXPECT_EQ(room->flushes, 1);
+    Bytes file(static_cast<size_t>(-stream->seek(0, SEEK_ORIGIN_BEGIN)));
+    stream->read(file.data(), file.size());
+    return file;
 }
 
 TEST(JpegCodec, FilesEqualThoseOfAPlainLibjpegLoop) {
@@ -261,13 +232,14 @@ TEST(JpegEncoder, ReportsWhatCannotBeWritten) {
     auto_ptr<Image> none(new Image(0, 1, 1, IMAGE_FORMAT_TYPE_GRAY, nullptr));
     LogCapture log;
     // A failure in the first buffer, in a later one, and in what is left at the end (a tiny file is all of that).
-    for (const auto& [picture, capacity] : {std::pair(&image, 0), {&image, 1}, {&image, 9'000}, {&tiny, 0}}) {
-        auto_ptr<Stream> stream(new TestStream({}, static_cast<size_t>(capacity)));
+    for (const auto& [picture, room] : {std::pair(&image, 0), {&image, 1}, {&image, 9'000}, {&tiny, 0}}) {
+        auto_ptr<Stream> stream(new MemoryStream(size_t{9'000}));
+        stream->seek(9'000 - room, SEEK_ORIGIN_BEGIN);
         EXPECT_FALSE(encoder->encode(stream, *picture, 90));
         EXPECT_THAT(log.lines(), ElementsAre(kWriteError));
         log.clear();
     }
-    auto_ptr<Stream> stream(new TestStream);
+    auto_ptr<Stream> stream(new MemoryStream(size_t{9'000}));
     EXPECT_FALSE(encoder->encode(stream, none, 90));
     EXPECT_THAT(log.lines(), IsEmpty());
     EXPECT_FALSE(encoder->encode(stream, wide, 90));
@@ -285,15 +257,12 @@ TEST(CodecFactories, KnowJpegAndNothingElse) {
     auto_ptr<ImageDecoderFactory> decoders(new ImageDecoderFactory);
     auto_ptr<Stream> nothing;
     EXPECT_EQ(decoders->createImageDecoder(nothing), nullptr);
-    for (const auto& [head, known] : {std::pair(Bytes{0xFF, 0xD8, 0xFF, 0xE0}, true),
-                                      {{0xFF, 0xD8, 0xFE}, false},
-                                      {{0xFF, 0xD8}, false},
-                                      {{}, false}}) {
-        auto* file = new TestStream(head);
-        auto_ptr<Stream> stream(file);
+    for (const auto& [head, known] :
+         {std::pair(Bytes{0xFF, 0xD8, 0xFF, 0xE0}, true), {{0xFF, 0xD8, 0xFE}, false}, {{0xFF, 0xD8}, false}}) {
+        auto_ptr<Stream> stream(new TestStream(head));
         EXPECT_EQ(decoders->createImageDecoder(stream) != nullptr, known);
         // The probe is not taken back.
-        EXPECT_EQ(file->read(nullptr, 9), head.size() - std::min<size_t>(head.size(), 3));
+        EXPECT_EQ(stream->seek(0, SEEK_ORIGIN_BEGIN), -std::min<int64_t>(static_cast<int64_t>(head.size()), 3));
     }
 
     auto_ptr<Image> image = witness();
