@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
+import java.io.ByteArrayInputStream;
 import java.io.IOException;
-import java.io.InputStream;
+import java.io.UncheckedIOException;
 
 /**
  * Delivers 0, 1, 2 ... in chunks of at most a given size, throws from the call that it is told to, and may claim to
  * have read more than it has.
  */
-public class ScriptedInputStream extends InputStream {
-    public final int length;
+public class ScriptedInputStream extends ByteArrayInputStream {
     public final int chunk;
-    public int position;
     public int calls;
     public int throwAtCall = -1;
     public boolean throwAlways;
@@ -17,48 +16,35 @@ public class ScriptedInputStream extends InputStream {
     public int claimedExtra;
 
     public ScriptedInputStream(int length, int chunk) {
-        this.length = length;
+        super(new byte[length]);
         this.chunk = chunk;
+        for (int i = 0; i < length; ++i) {
+            buf[i] = (byte) i;
+        }
     }
 
-    private void count() throws IOException {
+    private void count() {
         if (throwAlways || calls++ == throwAtCall) {
-            throw new IOException("scripted");
+            throw new UncheckedIOException(new IOException("scripted"));
         }
     }
 
     @Override
-    public int read() {
-        throw new UnsupportedOperationException();
-    }
-
-    @Override
-    public int read(byte[] bytes, int offset, int count) throws IOException {
+    public synchronized int read(byte[] bytes, int offset, int length) {
         count();
-        if (position == length) {
-            return -1;
-        }
-        int delivered = Math.min(Math.min(count, chunk), length - position);
-        for (int i = 0; i < delivered; ++i) {
-            bytes[offset + i] = (byte) position++;
-        }
-        return delivered + claimedExtra;
+        int delivered = super.read(bytes, offset, Math.min(length, chunk));
+        return delivered < 0 ? delivered : delivered + claimedExtra;
     }
 
     @Override
-    public long skip(long count) throws IOException {
+    public synchronized long skip(long length) {
         count();
-        if (longestSkip < 0) {
-            return longestSkip;
-        }
-        long skipped = Math.min(Math.min(count, longestSkip), length - position);
-        position += (int) skipped;
-        return skipped;
+        return longestSkip < 0 ? longestSkip : super.skip(Math.min(length, longestSkip));
     }
 
     @Override
-    public int available() throws IOException {
+    public synchronized int available() {
         count();
-        return length - position;
+        return super.available();
     }
 }

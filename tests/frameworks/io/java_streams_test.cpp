@@ -94,7 +94,7 @@ TEST_F(JavaStreamsTest, SkipsByReadingWhereJavaDoesNot) {
         JavaInputStream stream(env, input, env->NewByteArray(16));
         EXPECT_EQ(stream.read(nullptr, c.count), c.answer);
         EXPECT_EQ(stream.isAtEnd(), c.atEnd);
-        EXPECT_EQ(int_field(input, "position"), static_cast<int>(c.answer));
+        EXPECT_EQ(int_field(input, "pos"), static_cast<int>(c.answer));
         EXPECT_EQ(stream.skip(40), c.singleSkip);
         EXPECT_EQ(stream.getLength(), 100 - c.answer - c.singleSkip);
     }

@@ -28,7 +28,7 @@ import korvane.effects.TimestampStamp;
 import org.junit.Test;
 
 /** What korvane.effects does without a GPU, and how it refuses wrong use. */
-public class EffectsTest extends Refusals {
+public class EffectsTest extends EffectsSupport {
     private static final Bitmap.Config ARGB = Bitmap.Config.ARGB_8888;
 
     private static Bitmap noise(int width, int height, int seed) {
@@ -236,14 +236,14 @@ public class EffectsTest extends Refusals {
 
     @Test
     public void whatIsForgottenIsFreed() throws Exception {
-        String log = Log.of(() -> {
+        String log = logOfForgotten(9, () -> {
             for (int i = 0; i < 3; ++i) {
                 new Panorama(16, 16, Panorama.Format.NV12, null);
                 new Burst(16, 16);
                 ExposureAdvisor[] self = new ExposureAdvisor[1];
                 self[0] = new ExposureAdvisor(16, 16, (aperture, gain) -> assertNotNull(self[0]));
             }
-        }, 9, "was not closed");
+        });
         for (String name : new String[] {"Panorama", "Burst", "ExposureAdvisor"}) {
             assertEquals(log, 4, log.split("a " + name + " was not closed", -1).length);
         }

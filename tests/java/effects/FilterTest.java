@@ -3,6 +3,7 @@ import static org.junit.Assert.assertArrayEquals;
 import static org.junit.Assert.assertEquals;
 import static org.junit.Assert.assertFalse;
 import static org.junit.Assert.assertNotEquals;
+import static org.junit.Assert.assertThrows;
 import static org.junit.Assert.assertTrue;
 
 import android.graphics.Bitmap;
@@ -13,6 +14,8 @@ import java.nio.file.Files;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
+import java.util.concurrent.ExecutionException;
+import java.util.concurrent.FutureTask;
 import korvane.effects.Filter;
 import korvane.effects.FilterParameter;
 import korvane.effects.FilterRenderer;
@@ -20,7 +23,7 @@ import korvane.effects.ProgramCache;
 import org.junit.Test;
 
 /** Filter and FilterRenderer on a real GL implementation. */
-public class FilterTest extends Refusals {
+public class FilterTest extends EffectsSupport {
     private static final int RED = 0xFFFF0000;
     private static final int GREEN = 0xFF00FF00;
     private static final int BLUE = 0xFF0000FF;
@@ -45,18 +48,13 @@ public class FilterTest extends Refusals {
             bitmap.getPixel(right, bottom)};
     }
 
-    private static void onOtherThread(Log.Work work) throws Exception {
-        Exception[] thrown = new Exception[1];
-        Thread thread = new Thread(() -> {
-            try {
-                work.run();
-            } catch (Exception e) {
-                thrown[0] = e;
-            }
+    private static void onOtherThread(Work work) throws Exception {
+        FutureTask<Void> task = new FutureTask<>(() -> {
+            work.run();
+            return null;
         });
-        thread.start();
-        thread.join();
-        throw thrown[0];
+        new Thread(task).start();
+        throw (Exception) assertThrows(ExecutionException.class, task::get).getCause();
     }
 
     @Test
@@ -170,12 +168,12 @@ public class FilterTest extends Refusals {
 
     @Test
     public void forgottenFiltersAreFreedOnAnotherThread() throws Exception {
-        String log = Log.of(() -> {
+        String log = logOfForgotten(2, () -> {
             Filter.open("ImageFilterTable").apply(fields(4, 4));
             CameraPicture.openSurface(4, 4);
             new FilterRenderer("ImageFilterNone", texture -> {}).onSurfaceCreated(null, null);
             CameraPicture.closeSurface();
-        }, 2, "was not closed");
+        });
         assertTrue(log, log.contains("a Filter (ImageFilterTable) was not closed"));
         assertTrue(log, log.contains("a FilterRenderer (ImageFilterNone) was not closed"));
     }

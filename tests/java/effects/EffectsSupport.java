@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+import static org.junit.Assert.assertThrows;
+import static org.junit.Assert.assertTrue;
+
+import java.io.ByteArrayOutputStream;
+import java.io.PrintStream;
+
+/** How wrong use is refused, by an exception of one kind with a reason in its message, and what the log says. */
+class EffectsSupport {
+    interface Work {
+        void run() throws Exception;
+    }
+
+    private static void refused(Class<? extends Exception> kind, String reason, Work work) {
+        Exception thrown = assertThrows(reason, kind, work::run);
+        assertTrue(thrown.getMessage(), thrown.getMessage().contains(reason));
+    }
+
+    static void badArgument(String reason, Work work) {
+        refused(IllegalArgumentException.class, reason, work);
+    }
+
+    static void badState(String reason, Work work) {
+        refused(IllegalStateException.class, reason, work);
+    }
+
+    /** The log of some work, once it says that as many objects were not closed, or after ten seconds. */
+    static String logOfForgotten(int objects, Work work) throws Exception {
+        PrintStream standard = System.err;
+        ByteArrayOutputStream bytes = new ByteArrayOutputStream();
+        System.setErr(new PrintStream(bytes, true));
+        try {
+            work.run();
+            for (int i = 0; i < 100 && bytes.toString().split("was not closed", -1).length <= objects; ++i) {
+                System.gc();
+                Thread.sleep(100);
+            }
+        } finally {
+            System.setErr(standard);
+        }
+        return bytes.toString();
+    }
+}
