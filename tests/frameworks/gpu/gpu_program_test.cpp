@@ -133,35 +133,7 @@ constexpr const char* kUniformsShader =
     "  gl_FragColor = vec4(sum);\n"
     "}\n";
 
-// Hands numbers to one of the eleven setters.
-template <auto kSet>
-void set_uniform(GPUProgram& program, const char* name, int count, float* floats, int* ints) {
-    if constexpr (std::is_invocable_v<decltype(kSet), GPUProgram&, const char*, int, float*>) {
-        (program.*kSet)(name, count, floats);
-    } else if constexpr (std::is_invocable_v<decltype(kSet), GPUProgram&, const char*, int, int*>) {
-        (program.*kSet)(name, count, ints);
-    } else {
-        (program.*kSet)(name, count, false, floats);
-    }
-}
-
 TEST_F(GpuProgram, AllElevenUniformsReadBack) {
-    // In the order of their types.
-    const struct {
-        const char* name;
-        size_t elements;
-        void (*set)(GPUProgram& program, const char* name, int count, float* floats, int* ints);
-    } rows[] = {{"i1", 1, set_uniform<&GPUProgram::_SetHostValue1iv>},
-                {"i2", 2, set_uniform<&GPUProgram::_SetHostValue2iv>},
-                {"i3", 3, set_uniform<&GPUProgram::_SetHostValue3iv>},
-                {"i4", 4, set_uniform<&GPUProgram::_SetHostValue4iv>},
-                {"f1", 1, set_uniform<&GPUProgram::_SetHostValue1fv>},
-                {"f2", 2, set_uniform<&GPUProgram::_SetHostValue2fv>},
-                {"f3", 3, set_uniform<&GPUProgram::_SetHostValue3fv>},
-                {"f4", 4, set_uniform<&GPUProgram::_SetHostValue4fv>},
-                {"m2", 4, set_uniform<&GPUProgram::_SetHostValueMatrix2fv>},
-                {"m3", 9, set_uniform<&GPUProgram::_SetHostValueMatrix3fv>},
-                {"m4", 16, set_uniform<&GPUProgram::_SetHostValueMatrix4fv>}};
     const auto_ptr<GPUProgram> program = make_program(kVertexShader, kUniformsShader);
     ASSERT_EQ(program->beganCompute(), 1);
     GLint handle = 0;
@@ -173,27 +145,48 @@ TEST_F(GpuProgram, AllElevenUniformsReadBack) {
         return values;
     };
     int type = 0;
-    for (const auto& [name, elements, set] : rows) {
-        const std::string first = std::string(name) + "[0]";
-        SCOPED_TRACE(first);
+    const auto check = [&](const char* name, size_t elements, auto set) {
+        SCOPED_TRACE(name);
+        constexpr bool kIsMatrix =
+            std::is_invocable_v<decltype(set), GPUProgram&, const char*, int, bool, const float*>;
+        using Value =
+            std::conditional_t<std::is_invocable_v<decltype(set), GPUProgram&, const char*, int, int*>, int, float>;
+        const auto send = [&](const char* to, int count, Value* from) {
+            if constexpr (kIsMatrix) {
+                ((*program).*set)(to, count, false, from);
+            } else {
+                ((*program).*set)(to, count, from);
+            }
+        };
         // Different numbers in each place of two elements.
-        std::vector<float> both(2 * elements);
-        std::iota(both.begin(), both.end(), 100.0F * static_cast<float>(type + 1));
-        std::vector<int> ints(both.begin(), both.end());
-        float* const second = &both[elements];
-        set(*program, name, 2, both.data(), ints.data());
-        set(*program, nullptr, 1, second, ints.data());
-        set(*program, name, 1, nullptr, nullptr);
+        std::vector<Value> both(2 * elements);
+        std::iota(both.begin(), both.end(), static_cast<Value>(100 * (type + 1)));
+        Value* const second = &both[elements];
+        send(name, 2, both.data());
+        send(nullptr, 1, second);
+        send(name, 1, nullptr);
+        const std::string first = std::string(name) + "[0]";
         EXPECT_THAT(value(first, elements), ElementsAreArray(both.data(), elements));
         EXPECT_THAT(value(std::string(name) + "[1]", elements), ElementsAreArray(second, elements));
 
-        void* last = type < GPU_PROGRAM_PARAMETER_TYPE_FLOAT1 ? static_cast<void*>(&ints[elements]) : second;
         const auto typeCode = static_cast<GPUProgramParameterType>(type++);
-        program->setParameters(name, typeCode, last);
+        program->setParameters(name, typeCode, second);
         program->setParameters(nullptr, typeCode, both.data());
         program->setParameters(name, typeCode, nullptr);
         EXPECT_THAT(value(first, elements), ElementsAreArray(second, elements));
-    }
+    };
+    // In the order of their types.
+    check("i1", 1, &GPUProgram::_SetHostValue1iv);
+    check("i2", 2, &GPUProgram::_SetHostValue2iv);
+    check("i3", 3, &GPUProgram::_SetHostValue3iv);
+    check("i4", 4, &GPUProgram::_SetHostValue4iv);
+    check("f1", 1, &GPUProgram::_SetHostValue1fv);
+    check("f2", 2, &GPUProgram::_SetHostValue2fv);
+    check("f3", 3, &GPUProgram::_SetHostValue3fv);
+    check("f4", 4, &GPUProgram::_SetHostValue4fv);
+    check("m2", 4, &GPUProgram::_SetHostValueMatrix2fv);
+    check("m3", 9, &GPUProgram::_SetHostValueMatrix3fv);
+    check("m4", 16, &GPUProgram::_SetHostValueMatrix4fv);
     const float columns[4] = {1, 2, 3, 4};
     program->_SetHostValueMatrix2fv("m2", 1, true, columns);
     EXPECT_THAT(value("m2[0]", 4), ElementsAre(1, 3, 2, 4));
