@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <numeric>
 #include <random>
 #include <string>
 #include <thread>
@@ -173,14 +174,12 @@ TEST(Stress, ResultsStayRightAndNothingPilesUp) {
         rounds.push_back(usage());
         isEnd = Clock::now() - start >= duration && rounds.size() >= 4;
     });
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (size_t thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([&, thread] {
             std::mt19937 random(static_cast<uint32_t>(thread));
             std::vector<size_t> order(std::size(kJobs));
-            for (size_t i = 0; i < order.size(); ++i) {
-                order[i] = i;
-            }
+            std::iota(order.begin(), order.end(), 0);
             while (!isEnd) {
                 std::shuffle(order.begin(), order.end(), random);
                 for (const size_t job : order) {
@@ -190,9 +189,7 @@ TEST(Stress, ResultsStayRightAndNothingPilesUp) {
             }
         });
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    threads.clear();
 
     const size_t warmRound = rounds.size() / 4;
     const Usage& warm = rounds[warmRound];

@@ -21,12 +21,9 @@ constexpr size_t kThreads = 4;
 
 // Each on a thread of its own, with its number.
 void on_threads(const std::function<void(size_t thread)>& work) {
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (size_t i = 0; i < kThreads; ++i) {
         threads.emplace_back(work, i);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
     }
 }
 

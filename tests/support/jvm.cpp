@@ -95,7 +95,7 @@ void JvmTest::copy_pixels(jobject bitmap, const char* method, unsigned char* pix
 
 std::string JvmTest::junit_failures(const char* className) {
     const auto failures = static_cast<jstring>(
-        call_static_object("Suite", "run", "(Ljava/lang/String;)Ljava/lang/String;", string(className)));
+        call_static_object("EffectsSupport", "run", "(Ljava/lang/String;)Ljava/lang/String;", string(className)));
     if (failures == nullptr) {
         return "the tests could not be run";
     }

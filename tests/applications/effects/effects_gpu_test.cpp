@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the Java class CameraPicture of the tests does, and the JUnit tests that use it.
+// The JUnit tests that draw, and their native methods.
 #include <jni.h>
 
 #include <memory>
@@ -50,7 +50,7 @@ JNINativeMethod native(const char* name, const char* signature, Function* functi
 class EffectsGpu : public JvmTest {};
 
 TEST_F(EffectsGpu, JUnitTestsPass) {
-    const jclass type = env->FindClass("CameraPicture");
+    const jclass type = env->FindClass("FilterTest");
     ASSERT_NE(type, nullptr);
     const JNINativeMethod methods[] = {
         native("openSurface", "(II)V", open_surface), native("closeSurface", "()V", close_surface),

@@ -4,11 +4,24 @@ import static org.junit.Assert.assertTrue;
 
 import java.io.ByteArrayOutputStream;
 import java.io.PrintStream;
+import org.junit.runner.JUnitCore;
+import org.junit.runner.Result;
+import org.junit.runner.notification.Failure;
 
-/** How wrong use is refused, by an exception of one kind with a reason in its message, and what the log says. */
+/** Runs the tests, and says how wrong use is refused and what the log tells. */
 class EffectsSupport {
     interface Work {
         void run() throws Exception;
+    }
+
+    /** Runs the tests of a class. Nothing when all have passed; else what has failed. */
+    static String run(String className) throws ClassNotFoundException {
+        Result result = JUnitCore.runClasses(Class.forName(className));
+        StringBuilder text = new StringBuilder(result.getRunCount() == 0 ? "no tests in " + className : "");
+        for (Failure failure : result.getFailures()) {
+            text.append(failure.getTestHeader()).append(": ").append(failure.getTrace());
+        }
+        return text.toString();
     }
 
     private static void refused(Class<? extends Exception> kind, String reason, Work work) {

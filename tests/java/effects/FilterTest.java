@@ -22,8 +22,25 @@ import korvane.effects.FilterRenderer;
 import korvane.effects.ProgramCache;
 import org.junit.Test;
 
-/** Filter and FilterRenderer on a real GL implementation. */
+/**
+ * Filter and FilterRenderer on a real GL implementation. The test program does what a view and a camera do to a
+ * renderer: a context with a surface, and a picture in a camera texture.
+ */
 public class FilterTest extends EffectsSupport {
+    /** Makes a surface of this size current on this thread. */
+    static native void openSurface(int width, int height);
+
+    static native void closeSurface();
+
+    /** The address of what is current on this thread. */
+    static native long currentContext();
+
+    /** Puts RGBA pixels, the top row first, behind an external texture. */
+    static native void show(int texture, int width, int height, byte[] rgba);
+
+    /** The surface's RGBA pixels, the top row first. */
+    static native byte[] surfacePixels(int width, int height);
+
     private static final int RED = 0xFFFF0000;
     private static final int GREEN = 0xFF00FF00;
     private static final int BLUE = 0xFF0000FF;
@@ -109,7 +126,7 @@ public class FilterTest extends EffectsSupport {
             assertTrue(other.sameAs(fields(20, 30)));
             mirror.set("mCentery", 0.5f).apply(other);
             assertArrayEquals(new int[] {RED, GREEN, RED, GREEN}, corners(other));
-            assertEquals(0, CameraPicture.currentContext());
+            assertEquals(0, currentContext());
         }
     }
 
@@ -170,9 +187,9 @@ public class FilterTest extends EffectsSupport {
     public void forgottenFiltersAreFreedOnAnotherThread() throws Exception {
         String log = logOfForgotten(2, () -> {
             Filter.open("ImageFilterTable").apply(fields(4, 4));
-            CameraPicture.openSurface(4, 4);
+            openSurface(4, 4);
             new FilterRenderer("ImageFilterNone", texture -> {}).onSurfaceCreated(null, null);
-            CameraPicture.closeSurface();
+            closeSurface();
         });
         assertTrue(log, log.contains("a Filter (ImageFilterTable) was not closed"));
         assertTrue(log, log.contains("a FilterRenderer (ImageFilterNone) was not closed"));
@@ -185,7 +202,7 @@ public class FilterTest extends EffectsSupport {
         renderer.onSurfaceChanged(null, width, height);
         renderer.onDrawFrame(null);
         Bitmap bitmap = Bitmap.createBitmap(width, height);
-        bitmap.copyPixelsFromBuffer(ByteBuffer.wrap(CameraPicture.surfacePixels(width, height)));
+        bitmap.copyPixelsFromBuffer(ByteBuffer.wrap(surfacePixels(width, height)));
         return bitmap;
     }
 
@@ -197,8 +214,8 @@ public class FilterTest extends EffectsSupport {
 
     @Test
     public void rendererDrawsCameraFrames() {
-        CameraPicture.openSurface(16, 16);
-        long context = CameraPicture.currentContext();
+        openSurface(16, 16);
+        long context = currentContext();
         SurfaceTexture[] texture = new SurfaceTexture[1];
         FilterRenderer renderer = new FilterRenderer("ImageFilterNone", camera -> texture[0] = camera);
         badState("no surface yet", () -> renderer.onDrawFrame(null));
@@ -206,7 +223,7 @@ public class FilterTest extends EffectsSupport {
         renderer.onSurfaceCreated(null, null);
         assertEquals("16 x 16", texture[0].getBufferSize());
         texture[0].setTransformMatrix(FROM_THE_TOP);
-        CameraPicture.show(texture[0].getTexture(), 16, 16, bytes(fields(16, 16)));
+        show(texture[0].getTexture(), 16, 16, bytes(fields(16, 16)));
         assertArrayEquals(new int[] {RED, GREEN, BLUE, GREY}, corners(drawn(renderer, 16, 16)));
 
         Object[][] turns = {{90, BLUE, RED, GREY, GREEN}, {180, GREY, BLUE, GREEN, RED}, {270, GREEN, GREY, RED, BLUE},
@@ -224,7 +241,7 @@ public class FilterTest extends EffectsSupport {
         // A filter opened beside it leaves the view's context as it was.
         try (Filter filter = Filter.open("ImageFilterXray")) {
             filter.apply(fields(4, 4));
-            assertEquals(context, CameraPicture.currentContext());
+            assertEquals(context, currentContext());
             renderer.setFilter("ImageFilterMirror");
             renderer.set("mCenterx", 0.5f);
             assertArrayEquals(new int[] {RED, RED, BLUE, BLUE}, corners(drawn(renderer, 16, 16)));
@@ -236,13 +253,13 @@ public class FilterTest extends EffectsSupport {
 
         // The context goes and another comes: all is made again, with the parameters that were set.
         SurfaceTexture first = texture[0];
-        CameraPicture.closeSurface();
-        CameraPicture.openSurface(16, 16);
+        closeSurface();
+        openSurface(16, 16);
         renderer.onSurfaceCreated(null, null);
         assertTrue(first.isReleased());
         assertNotEquals(first, texture[0]);
         texture[0].setTransformMatrix(FROM_THE_TOP);
-        CameraPicture.show(texture[0].getTexture(), 16, 16, bytes(fields(16, 16)));
+        show(texture[0].getTexture(), 16, 16, bytes(fields(16, 16)));
         assertArrayEquals(new int[] {RED, RED, BLUE, BLUE}, corners(drawn(renderer, 16, 16)));
 
         renderer.close();
@@ -250,7 +267,7 @@ public class FilterTest extends EffectsSupport {
         assertTrue(texture[0].isReleased());
         renderer.onDrawFrame(null);
         badState("this FilterRenderer is closed", () -> renderer.onSurfaceCreated(null, null));
-        CameraPicture.closeSurface();
+        closeSurface();
         badState("no OpenGL ES context", () -> new FilterRenderer("ImageFilterNone", t -> {}).onSurfaceCreated(null, null));
     }
 }
