@@ -13,18 +13,6 @@
 
 namespace {
 
-constexpr ReferenceSettings kJpegFiles[] = {
-    {},
-    {.components = 1},
-    {.components = 4},
-    {.progressive = true},
-    {.arithmetic = true},
-    {.progressive = true, .arithmetic = true},
-    {.oneScanPerComponent = true},
-    {.restartRows = 1},
-    {.commentBytes = 5'000},
-};
-
 std::vector<Bytes> seeds_of(const std::string& target) {
     std::vector<Bytes> files;
     if (target != "jpeg_decode" && target != "photo_files") {
@@ -33,7 +21,7 @@ std::vector<Bytes> seeds_of(const std::string& target) {
         }
         return files;
     }
-    for (const ReferenceSettings& settings : kJpegFiles) {
+    for (const ReferenceSettings& settings : kJpegKinds) {
         Bytes pixels(size_t{24} * 17 * static_cast<size_t>(settings.components));
         for (size_t i = 0; i < pixels.size(); ++i) {
             pixels[i] = static_cast<unsigned char>(i * i / 37 + i);

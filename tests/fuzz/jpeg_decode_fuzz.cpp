@@ -5,25 +5,13 @@
 
 #include "frameworks/images/image_decoder_factory.h"
 #include "frameworks/images/jpeg_decoder.h"
-#include "frameworks/io/memory_stream.h"
+#include "tests/frameworks/images/jpeg_reference.h"
 #include "tests/fuzz/fuzz.h"
 
 namespace {
 
 // A few bytes may declare a picture of gigabytes, which is slow and no fault.
 constexpr int64_t kMaxPixels = 4'000'000;
-
-// A file in memory; as with files, a read without a buffer skips and does not mind the end.
-class InputStream : public MemoryStream {
-  public:
-    using MemoryStream::MemoryStream;
-
-    size_t read(void* buffer, size_t count) override {
-        return buffer == nullptr ? static_cast<size_t>(seek(static_cast<int64_t>(count), SEEK_ORIGIN_CURRENT))
-                                 : MemoryStream::read(buffer, count);
-    }
-    bool rewind() override { return seek(0, SEEK_ORIGIN_BEGIN) <= 0; }
-};
 
 // Whether anything that may be read as a frame header declares more than kMaxPixels.
 bool declares_too_much(const Bytes& file) {
@@ -45,7 +33,7 @@ void fuzz(Input& input) {
     unsigned char before[] = {1, 2, 3, 4, 5, 6};
     unsigned char* planes[4] = {before};
     auto_ptr<Image> image(new Image(2, 3, 1, IMAGE_FORMAT_TYPE_GRAY, planes));
-    auto_ptr<Stream> stream(new InputStream(file.data(), file.size()));
+    auto_ptr<Stream> stream(new FileInMemory(file.data(), file.size()));
     auto_ptr<ImageDecoder> decoder(new JpegDecoder);
     const unsigned char* pixels = image->getPlanes()[0];
     if (!decoder->decode(stream, image)) {
