@@ -4,8 +4,7 @@ import java.io.IOException;
 
 /** Keeps what is written and throws from a given write on; flush throws when told to. */
 public class ScriptedOutputStream extends ByteArrayOutputStream {
-    public final int writesBeforeThrow;
-    public int writes;
+    private int writesBeforeThrow;
     public int flushes;
     public boolean throwAtFlush;
 
@@ -15,10 +14,9 @@ public class ScriptedOutputStream extends ByteArrayOutputStream {
 
     @Override
     public synchronized void write(byte[] bytes, int offset, int count) {
-        if (writes == writesBeforeThrow) {
+        if (writesBeforeThrow-- == 0) {
             throw new IllegalStateException("scripted");
         }
-        ++writes;
         super.write(bytes, offset, count);
     }
 

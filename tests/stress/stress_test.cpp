@@ -127,20 +127,15 @@ constexpr struct {
 } kJobs[] = {{"filters", filter}, {"kernels", kernels}, {"JPEG", photo}, {"pool tasks", tasks}, {"streams", streams}};
 
 struct Usage {
-    size_t descriptors = 0;
-    size_t residentBytes = 0;
-    size_t allocatedBytes = 0;
+    size_t descriptors, residentBytes, allocatedBytes;
 };
 
 Usage usage() {
-    Usage result;
     const std::filesystem::directory_iterator open("/proc/self/fd");
-    result.descriptors = static_cast<size_t>(std::distance(begin(open), end(open)));
     size_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages >> pages;
-    result.residentBytes = pages * static_cast<size_t>(sysconf(_SC_PAGESIZE));
-    result.allocatedBytes = mallinfo2().uordblks;
-    return result;
+    return {static_cast<size_t>(std::distance(begin(open), end(open))),
+            pages * static_cast<size_t>(sysconf(_SC_PAGESIZE)), mallinfo2().uordblks};
 }
 
 #if !defined(KORVANE_SANITIZED)

@@ -167,21 +167,17 @@ TEST(Thread, NothingToJoinOrToRun) {
 #if !defined(KORVANE_SANITIZED)
 // The thread sanitizer gives up on a thread that joins itself.
 TEST(Thread, OneThatJoinsItselfIsStillThereForItsOwner) {
-    class JoinsItself : public Thread {
-      public:
-        void run() override {
-            int error = ESRCH;
-            while (error == ESRCH) {  // until start() is through
-                error = join();
-            }
-            result = error;
+    std::atomic<int> result{0};
+    std::atomic<size_t> gone{0};
+    Thread thread(new CountedTask(gone, [&] {
+        while (result == 0) {  // until start() is through
+            const int error = thread.join();
+            result = error == ESRCH ? 0 : error;
         }
-        std::atomic<int> result{0};
-    };
-    JoinsItself thread;
+    }));
     thread.start();
-    wait_until([&] { return thread.result != 0; });
-    EXPECT_EQ(thread.result, EDEADLK);
+    wait_until([&] { return result != 0; });
+    EXPECT_EQ(result, EDEADLK);
     EXPECT_EQ(thread.join(), 0);
 }
 
