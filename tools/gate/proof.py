@@ -19,7 +19,7 @@ import xml.etree.ElementTree as xml
 OUT = pathlib.Path("out/proof")
 JOBS = os.cpu_count() or 1
 COUNT = re.compile(r"^(?:\s*\d+: )?proof: (\d+) (.+?)\s*$", re.MULTILINE)
-FUZZED = re.compile(r"^(?!together)\w+ +(\d+) +\d+ +\d+  ", re.MULTILINE)
+FUZZED = re.compile(r"^((?!together)\w+) +(\d+) +\d+ +\d+  (.+)$", re.MULTILINE)
 
 
 class Run:
