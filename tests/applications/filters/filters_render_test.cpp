@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The Java renderer's filters, called from Java in the library that an application loads.
-#include <algorithm>
+// The native methods of the Java renderer, with bitmaps, texts and arrays of a Java virtual machine.
 #include <array>
 #include <bit>
 #include <string>
@@ -9,6 +8,7 @@
 #include "tests/applications/filters/reference_filters.h"
 #include "tests/support/gl_surface.h"
 #include "tests/support/jvm.h"
+#include "tests/support/native_methods.h"
 #include "tests/support/standard_error.h"
 
 namespace {
@@ -45,68 +45,38 @@ Lines logged(const Action& action) {
 
 class FiltersRender : public JvmTest {
   protected:
-    void SetUp() override {
-        JvmTest::SetUp();
-        m_Render = new_object("com/tervo/media/effects/renderer/render/FiltersRender", "()V");
-        ASSERT_NE(m_Render, nullptr);
+    template <typename Method, typename... Arguments>
+    auto native(Method method, Arguments... arguments) {
+        return method(env, nullptr, arguments...);
     }
-
-    jlong create(const char* name) {
-        return call_long(m_Render, "nativeCreate", "(Ljava/lang/String;)J", string(name));
-    }
+    jlong create(const char* name) { return native(FILTERS(nativeCreate), string(name)); }
     jlong create_on_surface(const char* name, jint target) {
-        return call_long(m_Render, "nativeOnSurfaceCreated", "(Ljava/lang/String;I)J", string(name), target);
+        return native(FILTERS(nativeOnSurfaceCreated), string(name), target);
     }
-    void destroy(jlong handle) { call_void(m_Render, "nativeOnSurfaceDestroyed", "(J)V", handle); }
-    jint type_of(jlong handle, const char* key) {
-        return call_int(m_Render, "nativeGetParameterType", "(JLjava/lang/String;)I", handle, string(key));
-    }
-    void process(jlong handle, jobject bitmap) {
-        call_void(m_Render, "nativeProcess", "(JLandroid/graphics/Bitmap;)V", handle, bitmap);
-    }
-    void draw(jlong handle) { call_void(m_Render, "nativeOnDrawFrame", "(J)V", handle); }
-    void set_bitmap(jlong handle, jobject bitmap, jint width, jint height) {
-        call_void(m_Render, "nativeSetBitmap", "(JLandroid/graphics/Bitmap;II)V", handle, bitmap, width, height);
-    }
-    void set_texture(jlong handle, GLuint texture, const ReferenceImage& input, jint width, jint height) {
-        call_void(m_Render, "nativeSetTexture", "(JIIIII)V", handle, static_cast<jint>(texture), input.width,
-                  input.height, width, height);
-    }
-
-    // Calls nativeSetParameters`type`, whose value has this type in Java's notation.
-    template <typename Value>
-    void set(const std::string& type, const char* javaType, jlong handle, const char* key, Value value) {
-        const std::string signature = std::string("(JLjava/lang/String;") + javaType + ")V";
-        call_void(m_Render, ("nativeSetParameters" + type).c_str(), signature.c_str(), handle, string(key), value);
+    void destroy(jlong handle) { native(FILTERS(nativeOnSurfaceDestroyed), handle); }
+    jint type_of(jlong handle, const char* key) { return native(FILTERS(nativeGetParameterType), handle, string(key)); }
+    void set_texture(jlong handle, GLuint texture, const ReferenceImage& input) {
+        native(FILTERS(nativeSetTexture), handle, static_cast<jint>(texture), input.width, input.height, input.width,
+               input.height);
     }
     void set_table(jlong handle, const char* key, jobject bitmap) {
-        call_void(m_Render, "nativeSetParametersBitmap", "(JLjava/lang/String;Landroid/graphics/Bitmap;)V", handle,
-                  string(key), bitmap);
-        if (bitmap != nullptr) {
-            EXPECT_EQ(lock_count(bitmap), 0);
-        }
+        native(FILTERS(nativeSetParametersBitmap), handle, string(key), bitmap);
+        EXPECT_EQ(bitmap == nullptr ? 0 : lock_count(bitmap), 0);
     }
 
-    template <typename Array, typename Element, size_t Count>
-    Array new_array(Array (JNIEnv::*make)(jsize), void (JNIEnv::*fill)(Array, jsize, jsize, const Element*),
-                    const std::array<Element, Count>& values) {
-        const Array array = (env->*make)(static_cast<jsize>(Count));
-        (env->*fill)(array, 0, static_cast<jsize>(Count), values.data());
-        return array;
-    }
     template <size_t Count>
     jfloatArray floats(const std::array<float, Count>& values) {
-        return new_array(&JNIEnv::NewFloatArray, &JNIEnv::SetFloatArrayRegion, values);
+        const jfloatArray array = env->NewFloatArray(static_cast<jsize>(Count));
+        env->SetFloatArrayRegion(array, 0, static_cast<jsize>(Count), values.data());
+        return array;
     }
 
     std::vector<unsigned char> processed(jlong handle, const ReferenceImage& input) {
         const jobject bitmap = new_bitmap(input.width, input.height, input.pixels);
-        process(handle, bitmap);
+        native(FILTERS(nativeProcess), handle, bitmap);
         EXPECT_EQ(lock_count(bitmap), 0);
         return bitmap_pixels(bitmap);
     }
-
-    jobject m_Render = nullptr;
 };
 
 // A table whose rows and columns run against the identity.
@@ -123,28 +93,22 @@ ReferenceImage inverting_table() {
 // A filter reads the bytes of any value as its own type, here as floats, with zeros behind a value that is too short.
 TEST_F(FiltersRender, EachSetterBringsItsValueToTheFilter) {
     const jlong handle = create("ImageFilterNone");
-    const auto expect_set = [&](const std::string& type, const char* javaType, auto value, const Vertices& seen) {
-        EXPECT_EQ(logged([&] { set(type, javaType, handle, "mTexVertices", value); }),
-                  (Lines{entry("nativeSetParameters" + type), vertices_line(seen)}));
+    const auto expect_set = [&](const char* type, auto setter, auto value, const Vertices& seen) {
+        EXPECT_EQ(logged([&] { native(setter, handle, string("mTexVertices"), value); }),
+                  (Lines{entry("nativeSetParameters") + type, vertices_line(seen)}));
     };
     const Vertices mirrored = {1, 0, 0, 0, 1, 1, 0, 1};
     Vertices pointed = {3, 4};
-    expect_set("Double", "D", std::bit_cast<double>(std::array<float, 2>{-3.0F, 1.0F}), {-3, 1});
-    expect_set("Float", "F", -1.5, {-1.5F});
-    expect_set("Boolean", "Z", jint{JNI_TRUE}, {});
-    expect_set("Integer", "I", std::bit_cast<jint>(2.5F), {2.5F});
-    expect_set("Long", "J", reinterpret_cast<jlong>(pointed.data()), pointed);
-    expect_set("FloatArray", "[F", floats(mirrored), mirrored);
-    expect_set("BooleanArray", "[Z",
-               new_array(&JNIEnv::NewBooleanArray, &JNIEnv::SetBooleanArrayRegion, std::array<jboolean, 32>{}), {});
-    expect_set(
-        "IntegerArray", "[I",
-        new_array(&JNIEnv::NewIntArray, &JNIEnv::SetIntArrayRegion, std::bit_cast<std::array<jint, 8>>(mirrored)),
-        mirrored);
-    expect_set("DoubleArray", "[D",
-               new_array(&JNIEnv::NewDoubleArray, &JNIEnv::SetDoubleArrayRegion,
-                         std::bit_cast<std::array<double, 4>>(pointed)),
-               pointed);
+    expect_set("Double", FILTERS(nativeSetParametersDouble), (std::bit_cast<double>(std::array<float, 2>{-3.0F, 1.0F})),
+               {-3, 1});
+    expect_set("Float", FILTERS(nativeSetParametersFloat), -1.5F, {-1.5F});
+    expect_set("Boolean", FILTERS(nativeSetParametersBoolean), jboolean{JNI_TRUE}, {});
+    expect_set("Integer", FILTERS(nativeSetParametersInteger), std::bit_cast<jint>(2.5F), {2.5F});
+    expect_set("Long", FILTERS(nativeSetParametersLong), reinterpret_cast<jlong>(pointed.data()), pointed);
+    expect_set("FloatArray", FILTERS(nativeSetParametersFloatArray), floats(mirrored), mirrored);
+    expect_set("BooleanArray", FILTERS(nativeSetParametersBooleanArray), env->NewBooleanArray(32), {});
+    expect_set("IntegerArray", FILTERS(nativeSetParametersIntegerArray), env->NewIntArray(8), {});
+    expect_set("DoubleArray", FILTERS(nativeSetParametersDoubleArray), env->NewDoubleArray(4), {});
     destroy(handle);
 }
 
@@ -153,32 +117,29 @@ TEST_F(FiltersRender, SetsNothingFromWhatIsMissingShortOrUnknown) {
     const jlong handle = create("ImageFilterDistorted");
     const std::vector<unsigned char> before = processed(handle, input);
     const Lines lines = logged([&] {
-        for (const auto& [type, javaType] :
-             {std::pair("Boolean", "[Z"), {"Integer", "[I"}, {"Float", "[F"}, {"Double", "[D"}}) {
-            set(std::string(type) + "Array", javaType, handle, "mTexVertices", jfloatArray{});
-        }
-        set("FloatArray", "[F", handle, "mTexVertices", floats(std::array<float, 7>{}));
-        set("FloatArray", "[F", handle, "mPosVertices", floats(std::array<float, 7>{}));
-        set("FloatArray", "[F", handle, "mTextureMatrix", floats(std::array<float, 15>{}));
-        set("FloatArray", "[F", handle, "mStrength", env->NewFloatArray(0));
-        set("BooleanArray", "[Z", handle, "mPosVertices", env->NewBooleanArray(31));
+        const jstring vertices = string("mTexVertices");
+        native(FILTERS(nativeSetParametersBooleanArray), handle, vertices, nullptr);
+        native(FILTERS(nativeSetParametersIntegerArray), handle, vertices, nullptr);
+        native(FILTERS(nativeSetParametersFloatArray), handle, vertices, nullptr);
+        native(FILTERS(nativeSetParametersDoubleArray), handle, vertices, nullptr);
+        native(FILTERS(nativeSetParametersFloatArray), handle, vertices, env->NewFloatArray(7));
+        native(FILTERS(nativeSetParametersFloatArray), handle, string("mTextureMatrix"), env->NewFloatArray(15));
+        native(FILTERS(nativeSetParametersFloatArray), handle, string("mStrength"), env->NewFloatArray(0));
+        native(FILTERS(nativeSetParametersBooleanArray), handle, string("mPosVertices"), env->NewBooleanArray(31));
         for (const char* key : {static_cast<const char*>(nullptr), "", "mZoom", "mstrength"}) {
-            set("Float", "F", handle, key, 1.0);
-            set("FloatArray", "[F", handle, key, floats(Vertices{}));
-            set("Long", "J", handle, key, jlong{8});
+            native(FILTERS(nativeSetParametersFloat), handle, string(key), 1.0F);
+            native(FILTERS(nativeSetParametersFloatArray), handle, string(key), env->NewFloatArray(8));
+            native(FILTERS(nativeSetParametersLong), handle, string(key), 8);
         }
-        set("Long", "J", handle, "mStrength", jlong{0});
+        native(FILTERS(nativeSetParametersLong), handle, string("mStrength"), 0);
     });
-    EXPECT_EQ(lines.size(), 4U + 5 + 4 * 3 + 1);
-    EXPECT_TRUE(std::all_of(lines.begin(), lines.end(),
-                            [](const std::string& line) { return line.starts_with(entry("nativeSetParameters")); }));
+    EXPECT_EQ(lines.size(), 4U + 4 + 4 * 3 + 1) << "only the names of the methods";
     EXPECT_EQ(processed(handle, input), before);
 
     EXPECT_EQ(type_of(handle, "mStrength"), 5);
     EXPECT_EQ(type_of(handle, "mTexVertices"), 6);
-    for (const char* key : {static_cast<const char*>(nullptr), "", "mFilterBitmap", "MStrength"}) {
-        EXPECT_EQ(type_of(handle, key), 0);
-    }
+    EXPECT_EQ(type_of(handle, nullptr), 0);
+    EXPECT_EQ(type_of(handle, "mFilterBitmap"), 0);
     EXPECT_EQ(type_of(0, "mStrength"), -1);
     destroy(handle);
 }
@@ -202,8 +163,8 @@ TEST_F(FiltersRender, TakesALookupTableAsABitmap) {
     });
     const Lines skipped = logged([&] { set_table(handle, "mFilterBitmap", nullptr); });
     // Numbers that would make a table's description are no table.
-    set("IntegerArray", "[I", handle, "mFilterBitmap",
-        new_array(&JNIEnv::NewIntArray, &JNIEnv::SetIntArrayRegion, std::array<jint, 6>{8, 0, 4096, 64, 4, 4096 * 4}));
+    native(FILTERS(nativeSetParametersFloatArray), handle, string("mFilterBitmap"),
+           floats(std::bit_cast<std::array<float, 6>>(std::array<jint, 6>{8, 0, 4096, 64, 4, 4096 * 4})));
     EXPECT_EQ(processed(handle, input), before);
 
     const std::string name = entry("nativeSetParametersBitmap ");
@@ -250,8 +211,8 @@ TEST_F(FiltersRender, DrawsOnTheApplicationsSurface) {
         EXPECT_EQ(lines, expected);
     }
     EXPECT_EQ(logged([&] {
-                  set_bitmap(handle, bitmap, 40, 30);
-                  draw(handle);
+                  native(FILTERS(nativeSetBitmap), handle, bitmap, 40, 30);
+                  native(FILTERS(nativeOnDrawFrame), handle);
                   type_of(handle, "mStrength");
               }),
               (Lines{entry("nativeSetBitmap pImageFilterBaseGL:") + pointer(handle), entry("nativeGetParameterType")}));
@@ -261,15 +222,15 @@ TEST_F(FiltersRender, DrawsOnTheApplicationsSurface) {
     // Neither an empty size nor a bitmap without pixels takes the input away.
     const jobject recycled = new_bitmap(40, 30, input.pixels);
     call_void(recycled, "recycle", "()V");
-    set_bitmap(handle, bitmap, 0, 30);
-    set_bitmap(handle, bitmap, 40, -1);
-    set_bitmap(handle, recycled, 40, 30);
-    set_bitmap(handle, nullptr, 40, 30);
-    process(handle, bitmap);
+    native(FILTERS(nativeSetBitmap), handle, bitmap, 0, 30);
+    native(FILTERS(nativeSetBitmap), handle, bitmap, 40, -1);
+    native(FILTERS(nativeSetBitmap), handle, recycled, 40, 30);
+    native(FILTERS(nativeSetBitmap), handle, nullptr, 40, 30);
+    native(FILTERS(nativeProcess), handle, bitmap);
     EXPECT_EQ(bitmap_pixels(bitmap), input.pixels) << "a filter without an engine of its own processes no bitmap";
     EXPECT_EQ(lock_count(bitmap) + lock_count(recycled), 0);
     glClear(GL_COLOR_BUFFER_BIT);
-    draw(handle);
+    native(FILTERS(nativeOnDrawFrame), handle);
     expect_close(expected, surface.pixels(), 3);
     EXPECT_EQ(logged([&] { destroy(handle); }),
               Lines{entry("nativeOnSurfaceDestroyed pImageFilterBaseGL:") + pointer(handle)});
@@ -277,11 +238,11 @@ TEST_F(FiltersRender, DrawsOnTheApplicationsSurface) {
 
     const GLuint texture = new_texture(40, 30, input.pixels.data());
     handle = create_on_surface("ImageFilterXray", GL_TEXTURE_2D);
-    EXPECT_EQ(logged([&] { set_texture(handle, texture, input, 40, 30); }),
+    EXPECT_EQ(logged([&] { set_texture(handle, texture, input); }),
               (Lines{entry("nativeSetTexture  1 pImageFilterBaseGL:") + pointer(handle),
                      entry("nativeSetTexture  2 pImageFilterBaseGL:") + pointer(handle)}));
     glClear(GL_COLOR_BUFFER_BIT);
-    draw(handle);
+    native(FILTERS(nativeOnDrawFrame), handle);
     expect_close(expected, surface.pixels(), 3);
     destroy(handle);
     EXPECT_EQ(living_objects(), 1) << "the caller's texture";
@@ -298,13 +259,13 @@ TEST_F(FiltersRender, WithoutAFilterOrPixelsOnlyLogs) {
         }
         EXPECT_EQ(create_on_surface(nullptr, 1), 0);
         EXPECT_EQ(create_on_surface("ImageFilterBase", 0), 0);
-        set_texture(0, 1, input, 8, 6);
-        set_bitmap(0, bitmap, 8, 6);
-        draw(0);
-        process(0, bitmap);
-        set("Float", "F", 0, "mStrength", 1.0);
-        set("FloatArray", "[F", 0, "mTexVertices", floats(Vertices{}));
-        set("Long", "J", 0, "mStrength", jlong{8});
+        set_texture(0, 1, input);
+        native(FILTERS(nativeSetBitmap), 0, bitmap, 8, 6);
+        native(FILTERS(nativeOnDrawFrame), 0);
+        native(FILTERS(nativeProcess), 0, bitmap);
+        native(FILTERS(nativeSetParametersFloat), 0, string("mStrength"), 1.0F);
+        native(FILTERS(nativeSetParametersFloatArray), 0, string("mTexVertices"), env->NewFloatArray(8));
+        native(FILTERS(nativeSetParametersLong), 0, string("mStrength"), 8);
         destroy(0);
     });
     const std::string created = entry("nativeOnSurfaceCreated  1");
@@ -317,8 +278,8 @@ TEST_F(FiltersRender, WithoutAFilterOrPixelsOnlyLogs) {
 
     const jlong handle = create("ImageFilterNone");
     call_void(bitmap, "recycle", "()V");
-    process(handle, bitmap);
-    process(handle, nullptr);
+    native(FILTERS(nativeProcess), handle, bitmap);
+    native(FILTERS(nativeProcess), handle, nullptr);
     EXPECT_EQ(lock_count(bitmap), 0);
     expect_close(reference_filter("None", {}, input, 8, 6), processed(handle, input), 3);
     EXPECT_NE(eglGetCurrentContext(), EGL_NO_CONTEXT);

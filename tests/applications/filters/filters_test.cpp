@@ -89,12 +89,8 @@ class OwnedFilter : public auto_ptr<ImageFilterBaseGL> {
 // Whether shaders shall say highp where the library's say mediump.
 bool gForcesHighp = false;
 
-// Where the shaders that a driver gets are kept.
-struct Shader {
-    const char* suffix;
-    std::string source;
-};
-std::vector<Shader>* gShaders = nullptr;
+// Where the shaders that a driver gets are kept, if they shall be.
+const char* gShaderFolder = nullptr;
 
 // For this target, or for process(), with an engine of its own.
 constexpr GLenum kOffScreen = 1;
@@ -173,6 +169,13 @@ std::vector<unsigned char> processed(const Golden& golden, const ReferenceImage&
     return processed(*filter, input);
 }
 
+struct TemporaryFolder {
+    TemporaryFolder() { EXPECT_NE(mkdtemp(path.data()), nullptr); }
+    ~TemporaryFolder() { std::filesystem::remove_all(path); }
+
+    std::string path = testing::TempDir() + "korvane_filters_XXXXXX";
+};
+
 class Filters : public testing::Test {
   protected:
     // Before a filter has this thread's context.
@@ -200,13 +203,14 @@ TEST_F(Filters, HalfPrecisionStaysNear) {
     const ReferenceImage input = smooth_picture(256, 192);
     std::printf("mediump has %s bits\nfilter       row  largest\n", m_IsHalf ? "16" : "32");
     for (const Golden& golden : kGoldens) {
-        std::vector<unsigned char> asIs = processed(golden, input);
+        const std::vector<unsigned char> asIs = processed(golden, input);
         gForcesHighp = true;
         const std::vector<unsigned char> high = processed(golden, input);
         gForcesHighp = false;
-        std::transform(asIs.begin(), asIs.end(), high.begin(), asIs.begin(),
-                       [](int a, int b) { return static_cast<unsigned char>(std::abs(a - b)); });
-        const int worst = *std::max_element(asIs.begin(), asIs.end());
+        int worst = 0;
+        for (size_t i = 0; i < high.size(); ++i) {
+            worst = std::max(worst, std::abs(asIs[i] - high[i]));
+        }
         std::printf("%-12s %3td  %7d\n", golden.filter, &golden - kGoldens, worst);
         EXPECT_LE(worst, m_IsHalf ? golden.half : 0) << golden.filter;
     }
@@ -258,10 +262,8 @@ TEST_F(Filters, RenderDrawsTexturesAndCameraTexturesToTheSurface) {
 }
 
 TEST_F(Filters, AnotherCompilerTakesAllShadersWithoutAWarning) {
-    std::string folder = testing::TempDir() + "korvane_shaders_XXXXXX";
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    std::vector<Shader> shaders;
-    gShaders = &shaders;
+    const TemporaryFolder folder;
+    gShaderFolder = folder.path.c_str();
     const GlSurface surface(16, 16);
     for (const FilterDescription* description : ImageFilterFactory::filters()) {
         for (const GLenum target : {GLenum{0}, GLenum{GL_TEXTURE_2D}}) {
@@ -270,17 +272,12 @@ TEST_F(Filters, AnotherCompilerTakesAllShadersWithoutAWarning) {
             filter->render();
         }
     }
-    gShaders = nullptr;
-    EXPECT_EQ(shaders.size(), 2 * 2 * ImageFilterFactory::filters().size());
-    std::string command = "cd " + folder + " && glslangValidator";
-    for (const Shader& shader : shaders) {
-        const std::string file = std::to_string(&shader - shaders.data()) + shader.suffix;
-        std::ofstream(folder + "/" + file) << "#version 100\n" << shader.source;
-        command += " " + file;
-    }
+    gShaderFolder = nullptr;
+    const auto shaders = std::distance(std::filesystem::directory_iterator(folder.path), {});
+    EXPECT_EQ(static_cast<size_t>(shaders), 2 * 2 * ImageFilterFactory::filters().size());
     // It names each file, and what it has to say stands behind a colon.
-    EXPECT_EQ(std::system((command + " > said && ! grep : said").c_str()), 0);
-    std::filesystem::remove_all(folder);
+    const std::string command = "cd " + folder.path + " && glslangValidator *.vert *.frag > said && ! grep : said";
+    EXPECT_EQ(std::system(command.c_str()), 0);
 }
 
 TEST_F(Filters, TheGuidesExampleRuns) {
@@ -359,6 +356,7 @@ TEST_F(Filters, ASecondEngineTakesThePlaceOfTheFirst) {
         // Longer than the driver's textures.
         std::vector<unsigned char> row(size_t{65500} * 4, 9);
         filter->process(row.data(), 65500, 1);
+        filter->process(row.data(), 1, 65500);
         EXPECT_THAT(row, testing::Each(9));
     }
 }
@@ -392,31 +390,18 @@ TEST(FiltersOnAFailingDriver, LeaveNothingBehindAndTheNextOneWorks) {
     }
 }
 
-TEST_F(Filters, LongNamesKeepTheirVariantsApartInTheCache) {
-    class LongNamed : public ImageFilterBaseGL {
-      public:
-        const char* getFilterName() override { return m_Name.c_str(); }
-
-      private:
-        const std::string m_Name = std::string(200, 'a') + '/' + std::string(100, 'b');
-    };
-    GlSurface surface(8, 8);
-    std::string folder = testing::TempDir() + "korvane_filters_XXXXXX";
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    ASSERT_EQ(korvane::set_program_cache_directory(folder.c_str()), 0);
-    std::filesystem::create_directory(folder + "/" + std::string(200, 'a'));
-    for (const bool external : {true, false}) {
-        const OwnedFilter filter(new LongNamed);
-        if (external) {
-            std::ofstream(folder + "/" + filter->getFilterName() + "_oes.osb") << "no program at all";
-        }
+TEST_F(Filters, CameraTexturesHaveProgramsOfTheirOwnInTheCache) {
+    const GlSurface surface(8, 8);
+    const TemporaryFolder cache;
+    ASSERT_EQ(korvane::set_program_cache_directory(cache.path.c_str()), 0);
+    std::ofstream(cache.path + "/ImageFilterNone_oes.osb") << "no program at all";
+    for (const GLenum target : {GLenum{0}, GLenum{GL_TEXTURE_2D}}) {
         m_Log.clear();
-        filter->setupGraphics(external ? 0 : 1);
+        create("None")->setupGraphics(target);
         // Only a program from the cache is given to GL as a binary.
-        EXPECT_THAT(m_Log.lines(), testing::Contains(testing::HasSubstr("glProgramBinary")).Times(external ? 1 : 0));
+        EXPECT_THAT(m_Log.lines(), testing::Contains(testing::HasSubstr("glProgramBinary")).Times(target == 0 ? 1 : 0));
     }
     korvane::set_program_cache_directory(nullptr);
-    std::filesystem::remove_all(folder);
 }
 
 }  // namespace
@@ -428,10 +413,11 @@ void glShaderSource(GLuint shader, GLsizei /*count*/, const GLchar* const* texts
     if (const size_t word = text.find("mediump"); gForcesHighp && word != std::string::npos) {
         text.replace(word, 7, "highp");
     }
-    if (gShaders != nullptr) {
+    if (gShaderFolder != nullptr) {
         GLint type = 0;
         glGetShaderiv(shader, GL_SHADER_TYPE, &type);
-        gShaders->push_back({type == GL_VERTEX_SHADER ? ".vert" : ".frag", text});
+        const char* suffix = type == GL_VERTEX_SHADER ? ".vert" : ".frag";
+        std::ofstream(gShaderFolder + ('/' + std::to_string(shader)) + suffix) << "#version 100\n" << text;
     }
     const GLchar* const changed = text.c_str();
     driver(shader, 1, &changed, nullptr);
