@@ -5,7 +5,6 @@
 #include <sys/mman.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -18,10 +17,6 @@
 #include "applications/pano/panorama_interface.h"
 #include "applications/super_capture/merge_kernels.h"
 #include "frameworks/images/color_convert.h"
-#include "frameworks/images/image.h"
-#include "frameworks/images/jpeg_decoder.h"
-#include "frameworks/images/jpeg_encoder.h"
-#include "frameworks/io/file_stream.h"
 #include "tests/support/jvm.h"
 #include "tests/support/native_methods.h"
 #include "tests/support/random_bytes.h"
@@ -96,38 +91,6 @@ TEST(Limits, ColumnsAndRowsOfOnePixel) {
     }
 }
 
-// A written file, read back: 0 when either fails, else the bytes of the picture.
-size_t written_and_read(unsigned int width, unsigned int height) {
-    const std::string path = testing::TempDir() + "korvane_limits.jpg";
-    auto_ptr<Image> image(new Image(width, height, 1, IMAGE_FORMAT_TYPE_GRAY, nullptr));
-    size_t bytes = 0;
-    auto_ptr<Stream> out(new FileStream(path.c_str(), FileStream::FILE_MODE_ONLY_WRITE));
-    if (JpegEncoder().encode(out, image, 50)) {
-        out->close();
-        auto_ptr<Stream> in(new FileStream(path.c_str(), FileStream::FILE_MODE_ONLY_READ));
-        auto_ptr<Image> read(new Image(0, 0, 1, IMAGE_FORMAT_TYPE_NONE, nullptr));
-        bytes = JpegDecoder().decode(in, read) ? size_t{read->getWidth()} * read->getHeight() : 0;
-    }
-    std::remove(path.c_str());
-    return bytes;
-}
-
-TEST(Limits, JpegSides) {
-    constexpr unsigned int kMost = 65500;
-    for (const auto& [width, height] :
-         {std::pair{kMost, 1U}, {1, kMost}, {kMost, 400}, {kMost + 1, 1}, {1, kMost + 1}}) {
-        const bool isTaken = std::max(width, height) <= kMost;
-        EXPECT_EQ(written_and_read(width, height), isTaken ? size_t{width} * height : 0) << width << " x " << height;
-    }
-}
-
-TEST(Limits, ImagesWhoseBytesFitNo32BitsHaveNoPlane) {
-    for (const unsigned int width : {65536U, 0x80000000U, 0xFFFFFFFFU}) {
-        Image image(width, 65536, 1, IMAGE_FORMAT_TYPE_RGBA, nullptr);
-        EXPECT_EQ(image.getPlanes()[0], nullptr) << width;
-    }
-}
-
 class NativeLimits : public JvmTest {
   protected:
     bool was_refused() {
@@ -179,33 +142,6 @@ TEST_F(NativeLimits, SizesThatNoArrayOrBitmapHas) {
     EFFECTS(filterClose)(env, nullptr, filter);
     EXPECT_EQ(bitmap_pixels(bitmap), pixels);
     EXPECT_EQ(lock_count(bitmap), 0);
-}
-
-// No GPU at hand has textures this long.
-TEST_F(NativeLimits, BitmapsLongerThanATexture) {
-    constexpr int kLength = 65500;
-    const Bytes pixels = random_bytes(size_t{kLength} * 4, 4);
-    Bytes blurred[2];
-    for (const bool isRow : {false, true}) {
-        const int width = isRow ? kLength : 1;
-        const int height = isRow ? 1 : kLength;
-        const jobject bitmap = new_bitmap(width, height, pixels);
-        const jlong older = FILTERS(nativeCreate)(env, nullptr, string("ImageFilterXray"));
-        FILTERS(nativeProcess)(env, nullptr, older, bitmap);
-        EXPECT_TRUE(bitmap_pixels(bitmap) == pixels);
-        FILTERS(nativeOnSurfaceDestroyed)(env, nullptr, older);
-        const jlong filter = EFFECTS(filterOpen)(env, nullptr, string("ImageFilterXray"));
-        EFFECTS(filterApply)(env, nullptr, filter, bitmap, width, height);
-        EXPECT_TRUE(was_refused());
-        EFFECTS(filterClose)(env, nullptr, filter);
-        EXPECT_TRUE(bitmap_pixels(bitmap) == pixels);
-
-        BLUR(nativeProcess)(env, nullptr, bitmap, width, height, 254, 0, 0);
-        EXPECT_EQ(lock_count(bitmap), 0);
-        blurred[isRow ? 1 : 0] = bitmap_pixels(bitmap);
-    }
-    EXPECT_NE(blurred[0], pixels);
-    EXPECT_TRUE(blurred[0] == blurred[1]);
 }
 
 }  // namespace
