@@ -26,13 +26,6 @@ TEST_F(PanoramaJniTest, BadArgumentsGiveNoHandleAndTooLargeOnesNoFrame) {
                                  testing::StartsWith("PanoramaModule::startup " + arguments + ", onErrorCb:0x")));
     }
     EXPECT_EQ(call_int(panorama, "nativeProcess", "(J[BFF)I", jlong{0}, nullptr, 1.0, 2.0), 0);
-    // A frame of one row more than a signed 32-bit number of bytes holds: its size is judged before the array.
-    const jlong huge = call_long(panorama, "nativeCreate", "(III)J", 1 << 16, 21846, 3);
-    for (const int result : {3, 1}) {
-        EXPECT_EQ(call_int(panorama, "nativeProcess", "(J[BFF)I", huge, env->NewByteArray(11), 1.0, 1.0), result);
-    }
-    // Not nativeDestroy, which waits for one more frame.
-    delete reinterpret_cast<PanoramaInterface*>(huge);
     StandardErrorCapture standardError;
     call_void(panorama, "nativeDestroy", "(J)V", jlong{0});
     EXPECT_THAT(standardError.log_lines(),

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <com_tervo_media_supercapture_mode_SuperCaptureMode.h>
 #include <gmock/gmock.h>
 
 #include "tests/support/jvm.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/native_methods.h"
 #include "tests/support/standard_error.h"
 
 namespace {
@@ -56,14 +56,14 @@ TEST_F(SuperCaptureModeTest, AnObjectWithoutTheCallbackIsLoggedAndLeftInPeace) {
     // This program's own copy of the methods takes an object that is no SuperCaptureMode.
     LogCapture log;
     const jobject other = string("no callback here");
-    const jlong handle = Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeCreate(env, other, 4, 2, 0);
+    const jlong handle = MODE(nativeCreate)(env, other, 4, 2, 0);
     log.clear();
-    Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeProcess(env, other, handle, bytes(8, 90));
+    MODE(nativeProcess)(env, other, handle, bytes(8, 90));
     EXPECT_FALSE(env->ExceptionCheck());
     // The report counts as made: the same light is not tried again.
-    Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeProcess(env, other, handle, bytes(8, 90));
+    MODE(nativeProcess)(env, other, handle, bytes(8, 90));
     EXPECT_THAT(log.lines(), testing::ElementsAre("method onResultCallback is not found!"));
-    Java_com_tervo_media_supercapture_mode_SuperCaptureMode_nativeDestroy(env, other, handle);
+    MODE(nativeDestroy)(env, other, handle);
 }
 
 }  // namespace
