@@ -5,10 +5,11 @@
 
 #include <algorithm>
 #include <limits>
-#include <set>
 #include <utility>
 #include <vector>
 
+#include "algorithms/fast_detection_frame.h"
+#include "algorithms/fast_detection_scalar.h"
 #include "tests/support/random_bytes.h"
 #include "tests/support/simd_targets.h"
 
@@ -28,90 +29,16 @@ struct Picture {
 
 using Point = std::pair<int, int>;
 
-// The detector from its definitions, one pixel and one threshold at a time.
-class Model {
-  public:
-    Model(const Picture& picture, const FastParams& params)
-        : m_Picture(picture), m_Params(params), m_Scores(picture.pixels.size(), kNoCorner) {
-        const int threshold = std::clamp(params.threshold, 0, 255);
-        const int64_t borderX = std::max(params.borderx, 0);
-        const int64_t borderY = std::max(params.bordery, 0);
-        for (int64_t y = borderY; y < picture.height - borderY; ++y) {
-            for (int64_t x = borderX; x < picture.width - borderX; ++x) {
-                const int64_t index = y * picture.width + x;
-                if (circle_is_inside(index) && passes(index, threshold)) {
-                    int score = threshold;
-                    while (passes(index, score + 1)) {
-                        ++score;
-                    }
-                    m_Scores[static_cast<size_t>(index)] = score;
-                }
-            }
-        }
+std::vector<Point> corners_of(const Picture& picture, const FastParams& params) {
+    std::vector<KeyPoint> keypoints(3, {9, 9, nullptr});
+    fast16(picture.pixels.data(), keypoints, picture.width, picture.height, &params);
+    std::vector<Point> points;
+    for (const KeyPoint& keypoint : keypoints) {
+        EXPECT_EQ(keypoint.values, nullptr);
+        points.emplace_back(keypoint.x, keypoint.y);
     }
-
-    std::vector<Point> corners() const {
-        const int half = std::max(m_Params.min_dist, 0) / 2;
-        std::set<Point> taken;
-        std::vector<Point> result;
-        for (int y = 0; y < m_Picture.height; ++y) {
-            for (int x = 0; x < m_Picture.width; ++x) {
-                if (score(x, y) == kNoCorner || (m_Params.nonmax_suppression != 0 && !is_maximum(x, y))) {
-                    continue;
-                }
-                const int bin = m_Params.min_dist > 0 ? x / m_Params.min_dist : 0;
-                const int band = half > 0 ? (y + 1) / half : 0;
-                if (taken.insert({band, bin % 32}).second) {
-                    result.emplace_back(x, y);
-                }
-            }
-        }
-        return result;
-    }
-
-    // -1 where there is no corner.
-    int score(int x, int y) const {
-        const bool inside = x >= 0 && x < m_Picture.width && y >= 0 && y < m_Picture.height;
-        return inside ? m_Scores[static_cast<size_t>(y * m_Picture.width + x)] : kNoCorner;
-    }
-
-  private:
-    static constexpr int kNoCorner = -1;
-
-    int64_t neighbour(int64_t index, int k) const {
-        return index + kCircle[k % 16][1] * static_cast<int64_t>(m_Picture.width) + kCircle[k % 16][0];
-    }
-
-    // The first and the last byte of the circle.
-    bool circle_is_inside(int64_t index) const {
-        return neighbour(index, 9) >= 0 && neighbour(index, 1) < static_cast<int64_t>(m_Picture.pixels.size());
-    }
-
-    bool passes(int64_t index, int threshold) const {
-        const int centre = m_Picture.pixels[static_cast<size_t>(index)];
-        int darker = 0;
-        int brighter = 0;
-        for (int k = 0; k < 16 + 8 && darker < 9 && brighter < 9; ++k) {
-            const int value = m_Picture.pixels[static_cast<size_t>(neighbour(index, k))];
-            darker = value < centre - threshold ? darker + 1 : 0;
-            brighter = value > centre + threshold ? brighter + 1 : 0;
-        }
-        return darker == 9 || brighter == 9;
-    }
-
-    // A neighbour that is no corner counts as score 0, so a corner that scores 0 is never a maximum.
-    bool is_maximum(int x, int y) const {
-        int most = 0;
-        for (int i = 0; i < 9; ++i) {
-            most = std::max(most, i == 4 ? 0 : score(x + i % 3 - 1, y + i / 3 - 1));
-        }
-        return score(x, y) > most;
-    }
-
-    const Picture& m_Picture;
-    const FastParams m_Params;
-    std::vector<int> m_Scores;
-};
+    return points;
+}
 
 // Blocks and lone pixels with noise: flat parts, plateaus of equal scores, dark and bright corners of every strength.
 Picture random_picture(int width, int height, uint32_t seed) {
@@ -135,21 +62,23 @@ constexpr FastParams kSweep[] = {
     {12, 0, 2, 0, 3, 3}, {30, 1, 64, 0, 3, 3}, {20, 0, 2, 0, kMax, 3}, {20, 0, 2, 0, 3, kMax},
 };
 
-TEST(Fast16, EqualsTheDefinitions) {
+TEST(Fast16, EqualsItsTwinForEverySize) {
     for_each_simd_target([](const std::string& target) {
         size_t found = 0;
         uint32_t seed = 1;
         const auto check = [&](int width, int height, const FastParams& params) {
             const Picture picture = random_picture(width, height, ++seed);
-            const std::vector<Point> expected = Model(picture, params).corners();
-            std::vector<KeyPoint> keypoints(3, {9, 9, nullptr});
-            fast16(picture.pixels.data(), keypoints, width, height, &params);
-            std::vector<Point> points;
-            for (const KeyPoint& keypoint : keypoints) {
-                EXPECT_EQ(keypoint.values, nullptr);
-                points.emplace_back(keypoint.x, keypoint.y);
+            const korvane::FastFrame frame(width, height, params);
+            std::vector<KeyPoint> keypoints;
+            if (!frame.is_empty()) {
+                korvane::fast16_scalar(picture.pixels.data(), keypoints, frame, params);
             }
-            ASSERT_EQ(points, expected) << width << " x " << height << ", row " << &params - kSweep;
+            std::vector<Point> expected;
+            for (const KeyPoint& keypoint : keypoints) {
+                expected.emplace_back(keypoint.x, keypoint.y);
+            }
+            ASSERT_EQ(corners_of(picture, params), expected)
+                << width << " x " << height << ", row " << &params - kSweep;
             found += expected.size();
         };
         for (int width = 1; width <= 90; ++width) {
@@ -164,18 +93,54 @@ TEST(Fast16, EqualsTheDefinitions) {
     });
 }
 
+// White dots on black: each is a corner and nothing else is, and of two neighbours neither scores more.
+TEST(Fast16, KeepsTheFirstCornerOfEachCell) {
+    Picture picture{100, 40};
+    const std::vector<Point> dots = {{8, 7},   {15, 7},  {16, 7}, {9, 10}, {10, 11},
+                                     {50, 20}, {51, 20}, {1, 25}, {42, 30}};
+    for (const auto& [x, y] : dots) {
+        picture.pixels[static_cast<size_t>(y * picture.width + x)] = 255;
+    }
+    const std::pair<FastParams, std::vector<Point>> rows[] = {
+        // Two columns by one row, and one column in 32 of the whole picture.
+        {{254, 0, 2, 0, 3, 3}, {{8, 7}, {15, 7}, {16, 7}, {9, 10}, {10, 11}, {50, 20}, {42, 30}}},
+        {{20, 0, 1, 0, 3, 3}, {{8, 7}, {15, 7}, {16, 7}, {9, 10}, {10, 11}, {50, 20}, {51, 20}}},
+        {{20, 0, 8, 0, 3, 3}, {{8, 7}, {16, 7}, {10, 11}, {50, 20}, {42, 30}}},
+        {{20, 1, 8, 0, 3, 3}, {{8, 7}, {42, 30}}},
+        {{20, 0, 0, 0, 3, 3}, {{8, 7}}},
+        {{20, 0, 8, 0, 9, 11}, {{10, 11}, {50, 20}}},
+        {{20, 0, 8, 0, 50, 3}, {}},
+        {{20, 1, 2, 0, 0, 0}, {{8, 7}, {1, 25}, {42, 30}}},
+        {{255, 0, 8, 0, 3, 3}, {}},
+    };
+    for (const auto& [params, kept] : rows) {
+        EXPECT_EQ(corners_of(picture, params), kept) << "row " << &params - &rows[0].first;
+    }
+}
+
 TEST(Fast16, ScoreIsTheLargestThresholdThatPasses) {
+    constexpr int kWidth = 60;
     int pixel[25];
-    makeOffsets(pixel, 60, 16);
-    const Picture picture = random_picture(60, 40, 5);
-    const Model model(picture, {0, 0, 2, 0, 3, 3});
-    for (int y = 3; y < 37; ++y) {
-        for (int x = 3; x < 57; ++x) {
-            const unsigned char* ptr = &picture.pixels[static_cast<size_t>(y * 60 + x)];
-            const int score = model.score(x, y);
-            for (const int threshold : {0, 1, 20, 100, kMax}) {
-                EXPECT_EQ(cornerScore16(ptr, pixel, threshold), std::max(score, threshold - 1)) << x << ", " << y;
-            }
+    makeOffsets(pixel, kWidth, 16);
+    const Picture picture = random_picture(kWidth, 40, 5);
+    const auto passes = [&](const unsigned char* ptr, int threshold) {
+        int darker = 0;
+        int brighter = 0;
+        for (int k = 0; k < 16 + 8 && darker < 9 && brighter < 9; ++k) {
+            const int value = ptr[kCircle[k % 16][1] * kWidth + kCircle[k % 16][0]];
+            darker = value < *ptr - threshold ? darker + 1 : 0;
+            brighter = value > *ptr + threshold ? brighter + 1 : 0;
+        }
+        return darker == 9 || brighter == 9;
+    };
+    for (int i = 3 * kWidth + 3; i < 37 * kWidth - 3; ++i) {
+        const unsigned char* ptr = &picture.pixels[static_cast<size_t>(i)];
+        int score = -1;
+        while (passes(ptr, score + 1)) {
+            ++score;
+        }
+        for (const int threshold : {0, 1, 20, 100, kMax}) {
+            EXPECT_EQ(cornerScore16(ptr, pixel, threshold), std::max(score, threshold - 1)) << i;
         }
     }
 }
