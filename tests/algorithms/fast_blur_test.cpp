@@ -24,10 +24,10 @@ struct Case {
         const int inside = std::min({r, w, h});
         const int divisor = 2 * inside + 1;
         const Bytes rows =
-            plain_pass(true, src, w, h, 4, [&](const auto& sum, int x) { return sum(x, inside) / divisor; });
-        expected = plain_pass(false, rows, w, h, 4, [&](const auto& sum, int y) {
+            plain_pass(true, src, w, h, 4, inside, [&](const auto& sum, int x) { return sum(x, inside) / divisor; });
+        expected = plain_pass(false, rows, w, h, 4, inside, [&](const auto& sum, int y) {
             // A window that reaches the height counts a black pixel for the first one below the image.
-            return (sum(y, inside) - (inside == h ? sum.value(h - 1) : 0)) / divisor;
+            return (sum(y, inside) - (inside == h ? sum(h - 1, 0) : 0)) / divisor;
         });
         for (size_t i = 3; i < expected.size(); i += 4) {
             expected[i] = 0xFF;

@@ -19,7 +19,7 @@ namespace {
 Bytes expected_pass(bool isOfRows, const Bytes& src, int width, int height, int radius) {
     const int inside = std::clamp(radius, 0, ((isOfRows ? width : height) - 1) / 2);
     const float reciprocal = 1.0F / static_cast<float>(2 * inside + 1);
-    return plain_pass(isOfRows, src, width, height, 1, [&](const auto& sum, int i) {
+    return plain_pass(isOfRows, src, width, height, 1, inside, [&](const auto& sum, int i) {
         return std::round(static_cast<float>(sum(i, inside)) * reciprocal);
     });
 }

@@ -32,7 +32,7 @@ struct Case {
             const auto index = static_cast<size_t>(radius);
             return (total * stackblur_mul[index]) >> stackblur_shr[index];
         };
-        expected = plain_pass(false, plain_pass(true, before, w, h, 4, blurred), w, h, 4, blurred);
+        expected = plain_pass(false, plain_pass(true, before, w, h, 4, radius, blurred), w, h, 4, radius, blurred);
         for (size_t i = 3; i < expected.size(); i += 4) {
             expected[i] = before[i];
         }

@@ -22,39 +22,32 @@ inline Bytes random_picture(int width, int height, size_t depth, uint32_t seed) 
 
 class WindowSum {
   public:
-    // `length` bytes, `step` bytes apart.
-    WindowSum(const unsigned char* line, int length, size_t step) : m_Prefix(static_cast<size_t>(length) + 1) {
-        for (size_t i = 0; i < static_cast<size_t>(length); ++i) {
-            m_Prefix[i + 1] = m_Prefix[i] + line[i * step];
+    // `length` bytes, `step` bytes apart, and as many places beyond both ends as windows reach.
+    WindowSum(const unsigned char* line, int length, size_t step, int reach) : m_Reach(reach), m_Before(1) {
+        for (int i = -reach; i < length + reach; ++i) {
+            m_Before.push_back(m_Before.back() + line[static_cast<size_t>(std::clamp(i, 0, length - 1)) * step]);
         }
     }
 
-    long operator()(int centre, int radius) const {
-        const int last = static_cast<int>(m_Prefix.size()) - 2;
-        const int before = std::max(0, radius - centre);
-        const int behind = std::max(0, centre + radius - last);
-        return before * value(0) + behind * value(last) + sum_to(std::min(centre + radius, last)) -
-               sum_to(std::max(centre - radius, 0) - 1);
-    }
-
-    long value(int i) const { return sum_to(i) - sum_to(i - 1); }
+    long operator()(int centre, int radius) const { return before(centre + radius + 1) - before(centre - radius); }
 
   private:
-    long sum_to(int i) const { return m_Prefix[static_cast<size_t>(i + 1)]; }
+    long before(int place) const { return m_Before[static_cast<size_t>(place + m_Reach)]; }
 
-    std::vector<long> m_Prefix;
+    const int m_Reach;
+    std::vector<long> m_Before;
 };
 
 // One pass over a picture of `depth` bytes a pixel: value(sum, i) for place i of each of its rows or columns.
 template <typename Value>
-Bytes plain_pass(bool isOfRows, const Bytes& src, int width, int height, size_t depth, const Value& value) {
+Bytes plain_pass(bool isOfRows, const Bytes& src, int width, int height, size_t depth, int reach, const Value& value) {
     const size_t stride = static_cast<size_t>(width) * depth;
     const size_t step = isOfRows ? depth : stride;
     const int length = isOfRows ? width : height;
     Bytes result(src.size());
     for (size_t line = 0; line < src.size() / static_cast<size_t>(length); ++line) {
         const size_t start = isOfRows ? line / depth * stride + line % depth : line;
-        const WindowSum sum(src.data() + start, length, step);
+        const WindowSum sum(src.data() + start, length, step, reach);
         for (int i = 0; i < length; ++i) {
             result[start + static_cast<size_t>(i) * step] = static_cast<unsigned char>(value(sum, i));
         }
