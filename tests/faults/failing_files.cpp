@@ -169,23 +169,15 @@ int mkstemp(char* pattern) {
     return mkostemp(pattern, 0);
 }
 
-ssize_t read(int file, void* to, size_t count) {
-    return pass_bytes("read", file, count, [&](size_t bytes) { return real<ssize_t>("read", file, to, bytes); });
-}
-
-ssize_t write(int file, const void* from, size_t count) {
-    return pass_bytes("write", file, count, [&](size_t bytes) { return real<ssize_t>("write", file, from, bytes); });
-}
-
-size_t fread(void* to, size_t size, size_t count, FILE* file) {
-    return pass_bytes("fread", file, count,
-                      [&](size_t things) { return real<size_t>("fread", to, size, things, file); });
-}
-
-size_t fwrite(const void* from, size_t size, size_t count, FILE* file) {
-    return pass_bytes("fwrite", file, count,
-                      [&](size_t things) { return real<size_t>("fwrite", from, size, things, file); });
-}
+// `part` of what was to be moved.
+#define KORVANE_MOVE(result, name, parameters, ...)                                                           \
+    result name parameters {                                                                                  \
+        return pass_bytes(#name, file, count, [&](size_t part) { return real<result>(#name, __VA_ARGS__); }); \
+    }
+KORVANE_MOVE(ssize_t, read, (int file, void* to, size_t count), file, to, part)
+KORVANE_MOVE(ssize_t, write, (int file, const void* from, size_t count), file, from, part)
+KORVANE_MOVE(size_t, fread, (void* to, size_t size, size_t count, FILE* file), to, size, part, file)
+KORVANE_MOVE(size_t, fwrite, (const void* from, size_t size, size_t count, FILE* file), from, size, part, file)
 
 int close(int file) {
     return pass_close("close", file, file);
