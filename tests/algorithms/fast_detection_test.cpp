@@ -150,7 +150,7 @@ TEST(Fast16, SizesAndPointersOfNoImage) {
     const FastParams params = {0, 1, 2, 0, 3, 3};
     const FastParams wide = {0, 1, 2, 0, kMax / 2, 0};
     const auto expect_none = [](const unsigned char* pixels, int width, int height, const FastParams* given) {
-        std::vector<KeyPoint> keypoints(1, {1, 1, nullptr});
+        std::vector<KeyPoint> keypoints(1);
         fast16(pixels, keypoints, width, height, given);
         EXPECT_TRUE(keypoints.empty()) << width << " x " << height;
     };

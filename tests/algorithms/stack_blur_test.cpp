@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
-#include <algorithm>
 #include <climits>
 #include <string>
 #include <utility>
@@ -116,15 +115,5 @@ TEST(StackBlur, StaysWithin160KiBOfStack) {
 }
 
 #endif
-
-TEST(StackBlurTables, AreThePublishedOnes) {
-    constexpr int kMul[] = {512, 512, 456, 512, 328, 456, 335, 512, 405, 328, 271, 456, 388, 335, 292, 512};
-    constexpr int kShr[] = {9, 11, 12, 13, 13, 14, 14, 15, 15, 15, 15, 16, 16, 16, 16, 17};
-    constexpr int kLastMul[] = {267, 265, 263, 261, 259};
-    EXPECT_TRUE(std::equal(std::begin(kMul), std::end(kMul), stackblur_mul.begin()));
-    EXPECT_TRUE(std::equal(std::begin(kShr), std::end(kShr), stackblur_shr.begin()));
-    EXPECT_TRUE(std::equal(std::begin(kLastMul), std::end(kLastMul), stackblur_mul.end() - 5));
-    EXPECT_EQ(stackblur_shr.back(), 24);
-}
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <climits>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -13,7 +12,6 @@
 #include <utility>
 #include <vector>
 
-#include "applications/pano/frame_convert.h"
 #include "tests/applications/pano/panorama_module_peer.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/random_bytes.h"
@@ -91,16 +89,13 @@ TEST(PanoramaModule, OffsetsDirectionsAndResultsOfASweep) {
     }
 }
 
-TEST(PanoramaModule, RefusesFramesWithoutASweepABufferOrMemory) {
+TEST(PanoramaModule, RefusesFramesWithoutABufferOrMemory) {
     Frame frame(kBytes, 1);
     int x = 0;
     int y = 0;
     LogCapture log;
     PanoramaModule module;
     EXPECT_EQ(module.frameBytes(), 0U);
-    EXPECT_EQ(module.pushFrame(nullptr, 1, 1, x, y), 4);
-    EXPECT_EQ(module.popFrame(frame.data()), 0);
-    EXPECT_EQ(frame, Frame(kBytes, 1));
     // Just more than a signed 32-bit size holds. Nothing is read of a frame that cannot be had.
     ASSERT_EQ(module.startup(1 << 16, 21846, 3, nullptr), 0);
     for (const auto& [buffer, result] :
@@ -149,19 +144,6 @@ TEST(PanoramaModule, WorkerKeepsTheLatestFrameAsYv12) {
         EXPECT_EQ(module.getDirectionType(), PANORAMA_DIRECTION_TYPE_NONE);
         EXPECT_EQ(push(last), 0);
     }
-}
-
-TEST(FrameConvert, BadSizesConvertNothing) {
-    const Frame src(6);
-    Frame untouched(6, 7);
-    for (const auto convert : {convert_nv12_to_yv12, convert_nv21_to_yv12}) {
-        for (const auto& [width, height] : {std::pair(0, 2), {2, -1}, {-2, -2}, {INT_MIN, INT_MIN}}) {
-            convert(src.data(), untouched.data(), width, height);
-        }
-        convert(nullptr, untouched.data(), 2, 2);
-        convert(src.data(), nullptr, 2, 2);
-    }
-    EXPECT_EQ(untouched, Frame(6, 7));
 }
 
 }  // namespace
