@@ -102,7 +102,7 @@ TEST(Fast16, KeepsTheFirstCornerOfEachCell) {
         picture.pixels[static_cast<size_t>(y * picture.width + x)] = 255;
     }
     const std::pair<FastParams, std::vector<Point>> rows[] = {
-        // Two columns by one row, and one column in 32 of the whole picture.
+        // Cells of two columns by one row, then one column in 32 of the whole picture.
         {{254, 0, 2, 0, 3, 3}, {{8, 7}, {15, 7}, {16, 7}, {9, 10}, {10, 11}, {50, 20}, {42, 30}}},
         {{20, 0, 1, 0, 3, 3}, {{8, 7}, {15, 7}, {16, 7}, {9, 10}, {10, 11}, {50, 20}, {51, 20}}},
         {{20, 0, 8, 0, 3, 3}, {{8, 7}, {16, 7}, {10, 11}, {50, 20}, {42, 30}}},
@@ -113,8 +113,8 @@ TEST(Fast16, KeepsTheFirstCornerOfEachCell) {
         {{20, 1, 2, 0, 0, 0}, {{8, 7}, {1, 25}, {42, 30}}},
         {{255, 0, 8, 0, 3, 3}, {}},
     };
-    for (const auto& [params, kept] : rows) {
-        EXPECT_EQ(corners_of(picture, params), kept) << "row " << &params - &rows[0].first;
+    for (const auto& row : rows) {
+        EXPECT_EQ(corners_of(picture, row.first), row.second) << "row " << &row - rows;
     }
 }
 
