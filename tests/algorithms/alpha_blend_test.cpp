@@ -16,29 +16,24 @@
 namespace {
 
 using Bytes = std::vector<unsigned char>;
-using Blend = void(unsigned char*, int, int, int, int, int);
-
 using Color = std::array<int, 3>;
 
 // What both blends promise, byte by byte; `stepped` is the one of the bitmap path.
-void expect_blend(Blend blend, bool stepped, int size, size_t misalignment, Color color, int a) {
-    const Bytes before = random_bytes(static_cast<size_t>(size > 0 ? size : 0) * 4, static_cast<uint32_t>(size));
-    const int64_t inverse = stepped ? (256 - int64_t{a}) & 255 : 256 - int64_t{a};
-    Bytes expected = before;
-    for (size_t i = 0; i < (stepped ? before.size() / 32 * 32 : before.size()); ++i) {
-        if (i % 4 != 3) {
-            expected[i] = static_cast<unsigned char>((a * int64_t{color[i % 4]} + before[i] * inverse) >> 8);
-        }
-    }
-    GuardedBytes pixels(before, misalignment);
-    blend(pixels.data(), size, color[0], color[1], color[2], a);
-    ASSERT_TRUE(pixels.content() == expected && pixels.intact())
-        << (stepped ? "stepped" : "plain") << " size " << size << " offset " << misalignment << " a " << a;
-}
-
 void expect_both(int size, size_t misalignment, Color color, int a) {
-    expect_blend(alpha_blend, false, size, misalignment, color, a);
-    expect_blend(alpha_blend_neon, true, size, misalignment, color, a);
+    const Bytes before = random_bytes(static_cast<size_t>(size > 0 ? size : 0) * 4, static_cast<uint32_t>(size));
+    for (const bool stepped : {false, true}) {
+        const int64_t inverse = stepped ? (256 - int64_t{a}) & 255 : 256 - int64_t{a};
+        Bytes expected = before;
+        for (size_t i = 0; i < (stepped ? before.size() / 32 * 32 : before.size()); ++i) {
+            if (i % 4 != 3) {
+                expected[i] = static_cast<unsigned char>((a * int64_t{color[i % 4]} + before[i] * inverse) >> 8);
+            }
+        }
+        GuardedBytes pixels(before, misalignment);
+        (stepped ? alpha_blend_neon : alpha_blend)(pixels.data(), size, color[0], color[1], color[2], a);
+        ASSERT_TRUE(pixels.content() == expected && pixels.intact())
+            << (stepped ? "stepped" : "plain") << " size " << size << " offset " << misalignment << " a " << a;
+    }
 }
 
 TEST(AlphaBlend, FollowsTheFormulaForEveryWeightAndSize) {
