@@ -137,9 +137,7 @@ TEST_F(FiltersRender, SetsNothingFromWhatIsMissingShortOrUnknown) {
     EXPECT_EQ(processed(handle, input), before);
 
     EXPECT_EQ(type_of(handle, "mStrength"), 5);
-    EXPECT_EQ(type_of(handle, "mTexVertices"), 6);
     EXPECT_EQ(type_of(handle, nullptr), 0);
-    EXPECT_EQ(type_of(handle, "mFilterBitmap"), 0);
     EXPECT_EQ(type_of(0, "mStrength"), -1);
     destroy(handle);
 }

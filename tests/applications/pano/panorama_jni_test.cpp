@@ -38,13 +38,12 @@ TEST_F(PanoramaJniTest, ASweepWritesTheOffsetsOfTakenFrames) {
     const jlong handle = call_long(panorama, "nativeCreate", "(III)J", 4, 2, 2);
     ASSERT_NE(handle, 0);
     const jbyteArray frame = env->NewByteArray(12);
-    const jbyteArray shortFrame = env->NewByteArray(11);
     const auto process = [&](jbyteArray data, double gyroX, double gyroY) {
         return call_int(panorama, "nativeProcess", "(J[BFF)I", handle, data, gyroX, gyroY);
     };
     set_field(panorama, "mOffsetX", jint{7});
     // Neither a short frame nor none becomes the reference.
-    EXPECT_EQ(process(shortFrame, 1, 1), 3);
+    EXPECT_EQ(process(env->NewByteArray(11), 1, 1), 3);
     EXPECT_EQ(process(nullptr, 1, 1), 3);
     EXPECT_EQ(process(frame, 10, 20), 3);
     EXPECT_EQ(int_field(panorama, "mOffsetX"), 7);

@@ -42,8 +42,7 @@ TEST(TimestampWatermark, RefusesWhatItCannotDrawAndLeavesTheFrame) {
     EXPECT_FALSE(stamp(kText, 640, -1));
     EXPECT_FALSE(make_photo_timestamp_watermark_to_yuyv(nullptr, 640, 480, kText, 0));
     unsigned char* strip = frame.data();
-    int width = 5;
-    CreateTimestampWatermark("1", &strip, &width, nullptr, 0);
+    CreateTimestampWatermark("1", &strip, nullptr, nullptr, 0);
     EXPECT_EQ(strip, frame.data());
     // A very long text makes a strip of some 30 megabytes, and a stamp far wider than the frame.
     EXPECT_TRUE(stamp(std::string(2'000, '8').c_str()));
