@@ -24,7 +24,7 @@ for program in "${programs[@]}"; do
     objects+=(-object "$program")
 done
 # Paths of sources come from the build folder, those of headers from the root.
-ours=(-ignore-filename-regex="(/\.\.|^$PWD)/(tests|benchmarks)/|^/usr/")
+ours=(-ignore-filename-regex="(/\.\.|^$PWD|/$build)/(tests|benchmarks)/|^/usr/")
 llvm-cov-14 show -format=html -output-dir="$out/html" -instr-profile="$out/all.profdata" "${ours[@]}" "${objects[@]}"
 llvm-cov-14 export -summary-only -instr-profile="$out/all.profdata" "${ours[@]}" "${objects[@]}" >"$out/summary.json"
 python3 - "$out/summary.json" <<'PYTHON'

@@ -20,7 +20,7 @@ Numbers numbers(const auto_ptr<Matrix>& matrix) {
     return result;
 }
 
-// Sums, products, other sizes and values, beside a model in plain arrays, are the fuzz target's.
+// Other sizes and values, beside a model in plain arrays, are the fuzz target's.
 TEST(Matrix, ExactValues) {
     Matrix three(3, Numbers{2, 4, 6, 0, 1, 4, 5, 6, 0}.data());
     EXPECT_EQ(three.det(), 2);
@@ -32,6 +32,16 @@ TEST(Matrix, ExactValues) {
     const Matrix one(1, Numbers{7}.data());
     EXPECT_EQ(one.cofator(0, 0), 0);
     EXPECT_EQ(numbers(one.inverse()), Numbers{0});
+}
+
+TEST(Matrix, SumsAndProducts) {
+    const auto_ptr<Matrix> a(new Matrix(2, 3, Numbers{1, 2, 3, 4, 5, 6}.data()));
+    Matrix b(2, 3, Numbers{6, 5, 4, 3, 2, 1}.data());
+    EXPECT_EQ(Matrix::sub(Matrix::multiply(Matrix::add(a.get(), &b), 2.0F), &b), a.get());
+    EXPECT_EQ(numbers(a), (Numbers{8, 9, 10, 11, 12, 13}));
+    Matrix tall(3, 1, Numbers{1, 10, 100}.data());
+    EXPECT_EQ(numbers(Matrix::multiply(a.get(), &tall)), (Numbers{1098, 1431}));
+    EXPECT_EQ(Matrix::multiply(a.get(), &b), nullptr);
 }
 
 TEST(Matrix, WithoutStorage) {
