@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Writes the first corpus of a fuzz target: small files of each kind where the target reads files, and for the others,
 // which read an input as a sequence of choices, noise of several lengths.
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <string>
@@ -41,6 +42,13 @@ std::vector<Bytes> seeds_of(const std::string& target) {
         photo.isLossless = i > 2;
         photo.alpha = random_bytes(photo.isLossless ? photo.pixelCount() : 0, 1);
         files.push_back(korvane::encode_photo(photo, kFormats[i], {}, "seed"));
+        // A text that claims to be longer than any file.
+        constexpr char kText[] = {'i', 'T', 'X', 't'};
+        Bytes claim = files.back();
+        if (const auto at = std::search(claim.begin(), claim.end(), kText, kText + 4); at != claim.end()) {
+            at[-4] = 0x75;
+            files.push_back(claim);
+        }
     }
     return files;
 }

@@ -19,7 +19,7 @@ constexpr char kXmpKeyword[] = "XML:com.adobe.xmp";
 constexpr std::string_view kRawProfileKeyword = "Raw profile type ";
 constexpr uint32_t kMaxSidePixels = 0x7FFFFFFF;
 constexpr size_t kMaxImageBytes = 0xFFFFFFFF;
-// The PNG library takes the memory that a block of metadata claims to need before it looks whether the file is as long.
+// What compressed metadata may come to.
 constexpr png_alloc_size_t kMaxChunkBytes = 16 << 20;
 
 struct Messages {
@@ -117,6 +117,23 @@ class PngReader {
     png_infop m_Info;
     bool m_IsGray = false;
 };
+
+// The PNG library takes and clears the memory that a chunk claims to need before it looks whether the file is as long.
+void require_chunks(const Bytes& file) {
+    constexpr size_t kSignatureBytes = 8;
+    // Of a chunk without its contents: the length, the type and the checksum.
+    constexpr size_t kFrameBytes = 12;
+    for (size_t at = kSignatureBytes; at + kFrameBytes <= file.size();) {
+        const size_t length = png_get_uint_32(&file[at]);
+        if (length > file.size() - at - kFrameBytes) {
+            throw FormatError("damaged PNG: the file is cut short");
+        }
+        if (std::memcmp(&file[at + 4], "IEND", 4) == 0) {
+            return;
+        }
+        at += kFrameBytes + length;
+    }
+}
 
 std::string text_or_empty(const char* text) {
     return text == nullptr ? std::string() : text;
@@ -338,6 +355,7 @@ int bits_for(size_t colors) {
 }  // namespace
 
 Photo read_png(const Bytes& file, size_t maxPixels) {
+    require_chunks(file);
     PngReader reader(file);
     const auto fail = [&reader] { throw FormatError(std::string("damaged PNG: ") + reader.messages.error); };
     if (!reader.readHeader()) {
