@@ -25,7 +25,7 @@ async function stageShows(page, effect, picture) {
         const images = [...document.querySelectorAll(".stage-sheet img")];
         return images.length === 2 && images.every((image) => image.complete && image.naturalWidth > 0) &&
             images[0].src.endsWith(before) && images[1].src.endsWith(after);
-    }, [effect.before, effect.pictures[picture].src], {timeout: 10000});
+    }, [effect.before, effect.pictures[picture].src]);
 }
 
 test("every effect has its place, and every picture loads in its size", async (t) => {
@@ -37,7 +37,7 @@ test("every effect has its place, and every picture loads in its size", async (t
     assert.equal(effects.length, 21);
     for (const effect of effects) {
         await page.locator(`.rail-item[data-id="${effect.id}"]`).click();
-        await page.locator(".inspector .name").getByText(effect.name, {exact: true}).waitFor({timeout: 10000});
+        await page.locator(".inspector .name").getByText(effect.name, {exact: true}).waitFor();
         if (effect.film === undefined) {
             await stageShows(page, effect, 0);
         }

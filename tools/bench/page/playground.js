@@ -112,12 +112,12 @@ function drop(id) {
 }
 
 async function openPhoto(source) {
-    const call = ++opening;
-    showError("");
     if (source.file !== undefined && source.file.size > maxFileBytes) {
         showError("This file is larger than 64 MB. Choose a smaller one.");
         return;
     }
+    const call = ++opening;
+    showError("");
     stage.setBusy(true);
     try {
         await loading;
@@ -148,8 +148,9 @@ async function openPhoto(source) {
         if (call === opening) {
             showRefusal(error, " Choose another photo.");
         }
-    } finally {
-        stage.setBusy(false);
+    }
+    if (call === opening) {
+        stage.setBusy(isAsking);
     }
 }
 
@@ -211,11 +212,9 @@ function refresh(delay = settleMs) {
     }
     stage.setStale(true);
     clearTimeout(settleTimer);
+    wanted = delay > 0 ? stagePixels() : fullPixels;
     if (delay > 0) {
-        wanted = stagePixels();
         settleTimer = setTimeout(() => { wanted = fullPixels; askPreview(); }, delay);
-    } else {
-        wanted = fullPixels;
     }
     askPreview();
 }
